@@ -1,0 +1,41 @@
+#include "platform/Platform.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+#include <vector>
+
+namespace hushbox {
+namespace {
+
+std::atomic<const Platform*> current = nullptr;
+std::vector<std::function<void()>> closers;
+
+[[noreturn]] void endProgram(const char* sentence) {
+  std::fprintf(stderr, "hushbox: %s\n", sentence);
+  std::abort();
+}
+
+}  // namespace
+
+const Platform& platform() {
+  const Platform* inScope = current;
+  if (!inScope) endProgram("No platform is in scope.");
+  return *inScope;
+}
+
+PlatformScope::PlatformScope(const Platform& platform) {
+  if (current.exchange(new Platform(platform))) endProgram("A platform is in scope already.");
+}
+
+PlatformScope::~PlatformScope() {
+  for (auto& close : std::exchange(closers, {})) close();
+  delete current.exchange(nullptr);
+}
+
+void PlatformScope::atClose(std::function<void()> action) {
+  closers.push_back(std::move(action));
+}
+
+}  // namespace hushbox
