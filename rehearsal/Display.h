@@ -1,0 +1,32 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "rehearsal/ServerProcess.h"
+
+namespace hushbox::rehearsal {
+
+/// An X display in memory (Xvfb, 1280 by 800 points, 24 bit) with a window manager (openbox), so
+/// that windows can be minimised, raised and covered.
+class Display {
+ public:
+  /// Throws DeskError when Xvfb or openbox is missing or does not start.
+  Display(const Environment& environment, const std::filesystem::path& logFolder);
+
+  /// What DISPLAY has to be, such as ":3".
+  const std::string& name() const { return name_; }
+
+  /// Writes what the display shows into a PNG file; throws DeskError when that fails.
+  void screenshot(const std::filesystem::path& file) const;
+
+ private:
+  Environment environment_;
+  std::filesystem::path logFolder_;
+  std::string name_;
+  std::unique_ptr<ServerProcess> server_;
+  std::unique_ptr<ServerProcess> windowManager_;
+};
+
+}  // namespace hushbox::rehearsal
