@@ -1,0 +1,101 @@
+#include "app/LuchadorArt.h"
+
+namespace hushbox {
+namespace {
+
+/// The mask is designed on 100 by 100 units, y downward, which make 18 points.
+constexpr double scale = 0.18;
+
+Path head() {
+  Path path;
+  path.moveTo({50, 4});
+  path.curveTo({92, 46}, {76, 4}, {92, 22});
+  path.curveTo({50, 96}, {92, 70}, {76, 92});
+  path.curveTo({8, 46}, {24, 92}, {8, 70});
+  path.curveTo({50, 4}, {8, 22}, {24, 4});
+  path.close();
+  return path;
+}
+
+Path leftEye() {
+  Path path;
+  path.moveTo({20, 45});
+  path.curveTo({45, 47}, {25, 35}, {39, 35});
+  path.curveTo({20, 45}, {38, 55}, {26, 55});
+  path.close();
+  return path;
+}
+
+Path rightEye() {
+  Path path = leftEye();
+  path.transform({.m11 = -1, .m12 = 0, .m21 = 0, .m22 = 1, .tX = 100, .tY = 0});
+  return path;
+}
+
+Path mouth() {
+  Path path;
+  path.moveTo({37, 73});
+  path.curveTo({63, 73}, {44, 68}, {56, 68});
+  path.curveTo({37, 73}, {58, 82}, {42, 82});
+  path.close();
+  return path;
+}
+
+Path diamond() {
+  Path path;
+  path.moveTo({50, 11});
+  path.lineTo({58, 22});
+  path.lineTo({50, 33});
+  path.lineTo({42, 22});
+  path.close();
+  return path;
+}
+
+Path mask() {
+  Path path = head();
+  path.append(leftEye());
+  path.append(rightEye());
+  path.append(mouth());
+  path.append(diamond());
+  // What turns eyes, mouth and diamond into holes.
+  path.setWindingRule(Path::WindingRule::evenOdd);
+  return path;
+}
+
+void drawSlash(Canvas& canvas, Color color) {
+  Path slash;
+  slash.moveTo({10, 6});
+  slash.lineTo({94, 94});
+  slash.close();
+  slash.setLineCap(Path::LineCap::round);
+  // A band is erased first, so that the slash stands apart from the mask.
+  canvas.setBlendMode(BlendMode::clear);
+  slash.setLineWidth(22);
+  canvas.stroke(slash);
+  canvas.setBlendMode(BlendMode::normal);
+  slash.setLineWidth(10);
+  canvas.setStrokeColor(color);
+  canvas.stroke(slash);
+}
+
+}  // namespace
+
+Image LuchadorArt::menuBarImage(bool muted, bool connected, std::optional<Color> tint) {
+  Image image;
+  image.width = 18;
+  image.height = 18;
+  image.flipped = true;
+  image.isTemplate = !tint;
+  image.draw = [muted, connected, color = tint.value_or(Color::black)](Canvas* canvas) {
+    if (!canvas) return false;
+    canvas->scale(scale, scale);
+    if (!connected) canvas->setAlpha(0.4);
+    canvas->setFillColor(color);
+    canvas->fill(mask());
+    if (muted) drawSlash(*canvas, color);
+    return true;
+  };
+  return image;
+}
+
+}  // namespace hushbox
