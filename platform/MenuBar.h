@@ -21,16 +21,22 @@ struct MenuRow {
   };
 
   Kind kind = Kind::separator;
-  std::string text;
+  std::string text{};
   /// Whether `text` is a localisation key of the main bundle rather than shown as it stands.
   bool localized = false;
   bool enabled = false;
   bool on = false;
   /// The letter that chooses the row together with the platform's command key; empty for none.
-  std::string keyEquivalent;
+  std::string keyEquivalent{};
   /// What choosing the row does, on the main thread. Empty for texts and separators. Not part of
   /// what the row looks like.
-  std::function<void()> action;
+  std::function<void()> action{};
+
+  /// Whether the rows look and read the same.
+  friend bool operator==(const MenuRow& a, const MenuRow& b) {
+    return a.kind == b.kind && a.text == b.text && a.localized == b.localized &&
+           a.enabled == b.enabled && a.on == b.on && a.keyEquivalent == b.keyEquivalent;
+  }
 };
 
 /// The program's one item in the menu bar (or the panel), with an icon and a pull-down menu.
