@@ -88,7 +88,6 @@ std::string lowercased(std::string_view text) {
 }
 
 bool contains(std::string_view text, std::string_view needle) {
-  if (needle.empty()) return true;
   if (bytesAreCharacters(text, needle)) return text.find(needle) != std::string_view::npos;
   // Boundaries are those of the decomposed text, so that equivalent texts give equal answers. A
   // match that begins and ends on one has the needle's own boundaries within.

@@ -211,16 +211,15 @@ std::size_t firstCharacterLength(std::string_view text) {
   DecodedCodePoint current = decodeFirst(text);
   std::size_t length = current.length;
   B before = graphemeBreak(current.codePoint);
-  // GB11 and GB12 look further back: to a pictograph with nothing but Extend behind it, and to the
-  // number of regional indicators.
+  // GB11 to GB13 look further back: to a pictograph with nothing but Extend and one ZWJ behind it,
+  // and to whether the regional indicator just read still lacks its second.
   bool inEmoji = before == B::ExtendedPictographic;
   bool indicatorAlone = before == B::RegionalIndicator;
   while (length < text.size()) {
     current = decodeFirst(text.substr(length));
     const B after = graphemeBreak(current.codePoint);
     const bool joinsEmoji = inEmoji && before == B::ZWJ && after == B::ExtendedPictographic;
-    const bool pairsIndicator =
-        indicatorAlone && before == B::RegionalIndicator && after == B::RegionalIndicator;
+    const bool pairsIndicator = indicatorAlone && after == B::RegionalIndicator;
     if (!joins(before, after) && !joinsEmoji && !pairsIndicator) break;
     inEmoji = after == B::ExtendedPictographic ||
               (inEmoji && before != B::ZWJ && (after == B::Extend || after == B::ZWJ));

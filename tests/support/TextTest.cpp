@@ -153,6 +153,8 @@ TEST(Text, CanonicallyEquivalentTextsAreTheSame) {
   EXPECT_TRUE(contains("caf\u00E9s", "fe\u0301"));
   EXPECT_TRUE(contains("cafe\u0301s", "\u00E9s"));
   EXPECT_TRUE(contains("a \u212Aelvin", "Kelvin"));
+  EXPECT_TRUE(contains("a Kelvin", "\u212Aelvin"));
+  EXPECT_TRUE(hasPrefix("Kelvin", "\u212Ael"));
   EXPECT_TRUE(hasPrefix("\u00E9t\u00E9", "e\u0301t"));
   EXPECT_TRUE(hasPrefix("q\u0307\u0323x", "q\u0323\u0307"));
 }

@@ -8,15 +8,12 @@
 #include <fstream>
 #include <functional>
 #include <initializer_list>
-#include <iterator>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "support/CodePoints.h"
 
 namespace hushbox::text {
 namespace {
@@ -25,17 +22,10 @@ using namespace std::string_literals;
 
 using CodePointList = std::vector<char32_t>;
 
-static_assert(std::forward_iterator<CodePoints::Iterator>);
-
 std::string utf8(const CodePointList& codePoints) {
   std::string text;
   for (const char32_t codePoint : codePoints) appendUtf8(text, codePoint);
   return text;
-}
-
-CodePointList codePointsOf(std::string_view text) {
-  const CodePoints walk(text);
-  return {walk.begin(), walk.end()};
 }
 
 std::string hex(char32_t codePoint) {
@@ -200,28 +190,6 @@ TEST(Unicode, TrueReplacementCharacterIsWellFormed) {
   EXPECT_EQ(decodeFirst("\uFFFD").length, 3u);
 }
 
-TEST(CodePoints, WalkReadsEachCodePointOnce) {
-  EXPECT_EQ(codePointsOf("a\u00E9\u20AC\U0001F600"), (CodePointList{'a', 0xE9, 0x20AC, 0x1F600}));
-  EXPECT_TRUE(codePointsOf("").empty());
-}
-
-TEST(CodePoints, WalkReadsEachMalformedSubpartAsOneReplacementCharacter) {
-  EXPECT_EQ(codePointsOf("a\xF0\x90\x80z\xE2\x82"), (CodePointList{'a', 0xFFFD, 'z', 0xFFFD}));
-}
-
-TEST(CodePoints, OffsetsCutTheTextIntoItsPieces) {
-  const std::string text = "7\u0660%";
-  const CodePoints walk(text);
-  CodePoints::Iterator it = walk.begin();
-  EXPECT_EQ(it.offset(), 0u);
-  EXPECT_EQ((++it).offset(), 1u);
-  EXPECT_EQ(it++.offset(), 1u);
-  EXPECT_EQ(*it, U'%');
-  EXPECT_EQ(it.offset(), 3u);
-  EXPECT_EQ((++it).offset(), text.size());
-  EXPECT_TRUE(it == walk.end());
-}
-
 // User-perceived characters
 
 // One line for each rule and each of its traps, so that they are checked on every machine.
@@ -331,6 +299,12 @@ TEST(Unicode, TextsDecomposeAsInUnicodesOwnTest) {
   });
 }
 
+TEST(Unicode, MarksOfEqualClassKeepTheirOrderInLongRuns) {
+  std::string above;
+  for (char32_t mark = 0x314; mark >= 0x300; --mark) appendUtf8(above, mark);
+  EXPECT_EQ(canonicallyDecomposed("a" + above + "\u0323\u0323"), "a\u0323\u0323" + above);
+}
+
 TEST(Unicode, DecompositionReplacesMalformedBytes) {
   EXPECT_EQ(canonicallyDecomposed("\u00E9\xFF\xE2\x82"), "e\u0301\uFFFD\uFFFD");
 }
@@ -365,6 +339,12 @@ TEST(Unicode, DecimalDigitsAreThoseOfEveryScript) {
   for (const char32_t other : {0x2F, 0x3A, 0x41, 0xB2, 0xBD, 0x2160, 0x2460, 0x3007, 0x4E00}) {
     EXPECT_FALSE(isDecimalDigit(other)) << hex(other);
   }
+}
+
+TEST(Unicode, DecimalDigitsComeInTens) {
+  int count = 0;
+  forEachCodePoint([&](char32_t codePoint) { count += isDecimalDigit(codePoint); });
+  EXPECT_EQ(count, 680);
 }
 
 TEST(Unicode, WhiteSpaceIsFourControlsAndTheSeparators) {
