@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/LoginItem.h"
+#include "platform/simulated/Journal.h"
+#include "platform/simulated/SimulatedMainLoop.h"
+
+namespace hushbox {
+
+/// The registration at login as a switch. Lines of the journal: "status -> 0", "register -> true",
+/// "unregister -> false".
+class SimulatedLoginItem final : public LoginItem {
+ public:
+  SimulatedLoginItem(Journal& journal, const SimulatedMainLoop& loop)
+      : journal_(journal), loop_(loop) {}
+
+  /// The user changes the registration in the system's settings.
+  void setStatus(Status status) { status_ = status; }
+  /// What a registration that is not refused leads to; `enabled` at first.
+  void setStatusAfterRegistration(Status status) { statusAfterRegistration_ = status; }
+  /// Whether the system refuses from now on, leaving the status as it is.
+  void setRefusesRegistration(bool refuses) { refusesRegistration_ = refuses; }
+  void setRefusesUnregistration(bool refuses) { refusesUnregistration_ = refuses; }
+
+  Status status() override;
+  bool registerItem() override;
+  bool unregisterItem() override;
+
+ private:
+  Journal& journal_;
+  const SimulatedMainLoop& loop_;
+  Status status_ = Status::notRegistered;
+  Status statusAfterRegistration_ = Status::enabled;
+  bool refusesRegistration_ = false;
+  bool refusesUnregistration_ = false;
+};
+
+}  // namespace hushbox

@@ -1,0 +1,196 @@
+#include "platform/simulated/SimulatedMainLoop.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <string>
+#include <utility>
+
+#include "platform/simulated/Violation.h"
+
+namespace hushbox {
+namespace {
+
+/// More turns than this without the clock moving on is a loop that never comes to rest.
+constexpr int turnsPerInstant = 1'000'000;
+
+/// What the platforms make of a timer interval of zero or less.
+constexpr TimeInterval shortestInterval{0.0001};
+
+constexpr TimeInterval longestDelay{std::chrono::hours{24 * 365 * 100}};
+
+std::chrono::nanoseconds wholeNanoseconds(TimeInterval interval) {
+  // NaN compares false with everything and ends up as zero.
+  if (!(interval > TimeInterval::zero())) return {};
+  const double seconds = std::min(interval, longestDelay).count();
+  return std::chrono::nanoseconds{std::llround(seconds * 1e9)};
+}
+
+}  // namespace
+
+struct SimulatedMainLoop::Timer {
+  std::chrono::nanoseconds interval;
+  std::function<void()> block;
+  Instant due;
+};
+
+Instant SimulatedMainLoop::later(TimeInterval interval) const {
+  return now_ + wholeNanoseconds(interval);
+}
+
+void SimulatedMainLoop::enqueue(Instant due, std::function<void()> event) {
+  const std::uint64_t tie = shuffle_ ? (*shuffle_)() : 0;
+  events_.emplace(Deadline{due, tie, sequence_++}, std::move(event));
+}
+
+void SimulatedMainLoop::runNext() {
+  auto next = events_.extract(events_.begin());
+  now_ = std::max(now_, next.key().due);
+  next.mapped()();
+}
+
+void SimulatedMainLoop::advance(TimeInterval interval) {
+  if (std::exchange(running_, true))
+    reportViolation("The main loop was run from one of its blocks.");
+  const Instant end = later(interval);
+  Instant moment = now_;
+  int turns = 0;
+  while (!events_.empty() && events_.begin()->first.due <= end) {
+    runNext();
+    turns = std::exchange(moment, now_) == now_ ? turns + 1 : 0;
+    if (turns > turnsPerInstant) {
+      reportViolation("The main loop does not come to rest: blocks go on making blocks due now.");
+      break;
+    }
+  }
+  now_ = std::max(now_, end);
+  running_ = false;
+}
+
+void SimulatedMainLoop::sleep(TimeInterval interval) {
+  now_ = later(interval);
+}
+
+int SimulatedMainLoop::run() {
+  journal_.add("loop", "run");
+  if (std::exchange(running_, true))
+    reportViolation("The main loop was run from one of its blocks.");
+  while (!terminated_) {
+    if (events_.empty()) {
+      reportViolation("The main loop runs with nothing in place that could ever end it.");
+      break;
+    }
+    runNext();
+  }
+  running_ = false;
+  return 0;
+}
+
+void SimulatedMainLoop::terminate() {
+  journal_.add("loop", "terminate");
+  requireMainThread("terminate");
+  terminated_ = true;
+}
+
+Instant SimulatedMainLoop::now() const {
+  journal_.count("loop");
+  return now_;
+}
+
+Registration SimulatedMainLoop::scheduleRepeating(TimeInterval interval,
+                                                  std::function<void()> block) {
+  journal_.add("loop", "repeat every ", interval.count(), " s");
+  requireMainThread("scheduleRepeating");
+  const auto whole = wholeNanoseconds(std::max(interval, shortestInterval));
+  auto timer = std::make_shared<Timer>(Timer{whole, std::move(block), now_ + whole});
+  arm(timer);
+  return Registration(std::move(timer));
+}
+
+void SimulatedMainLoop::arm(const std::shared_ptr<Timer>& timer) {
+  enqueue(timer->due, [this, timer] {
+    // The next firing is in place before this one runs, and missed ones are left out.
+    timer->due += ((now_ - timer->due) / timer->interval + 1) * timer->interval;
+    arm(timer);
+    timer->block();
+  });
+}
+
+void SimulatedMainLoop::mainAsyncAfter(TimeInterval delay, const WorkItem& item) {
+  journal_.add("loop", "after ", delay.count(), " s");
+  requireMainThread("mainAsyncAfter");
+  enqueue(later(delay), item.invocation());
+}
+
+void SimulatedMainLoop::mainAsync(std::function<void()> block) {
+  journal_.add("loop", "post");
+  posted_.push_back(std::move(block));
+  enqueue(now_, [this] { runNextPosted(); });
+}
+
+void SimulatedMainLoop::runNextPosted() {
+  const auto block = std::move(posted_.front());
+  posted_.pop_front();
+  block();
+}
+
+void SimulatedMainLoop::utilityAsync(std::function<void()> block) {
+  journal_.add("loop", "utility");
+  requireMainThread("utilityAsync");
+  utility_.push_back(std::make_shared<std::function<void()>>(std::move(block)));
+  if (!utilityHeld_) scheduleUtility(utility_.back());
+}
+
+void SimulatedMainLoop::scheduleUtility(const UtilityBlock& block) {
+  enqueue(later(utilityLatency_), [this, waiting = std::weak_ptr(block)] {
+    const UtilityBlock due = waiting.lock();
+    if (due && !utilityHeld_) runUtility(due);
+  });
+}
+
+void SimulatedMainLoop::runUtility(const UtilityBlock& block) {
+  std::erase(utility_, block);
+  runInBackground(std::move(*block));
+}
+
+void SimulatedMainLoop::holdUtilityQueue() {
+  utilityHeld_ = true;
+}
+
+bool SimulatedMainLoop::releaseUtilityBlock(std::size_t index) {
+  if (index >= utility_.size()) return false;
+  const UtilityBlock block = utility_[index];
+  runUtility(block);
+  return true;
+}
+
+void SimulatedMainLoop::resumeUtilityQueue() {
+  utilityHeld_ = false;
+  for (const UtilityBlock& block : utility_) scheduleUtility(block);
+}
+
+void SimulatedMainLoop::after(TimeInterval delay, std::function<void()> event) {
+  enqueue(later(delay), std::move(event));
+}
+
+void SimulatedMainLoop::runInBackground(std::function<void()> block) {
+  const bool before = std::exchange(onMainThread_, false);
+  block();
+  block = nullptr;
+  onMainThread_ = before;
+}
+
+void SimulatedMainLoop::requireMainThread(std::string_view operation) const {
+  if (onMainThread_) return;
+  reportViolation(std::string(operation) + " was called off the main thread.");
+}
+
+void SimulatedMainLoop::fireEverythingOnce() {
+  for (auto pending = std::exchange(events_, {}); !pending.empty();) {
+    auto next = pending.extract(pending.begin());
+    now_ = std::max(now_, next.key().due);
+    next.mapped()();
+  }
+}
+
+}  // namespace hushbox

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/simulated/SimulatedAccessibilityTree.h"
+#include "platform/simulated/SimulatedMainLoop.h"
+#include "platform/simulated/SimulatedWorkspace.h"
+
+namespace hushbox {
+
+/// Teams on the desk: an application that shows its chat window and, during a meeting, a second one
+/// with a microphone button, whose label says what pressing it does.
+class SimulatedTeams {
+ public:
+  SimulatedTeams(SimulatedMainLoop& loop, SimulatedAccessibilityTree& tree,
+                 SimulatedWorkspace& workspace)
+      : loop_(loop), tree_(tree), workspace_(workspace) {}
+
+  /// Starts the application. The element in the journal is "application <process identifier>".
+  void launch(std::string bundleIdentifier = "com.microsoft.teams2",
+              std::int32_t processIdentifier = 501);
+  void quit();
+  void freeze() { tree_.freeze(processIdentifier_); }
+  void thaw() { tree_.thaw(processIdentifier_); }
+
+  /// Puts up the meeting window, launching the application where it does not run yet. In the
+  /// journal the elements are "meeting", "toolbar" and "microphone".
+  void joinMeeting(bool muted = false);
+  void leaveMeeting();
+
+  /// Whether the user is muted in the meeting.
+  bool isMuted() const { return muted_; }
+  /// The user mutes or unmutes by mouse or keyboard.
+  void setMuted(bool muted);
+
+  /// How often the button was pressed through the accessibility tree with success.
+  std::size_t pressCount() const { return pressCount_; }
+  /// What pressing the button returns; anything but success presses nothing.
+  void setPressStatus(AccessibilityError status) { pressStatus_ = status; }
+  /// How long after a press the label changes; at once at first.
+  void setPressLatency(std::optional<TimeInterval> latency) { pressLatency_ = latency; }
+
+  std::int32_t processIdentifier() const { return processIdentifier_; }
+  /// The application, and the microphone button; empty when there is none.
+  const SimulatedElementRef& application() const { return application_; }
+  const SimulatedElementRef& microphone() const { return microphone_; }
+
+  static constexpr const char* muteLabel = "Mute mic (⌘+Shift+M)";
+  static constexpr const char* unmuteLabel = "Unmute mic (⌘+Shift+M)";
+
+ private:
+  AccessibilityError press(std::string_view action);
+
+  SimulatedMainLoop& loop_;
+  SimulatedAccessibilityTree& tree_;
+  SimulatedWorkspace& workspace_;
+  std::int32_t processIdentifier_ = 0;
+  SimulatedElementRef application_;
+  SimulatedElementRef meeting_;
+  SimulatedElementRef microphone_;
+  bool muted_ = false;
+  std::size_t pressCount_ = 0;
+  AccessibilityError pressStatus_ = accessibility::success;
+  std::optional<TimeInterval> pressLatency_;
+};
+
+}  // namespace hushbox
