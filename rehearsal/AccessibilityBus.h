@@ -14,7 +14,7 @@ namespace hushbox::rehearsal {
 class AccessibilityBus {
  public:
   /// Connects to the session bus only; the accessibility bus is not started yet.
-  explicit AccessibilityBus(Session& session);
+  explicit AccessibilityBus(const Session& session);
 
   /// Sets org.a11y.Status.IsEnabled. Throws DeskError when at-spi2-core is not installed.
   void setEnabled(bool enabled);

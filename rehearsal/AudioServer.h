@@ -78,7 +78,10 @@ class AudioServer {
   };
 
   void start();
+  void startPulseAudio();
+  void startPipeWire();
   void load(Plugged& plugged);
+  SourceState speakerphone() const;
   std::unique_ptr<RecordingStream> stream(RecordingStream::Kind kind);
 
   const Session& session_;

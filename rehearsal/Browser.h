@@ -52,8 +52,8 @@ class Browser {
   const std::shared_ptr<DevToolsPipe>& pipe() const { return pipe_; }
 
  private:
-  std::vector<std::string> commandLine(bool forwarding) const;
-  std::vector<std::string> pageTargets() const;
+  std::vector<std::string> commandLine() const;
+  std::vector<std::string> pageTargets();
   std::string openTarget(const std::string& url, WindowKind kind);
   std::string openAppWindow(const std::string& url);
 

@@ -39,6 +39,7 @@ class BrowserPage {
  private:
   nlohmann::json call(const std::string& method, nlohmann::json parameters);
   void setWindow(const nlohmann::json& bounds);
+  bool exists();
 
   std::shared_ptr<DevToolsPipe> pipe_;
   std::string target_;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <condition_variable>
 #include <map>
 #include <mutex>
 #include <nlohmann/json.hpp>
@@ -33,6 +32,8 @@ class DevToolsPipe {
                       const std::string& session = {}, Milliseconds deadline = patience);
 
  private:
+  bool isAnswered(int id);
+  nlohmann::json takeAnswer(int id, const std::string& method);
   void readMessages();
   void take(const std::string& message);
 

@@ -22,6 +22,8 @@ class Display {
   void screenshot(const std::filesystem::path& file) const;
 
  private:
+  void startWindowManager();
+
   Environment environment_;
   std::filesystem::path logFolder_;
   std::string name_;

@@ -33,6 +33,7 @@ class RecordingStream {
 
  private:
   void connect(const std::string& source, Kind kind);
+  void release();
   void setCorked(bool corked);
 
   std::shared_ptr<AudioClient> client_;

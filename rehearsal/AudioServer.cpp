@@ -1,0 +1,186 @@
+#include "rehearsal/AudioServer.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "rehearsal/DeskError.h"
+
+namespace hushbox::rehearsal {
+
+namespace {
+
+constexpr const char* clientName = "Rehearsal";
+
+/// Module arguments nest two kinds of quotes and have no escape that both servers understand.
+std::string requirePlain(const std::string& name) {
+  if (name.find_first_of("\"'\\") == std::string::npos) return name;
+  throw DeskError("a device cannot be named " + name + ": no quotes, no backslashes");
+}
+
+std::string descriptionProperty(const std::string& name) {
+  return "sink_properties=\"device.description='" + requirePlain(name) + "'\"";
+}
+
+std::string socketPath(const Session& session) {
+  return (session.runtimeFolder() / "pulse" / "native").string();
+}
+
+}  // namespace
+
+AudioServer::AudioServer(const Session& session, AudioFlavour flavour)
+    : session_(session),
+      flavour_(flavour),
+      address_(session.environment().at("PULSE_SERVER")),
+      observer_(speakerphoneSource),
+      plugged_{{decoySource, "Built-in Microphone", PA_INVALID_INDEX}} {
+  start();
+}
+
+AudioServer::~AudioServer() {
+  kill();
+}
+
+void AudioServer::start() {
+  std::filesystem::create_directories(std::filesystem::path(socketPath(session_)).parent_path());
+  if (flavour_ == AudioFlavour::PulseAudio) {
+    startPulseAudio();
+  } else {
+    startPipeWire();
+  }
+  client_ = std::make_shared<AudioClient>(address_, clientName);
+  observer_.connect(address_);
+  client_->loadModule("module-null-sink",
+                      "sink_name=jabra_speaker " + descriptionProperty(speakerphoneName));
+  for (Plugged& plugged : plugged_) load(plugged);
+}
+
+void AudioServer::startPulseAudio() {
+  processes_.push_back(session_.start(
+      "pulseaudio.log",
+      {"pulseaudio", "--daemonize=no", "-n", "--exit-idle-time=-1", "--use-pid-file=no",
+       "--disallow-exit", "-L", "module-native-protocol-unix socket=" + socketPath(session_), "-L",
+       // A real desktop's is 5 s; whoever waits for the suspension in a test waits less.
+       "module-suspend-on-idle timeout=2"}));
+}
+
+void AudioServer::startPipeWire() {
+  processes_.push_back(session_.start("pipewire.log", {"pipewire"}));
+  const std::filesystem::path socket = session_.runtimeFolder() / "pipewire-0";
+  processes_.back()->waitUntilReady([&] { return std::filesystem::exists(socket); },
+                                    "PipeWire's socket");
+  processes_.push_back(session_.start("wireplumber.log", {"wireplumber"}));
+  processes_.push_back(session_.start("pipewire-pulse.log", {"pipewire-pulse"}));
+}
+
+bool AudioServer::isRunning() const {
+  return !processes_.empty() && std::all_of(processes_.begin(), processes_.end(),
+                                            [](const auto& one) { return one->isRunning(); });
+}
+
+void AudioServer::kill() {
+  for (const auto& process : processes_) process->kill();
+  processes_.clear();
+  observer_.disconnect();
+}
+
+void AudioServer::restart() {
+  kill();
+  start();
+}
+
+void AudioServer::freeze() {
+  for (const auto& process : processes_) process->freeze();
+}
+
+void AudioServer::thaw() {
+  for (const auto& process : processes_) process->thaw();
+}
+
+void AudioServer::load(Plugged& plugged) {
+  if (flavour_ == AudioFlavour::PulseAudio) {
+    plugged.module = client_->loadModule(
+        "module-null-source", "channels=1 source_name=" + plugged.source + " description=\"" +
+                                  requirePlain(plugged.name) + "\"");
+  } else {
+    plugged.module = client_->loadModule(
+        "module-null-sink", "media.class=Audio/Source/Virtual channels=1 sink_name=" +
+                                plugged.source + " " + descriptionProperty(plugged.name));
+  }
+  waitUntil([&] { return client_->source(plugged.source).has_value(); }, patience,
+            "the source " + plugged.source);
+}
+
+void AudioServer::plug(const std::string& source, const std::string& name) {
+  for (const Plugged& one : plugged_) {
+    if (one.source == source) throw DeskError(source + " is plugged in already");
+  }
+  Plugged plugged{source, name, PA_INVALID_INDEX};
+  load(plugged);
+  plugged_.push_back(plugged);
+}
+
+void AudioServer::unplug(const std::string& source) {
+  const auto found = std::find_if(plugged_.begin(), plugged_.end(),
+                                  [&](const Plugged& one) { return one.source == source; });
+  if (found == plugged_.end()) throw DeskError(source + " is not plugged in");
+  const uint32_t module = found->module;
+  plugged_.erase(found);
+  client_->unloadModule(module);
+  waitUntil([&] { return !client_->source(source); }, patience, source + " to be gone");
+}
+
+void AudioServer::plugSpeakerphone(const std::string& name) {
+  plug(speakerphoneSource, name);
+}
+
+void AudioServer::unplugSpeakerphone() {
+  unplug(speakerphoneSource);
+}
+
+bool AudioServer::hasSpeakerphone() const {
+  return client_->source(speakerphoneSource).has_value();
+}
+
+SourceState AudioServer::speakerphone() const {
+  const std::optional<SourceState> state = client_->source(speakerphoneSource);
+  if (!state) throw DeskError("the speakerphone is not plugged in");
+  return *state;
+}
+
+void AudioServer::setVolume(double volume) {
+  client_->setVolume(speakerphoneSource, volume);
+}
+
+double AudioServer::volume() const {
+  return speakerphone().volume;
+}
+
+void AudioServer::setMuteSwitch(bool muted) {
+  client_->setMuteSwitch(speakerphoneSource, muted);
+}
+
+bool AudioServer::muteSwitch() const {
+  return speakerphone().muteSwitch;
+}
+
+bool AudioServer::isSpeakerphoneRunning() const {
+  return speakerphone().running;
+}
+
+std::unique_ptr<RecordingStream> AudioServer::record() {
+  return stream(RecordingStream::Kind::Call);
+}
+
+std::unique_ptr<RecordingStream> AudioServer::meter() {
+  return stream(RecordingStream::Kind::Meter);
+}
+
+std::unique_ptr<RecordingStream> AudioServer::corkedRecord() {
+  return stream(RecordingStream::Kind::Corked);
+}
+
+std::unique_ptr<RecordingStream> AudioServer::stream(RecordingStream::Kind kind) {
+  return std::make_unique<RecordingStream>(client_, speakerphoneSource, kind);
+}
+
+}  // namespace hushbox::rehearsal

@@ -1,0 +1,123 @@
+#include "rehearsal/Browser.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "rehearsal/DeskError.h"
+#include "rehearsal/Programs.h"
+
+namespace hushbox::rehearsal {
+
+namespace {
+
+/// The program itself spares the tenth of a second that its start script takes.
+const std::vector<std::string>& programNames() {
+  static const std::vector<std::string> names{"/usr/lib/chromium/chromium", "chromium"};
+  return names;
+}
+
+bool contains(const std::vector<std::string>& all, const std::string& one) {
+  return std::find(all.begin(), all.end(), one) != all.end();
+}
+
+}  // namespace
+
+Browser::Browser(const Session& session, const Options& options)
+    : session_(session), options_(options), pipe_(std::make_shared<DevToolsPipe>()) {
+  if (!options_.headless && !session.hasDisplay()) {
+    throw DeskError("a browser with windows needs a display");
+  }
+  std::vector<std::string> command = commandLine();
+  // Up without a window, and still up after its last one: the desk opens and closes meetings.
+  command.insert(command.end(),
+                 {"--remote-debugging-pipe", "--no-startup-window", "--keep-alive-for-test"});
+  process_ = std::make_unique<ServerProcess>(
+      ServerProcess::Launch{std::move(command),
+                            session.environment(),
+                            session.folder() / "chromium.log",
+                            {{pipe_->browserEnd(), 3}, {pipe_->browserEnd(), 4}}});
+  pipe_->closeBrowserEnd();
+}
+
+Browser::~Browser() {
+  process_->kill();
+}
+
+std::vector<std::string> Browser::commandLine() const {
+  std::vector<std::string> command{findProgram(programNames()),
+                                   "--user-data-dir=" + (session_.folder() / "chromium").string(),
+                                   "--window-size=900,640",
+                                   "--disable-gpu",
+                                   "--disable-quic",
+                                   "--disable-sync",
+                                   "--disable-breakpad",
+                                   "--disable-background-networking",
+                                   "--disable-component-update",
+                                   "--disable-default-apps",
+                                   "--disable-dev-shm-usage",
+                                   "--disable-features=Translate,OptimizationHints,MediaRouter",
+                                   "--no-first-run",
+                                   "--no-default-browser-check",
+                                   "--no-service-autorun",
+                                   "--password-store=basic",
+                                   "--use-mock-keychain"};
+  // Chromium refuses its sandbox to root, as whom containers run.
+  if (geteuid() == 0) command.push_back("--no-sandbox");
+  command.push_back(options_.headless ? "--headless=new" : "--ozone-platform=x11");
+  command.insert(command.end(), options_.arguments.begin(), options_.arguments.end());
+  return command;
+}
+
+std::unique_ptr<BrowserPage> Browser::open(const std::string& url, WindowKind kind) {
+  auto page = std::make_unique<BrowserPage>(
+      pipe_, kind == WindowKind::App ? openAppWindow(url) : openTarget(url, kind));
+  waitUntil(
+      [&] {
+        return page
+            ->evaluate("document.readyState === 'complete' && location.href !== 'about:blank'")
+            .get<bool>();
+      },
+      patience, "the page " + url);
+  return page;
+}
+
+std::string Browser::openTarget(const std::string& url, WindowKind kind) {
+  const nlohmann::json opened =
+      pipe_->call("Target.createTarget", {{"url", url}, {"newWindow", kind == WindowKind::Window}});
+  return opened.at("targetId");
+}
+
+std::string Browser::openAppWindow(const std::string& url) {
+  if (options_.headless) throw DeskError("an app window needs a display");
+  const std::vector<std::string> before = pageTargets();
+  std::vector<std::string> command = commandLine();
+  command.push_back("--app=" + url);
+  // A second start with the same profile hands its window to the first and ends.
+  const auto messenger = session_.start("chromium-app.log", std::move(command));
+  std::string opened;
+  const auto appeared = [&] {
+    for (const std::string& target : pageTargets()) {
+      if (!contains(before, target)) opened = target;
+    }
+    return !opened.empty();
+  };
+  waitUntil(appeared, patience, "an app window for " + url);
+  holdsWithin([&] { return !messenger->isRunning(); }, patience);
+  return opened;
+}
+
+std::vector<std::string> Browser::pageTargets() {
+  std::vector<std::string> result;
+  const nlohmann::json answer = pipe_->call("Target.getTargets");
+  for (const nlohmann::json& target : answer.at("targetInfos")) {
+    if (target.at("type") == "page") result.push_back(target.at("targetId"));
+  }
+  return result;
+}
+
+std::string Browser::pageUrl(const std::string& file) {
+  return std::string("file://") + HUSHBOX_REHEARSAL_PAGES + "/" + file;
+}
+
+}  // namespace hushbox::rehearsal

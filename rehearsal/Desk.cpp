@@ -1,0 +1,52 @@
+#include "rehearsal/Desk.h"
+
+#include "rehearsal/DeskError.h"
+
+namespace hushbox::rehearsal {
+
+namespace {
+
+template <typename Part>
+Part& present(const std::unique_ptr<Part>& part, const char* what) {
+  if (!part) throw DeskError(std::string("this desk was made without ") + what);
+  return *part;
+}
+
+}  // namespace
+
+Desk::Desk(const Options& options)
+    : session_({options.display, options.systemBus}), notifications_(session_.busAddress()) {
+  if (options.applyToThisProcess) session_.applyToThisProcess();
+  if (options.accessibility) {
+    accessibility_ = std::make_unique<AccessibilityBus>(session_);
+    accessibility_->setEnabled(true);
+  }
+  // The browser takes longest and comes up by itself while the rest is started.
+  if (options.browser) {
+    browser_ = std::make_unique<Browser>(
+        session_, Browser::Options{options.headlessBrowser || !options.display, {}});
+  }
+  if (options.audio) audio_ = std::make_unique<AudioServer>(session_, *options.audio);
+  if (options.speakerphone) audio().plugSpeakerphone();
+  if (options.notifications) notificationDaemon_ = std::make_unique<NotificationDaemon>(session_);
+}
+
+Desk::~Desk() = default;
+
+AccessibilityBus& Desk::accessibility() {
+  return present(accessibility_, "accessibility");
+}
+
+AudioServer& Desk::audio() {
+  return present(audio_, "a sound server");
+}
+
+Browser& Desk::browser() {
+  return present(browser_, "a browser");
+}
+
+NotificationDaemon& Desk::notificationDaemon() {
+  return present(notificationDaemon_, "a notification daemon");
+}
+
+}  // namespace hushbox::rehearsal

@@ -1,0 +1,93 @@
+#include "rehearsal/DevToolsPipe.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+
+#include "rehearsal/DeskError.h"
+
+namespace hushbox::rehearsal {
+
+DevToolsPipe::DevToolsPipe() {
+  std::array<int, 2> ends{};
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+    throw DeskError("no pair of sockets can be made");
+  }
+  ourEnd_ = ends[0];
+  browserEnd_ = ends[1];
+  reader_ = std::thread([this] { readMessages(); });
+}
+
+DevToolsPipe::~DevToolsPipe() {
+  closeBrowserEnd();
+  shutdown(ourEnd_, SHUT_RDWR);
+  reader_.join();
+  ::close(ourEnd_);
+}
+
+void DevToolsPipe::closeBrowserEnd() {
+  if (browserEnd_ >= 0) ::close(browserEnd_);
+  browserEnd_ = -1;
+}
+
+nlohmann::json DevToolsPipe::call(const std::string& method, nlohmann::json parameters,
+                                  const std::string& session, Milliseconds deadline) {
+  const int id = ++lastId_;
+  nlohmann::json command{{"id", id}, {"method", method}, {"params", std::move(parameters)}};
+  if (!session.empty()) command["sessionId"] = session;
+  // The terminating zero byte of the string is the protocol's end of message.
+  const std::string text = command.dump();
+  const ssize_t sent = send(ourEnd_, text.c_str(), text.size() + 1, MSG_NOSIGNAL);
+  if (sent != static_cast<ssize_t>(text.size() + 1)) throw DeskError("the browser is gone");
+  waitUntil([&] { return isAnswered(id); }, deadline, "the browser's answer to " + method);
+  return takeAnswer(id, method);
+}
+
+bool DevToolsPipe::isAnswered(int id) {
+  const std::scoped_lock lock(mutex_);
+  return closed_ || answers_.contains(id);
+}
+
+nlohmann::json DevToolsPipe::takeAnswer(int id, const std::string& method) {
+  const std::scoped_lock lock(mutex_);
+  auto answer = answers_.extract(id);
+  if (answer.empty()) throw DeskError("the browser went away during " + method);
+  if (answer.mapped().contains("error")) {
+    throw DeskError(method + " failed: " + answer.mapped()["error"].dump());
+  }
+  return answer.mapped().value("result", nlohmann::json::object());
+}
+
+void DevToolsPipe::readMessages() {
+  std::string message;
+  std::array<char, 65536> piece{};
+  for (;;) {
+    const ssize_t count = recv(ourEnd_, piece.data(), piece.size(), 0);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) break;
+    for (ssize_t i = 0; i < count; ++i) {
+      if (piece[static_cast<std::size_t>(i)] != '\0') {
+        message += piece[static_cast<std::size_t>(i)];
+      } else {
+        take(message);
+        message.clear();
+      }
+    }
+  }
+  const std::scoped_lock lock(mutex_);
+  closed_ = true;
+  wakeWaiters();
+}
+
+void DevToolsPipe::take(const std::string& message) {
+  nlohmann::json parsed = nlohmann::json::parse(message, nullptr, false);
+  if (!parsed.is_object() || !parsed.contains("id")) return;
+  const std::scoped_lock lock(mutex_);
+  const int id = parsed["id"];
+  answers_[id] = std::move(parsed);
+  wakeWaiters();
+}
+
+}  // namespace hushbox::rehearsal

@@ -1,0 +1,66 @@
+#include "rehearsal/Hushbox.h"
+
+#include <sys/wait.h>
+
+#include <csignal>
+#include <fstream>
+#include <iterator>
+
+#include "rehearsal/DeskError.h"
+
+namespace hushbox::rehearsal {
+namespace {
+
+constexpr auto logName = "hushbox.log";
+
+/// The `count`th line of `log` that contains `text`; empty when there is none.
+std::string lineWith(const std::string& log, const std::string& text, int count) {
+  std::size_t at = 0;
+  for (; (at = log.find(text, at)) != std::string::npos; at += text.size()) {
+    if (--count == 0) break;
+  }
+  if (at == std::string::npos) return {};
+  const std::size_t previous = log.rfind('\n', at);
+  const std::size_t start = previous == std::string::npos ? 0 : previous + 1;
+  const std::size_t end = log.find('\n', at);
+  // A line still being written is not there yet.
+  return end == std::string::npos ? std::string() : log.substr(start, end - start);
+}
+
+}  // namespace
+
+Hushbox::Hushbox(const Session& session, const std::string& program)
+    : path_((session.folder() / logName).string()), process_(session.start(logName, {program})) {
+  process_->waitUntilReady([this] { return !log().empty(); }, "Hushbox's first record");
+}
+
+std::string Hushbox::log() const {
+  std::ifstream file(path_);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::string Hushbox::waitForLog(const std::string& text, int count) const {
+  std::string line;
+  process_->waitUntilReady(
+      [&] {
+        line = lineWith(log().substr(mark_), text, count);
+        return !line.empty();
+      },
+      "the record \"" + text + "\"");
+  return line;
+}
+
+void Hushbox::mark() {
+  mark_ = log().size();
+}
+
+int Hushbox::quit() {
+  ::kill(process_->pid(), SIGTERM);
+  waitUntil([this] { return !process_->isRunning(); }, patience, "Hushbox's end");
+  siginfo_t info{};
+  waitid(P_PID, static_cast<id_t>(process_->pid()), &info, WEXITED | WNOHANG | WNOWAIT);
+  if (info.si_code != CLD_EXITED) throw DeskError("Hushbox was ended by a signal");
+  return info.si_status;
+}
+
+}  // namespace hushbox::rehearsal

@@ -1,0 +1,42 @@
+#include "rehearsal/SilentNotificationDaemon.h"
+
+#include "rehearsal/DeskError.h"
+
+namespace hushbox::rehearsal {
+
+namespace {
+
+constexpr guint32 becamePrimaryOwner = 1;
+constexpr guint32 doNotQueue = 4;
+
+}  // namespace
+
+SilentNotificationDaemon::SilentNotificationDaemon(const std::string& busAddress)
+    : bus_(busAddress) {
+  filter_ = g_dbus_connection_add_filter(bus_.get(), swallow, this, nullptr);
+  const Variant answer =
+      bus_.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                "RequestName", g_variant_new("(su)", "org.freedesktop.Notifications", doNotQueue));
+  guint32 result = 0;
+  g_variant_get(answer.get(), "(u)", &result);
+  if (result != becamePrimaryOwner) throw DeskError("there is a notification daemon already");
+}
+
+SilentNotificationDaemon::~SilentNotificationDaemon() {
+  // Closing first: removing a filter does not wait for one that is just running.
+  g_dbus_connection_close_sync(bus_.get(), nullptr, nullptr);
+  g_dbus_connection_remove_filter(bus_.get(), filter_);
+}
+
+GDBusMessage* SilentNotificationDaemon::swallow(GDBusConnection*, GDBusMessage* message,
+                                                gboolean incoming, gpointer self) {
+  const bool call =
+      incoming && g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_METHOD_CALL;
+  if (!call) return message;
+  ++static_cast<SilentNotificationDaemon*>(self)->calls_;
+  wakeWaiters();
+  g_object_unref(message);
+  return nullptr;
+}
+
+}  // namespace hushbox::rehearsal

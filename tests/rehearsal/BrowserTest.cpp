@@ -1,0 +1,132 @@
+#include "rehearsal/Browser.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "rehearsal/Desk.h"
+#include "rehearsal/DeskError.h"
+
+namespace hushbox::rehearsal {
+namespace {
+
+using testing::SizeIs;
+
+/// One headless browser for all.
+class BrowserTest : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    Desk::Options options;
+    options.audio.reset();
+    desk_ = std::make_unique<Desk>(options);
+  }
+  static void TearDownTestSuite() { desk_.reset(); }
+
+  static inline std::unique_ptr<Desk> desk_;
+};
+
+TEST_F(BrowserTest, AppearsOnTheAccessibilityBus) {
+  MeetingPage meeting(desk_->browser());
+  desk_->accessibility().waitForApplication("Chromium");
+  meeting.close();
+}
+
+TEST_F(BrowserTest, AClickOnTheMicrophoneChangesItsLabelAndIsTimed) {
+  MeetingPage meeting(desk_->browser());
+  EXPECT_FALSE(meeting.isMuted());
+  EXPECT_EQ(meeting.label(), MeetingPage::labelWhenLive);
+
+  const auto before = std::chrono::system_clock::now() - Milliseconds{1};
+  meeting.clickMicrophone();
+  meeting.waitForLabel(MeetingPage::labelWhenMuted);
+  const auto after = std::chrono::system_clock::now() + Milliseconds{1};
+
+  EXPECT_TRUE(meeting.isMuted());
+  ASSERT_THAT(meeting.presses(), SizeIs(1));
+  EXPECT_GT(meeting.presses().front(), before);
+  EXPECT_LT(meeting.presses().front(), after);
+  meeting.pressMicrophone();
+  meeting.waitForMuted(false);
+  EXPECT_THAT(meeting.presses(), SizeIs(2));
+  meeting.close();
+}
+
+TEST_F(BrowserTest, TheMeetingCanStartMutedBeStuckAndHaveManyElements) {
+  MeetingPage::Options options;
+  options.muted = true;
+  options.stuck = true;
+  options.extraElements = 4000;
+  options.microphone = MeetingPage::Control::CheckBox;
+  options.title = "Déjà vu & more | Microsoft Teams";
+  MeetingPage meeting(desk_->browser(), options);
+  EXPECT_EQ(meeting.label(), MeetingPage::labelWhenMuted);
+  meeting.clickMicrophone();
+  meeting.waitForPresses(1);
+  EXPECT_TRUE(meeting.isMuted());
+  EXPECT_EQ(meeting.page().evaluate("document.title"), options.title);
+  EXPECT_GE(meeting.page().evaluate("document.querySelectorAll('p').length").get<int>(), 1900);
+  meeting.close();
+}
+
+TEST_F(BrowserTest, TheLabelMayComeLateAndTheButtonMayGoAndComeBack) {
+  MeetingPage::Options options;
+  options.labelDelay = Milliseconds{300};
+  MeetingPage meeting(desk_->browser(), options);
+  meeting.pressMicrophone();
+  EXPECT_TRUE(meeting.isMuted());
+  EXPECT_EQ(meeting.label(), MeetingPage::labelWhenLive);
+  meeting.waitForLabel(MeetingPage::labelWhenMuted);
+  meeting.leaveCall();
+  EXPECT_THROW(meeting.label(), DeskError);
+  meeting.joinCall();
+  EXPECT_EQ(meeting.label(), MeetingPage::labelWhenMuted);
+  meeting.close();
+}
+
+TEST_F(BrowserTest, AMinimisedMeetingIsHiddenUntilItIsRestored) {
+  MeetingPage meeting(desk_->browser());
+  EXPECT_FALSE(meeting.page().isHidden());
+  meeting.page().minimise();
+  meeting.pressMicrophone();
+  EXPECT_TRUE(meeting.isMuted());
+  meeting.page().restore();
+  EXPECT_FALSE(meeting.page().isHidden());
+  meeting.close();
+}
+
+TEST_F(BrowserTest, TheDecoyHasAMuteButtonOfItsOwnInAnotherTab) {
+  MeetingPage meeting(desk_->browser());
+  const auto decoy = desk_->browser().open(Browser::pageUrl("decoy.html"), WindowKind::Tab);
+  decoy->click("#mute-button");
+  waitUntil([&] { return decoy->evaluate("decoy.presses") == 1; }, patience, "the decoy's press");
+  EXPECT_FALSE(meeting.isMuted());
+  decoy->close();
+  meeting.close();
+}
+
+TEST_F(BrowserTest, AFrozenBrowserAnswersNothingAndThenGoesOn) {
+  MeetingPage meeting(desk_->browser());
+  desk_->browser().freeze();
+  EXPECT_THROW(desk_->browser().pipe()->call("Browser.getVersion", {}, {}, Milliseconds{200}),
+               DeskError);
+  desk_->browser().thaw();
+  EXPECT_FALSE(meeting.isMuted());
+  meeting.close();
+}
+
+TEST_F(BrowserTest, WhatOnlyADisplayCanDoIsRefusedWithASentence) {
+  EXPECT_THROW(desk_->browser().open(Browser::pageUrl("decoy.html"), WindowKind::App), DeskError);
+  EXPECT_THROW(desk_->display(), DeskError);
+  EXPECT_THROW(desk_->audio(), DeskError);
+}
+
+TEST_F(BrowserTest, ACrashOfTheBrowserIsNoticed) {
+  MeetingPage meeting(desk_->browser());
+  desk_->browser().kill();
+  EXPECT_FALSE(desk_->browser().isRunning());
+  EXPECT_THROW(meeting.isMuted(), DeskError);
+  TearDownTestSuite();
+  SetUpTestSuite();
+}
+
+}  // namespace
+}  // namespace hushbox::rehearsal

@@ -1,0 +1,54 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "rehearsal/BusConnection.h"
+#include "rehearsal/DeskError.h"
+#include "rehearsal/NotificationMonitor.h"
+#include "rehearsal/Session.h"
+#include "rehearsal/SilentNotificationDaemon.h"
+
+namespace hushbox::rehearsal {
+namespace {
+
+using testing::SizeIs;
+
+void notify(const BusConnection& bus, const char* title, Milliseconds deadline) {
+  GVariantBuilder hints;
+  g_variant_builder_init(&hints, G_VARIANT_TYPE_VARDICT);
+  g_variant_builder_add(&hints, "{sv}", "sound-name", g_variant_new_string("bell"));
+  bus.call(
+      "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+      "org.freedesktop.Notifications", "Notify",
+      g_variant_new("(susssasa{sv}i)", "Hushbox", 0, "mask", title, "body", nullptr, &hints, -1),
+      deadline);
+}
+
+TEST(SilentNotificationDaemon, SwallowsEveryCallAndTheMonitorSawItAsked) {
+  const Session session;
+  const NotificationMonitor monitor(session.busAddress());
+  const SilentNotificationDaemon silent(session.busAddress());
+  const BusConnection bus(session.busAddress());
+  EXPECT_THROW(notify(bus, "Low battery", Milliseconds{100}), DeskError);
+  EXPECT_EQ(silent.calls(), 1);
+  ASSERT_THAT(monitor.notifications(), SizeIs(1));
+  EXPECT_EQ(monitor.notifications()[0].title, "Low battery");
+  EXPECT_EQ(monitor.notifications()[0].body, "body");
+  EXPECT_EQ(monitor.notifications()[0].application, "Hushbox");
+  EXPECT_EQ(monitor.notifications()[0].soundName, "bell");
+  EXPECT_THAT(monitor.shown(), SizeIs(0));
+  EXPECT_THROW(SilentNotificationDaemon(session.busAddress()), DeskError);
+}
+
+TEST(NotificationMonitor, SeesTheRefusalWhenThereIsNoDaemonAndNoneIsStarted) {
+  const Session session;
+  const NotificationMonitor monitor(session.busAddress());
+  const BusConnection bus(session.busAddress());
+  EXPECT_THROW(notify(bus, "Low battery", Milliseconds{5000}), DeskError);
+  waitUntil(
+      [&] { return !monitor.notifications().empty() && !monitor.notifications()[0].error.empty(); },
+      patience, "the refusal");
+  EXPECT_EQ(monitor.notifications()[0].error, "org.freedesktop.DBus.Error.ServiceUnknown");
+}
+
+}  // namespace
+}  // namespace hushbox::rehearsal

@@ -1,0 +1,112 @@
+#include "rehearsal/ServerProcess.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "rehearsal/DeskError.h"
+#include "rehearsal/ScratchFolder.h"
+
+namespace hushbox::rehearsal {
+namespace {
+
+class ServerProcessTest : public testing::Test {
+ protected:
+  ServerProcess start(const std::string& script) {
+    return ServerProcess({{"sh", "-c", script}, {{"PATH", std::getenv("PATH")}}, log(), {}});
+  }
+  std::filesystem::path log() const { return scratch_.path() / "log"; }
+  std::string logText() const {
+    std::ifstream file(log());
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  }
+  char state(pid_t process) const {
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string number, name;
+    char state = '-';
+    file >> number >> name >> state;
+    return state;
+  }
+  bool isGone(pid_t process) const { return state(process) == '-' || state(process) == 'Z'; }
+
+  ScratchFolder scratch_;
+};
+
+TEST_F(ServerProcessTest, StopEndsAProgramThatIgnoresTheRequestAndItsChildToo) {
+  ServerProcess server = start("trap '' TERM; sleep 1000 & echo $!; wait; wait");
+  server.waitUntilReady([&] { return logText().find('\n') != std::string::npos; }, "its child");
+  const pid_t child = std::stoi(logText());
+  ASSERT_FALSE(isGone(child));
+
+  server.stop(Milliseconds{50});
+
+  EXPECT_FALSE(server.isRunning());
+  EXPECT_TRUE(isGone(server.pid()));
+  EXPECT_TRUE(holdsWithin([&] { return isGone(child); }, patience));
+}
+
+TEST_F(ServerProcessTest, AFrozenProgramStandsStillUntilItIsThawed) {
+  ServerProcess server = start("while :; do sleep 0.01; done");
+
+  server.freeze();
+  EXPECT_EQ(state(server.pid()), 'T');
+  EXPECT_TRUE(server.isRunning());
+  server.thaw();
+  EXPECT_TRUE(holdsWithin([&] { return state(server.pid()) != 'T'; }, patience));
+
+  server.freeze();
+  server.stop();
+  EXPECT_TRUE(isGone(server.pid()));
+}
+
+TEST_F(ServerProcessTest, AProgramThatEndsInsteadOfComingUpIsReportedWithItsLastWords) {
+  ServerProcess server = start("echo no such device; exit 3");
+  try {
+    server.waitUntilReady([] { return false; }, "a server");
+    FAIL() << "came up";
+  } catch (const DeskError& error) {
+    EXPECT_NE(std::string(error.what()).find("no such device"), std::string::npos) << error.what();
+  }
+}
+
+TEST_F(ServerProcessTest, AMissingProgramIsNamedWithWhatToDo) {
+  try {
+    ServerProcess({{"no-such-server"}, {}, log(), {}});
+    FAIL() << "was started";
+  } catch (const DeskError& error) {
+    EXPECT_STREQ(error.what(), "no-such-server is not installed: run script/bootstrap");
+  }
+}
+
+TEST_F(ServerProcessTest, NothingIsInheritedButWhatIsHandedOver) {
+  // Without close-on-exec, as a careless library opens its files.
+  std::FILE* careless = std::fopen("/dev/null", "r");
+  ServerProcess server =
+      start("ls /proc/self/fd | wc -l; env | grep -c -v -E '^(PATH|PWD|SHLVL|_)='");
+  holdsWithin([&] { return !server.isRunning(); }, patience);
+  std::fclose(careless);
+  // Input, output, error, and the folder that ls reads.
+  EXPECT_EQ(logText(), "4\n0\n");
+}
+
+TEST_F(ServerProcessTest, WhatATestProgramStartsDiesWithIt) {
+  const pid_t program = fork();
+  if (program == 0) {
+    ServerProcess server = start("echo $$; exec sleep 1000");
+    holdsWithin([&] { return !logText().empty(); }, patience);
+    ::kill(getpid(), SIGKILL);
+  }
+  int status = 0;
+  waitpid(program, &status, 0);
+  ASSERT_TRUE(WIFSIGNALED(status));
+  const pid_t server = std::stoi(logText());
+  EXPECT_TRUE(holdsWithin([&] { return isGone(server); }, patience));
+}
+
+}  // namespace
+}  // namespace hushbox::rehearsal
