@@ -289,7 +289,7 @@ TEST(Text, AnyBytesAreHandledWithinTheirBounds) {
       "e",      "\u00E9", "\u0301", "\u0323",     "\uAC01",    "\u1100", "\r",
       "\n",     "\xE2",   "\x82",   "\xF0",       "\x9F",      "\xED",   "\xA0",
       "\u200D", "\u0600", "\u0130", "\U0001F1E9", "\U0001F468"};
-  for (int round = 0; round < 20000; ++round) {
+  for (int round = 0; round < 6000; ++round) {
     const std::vector<std::string>& alphabet = round % 2 == 0 ? bytes : troubles;
     const ExactCopy text(randomText(random, alphabet, 24));
     const ExactCopy part(randomText(random, alphabet, 3));
@@ -330,7 +330,7 @@ std::vector<std::string> charactersOf(std::string_view text) {
 void expectAgreementWithCharacterByCharacter(const std::vector<std::string>& alphabet) {
   std::mt19937 random(21);
   int contained = 0;
-  for (int round = 0; round < 20000; ++round) {
+  for (int round = 0; round < 6000; ++round) {
     const std::string text = randomText(random, alphabet, 8);
     const std::string part = randomText(random, alphabet, 3);
     const std::vector<std::string> all = charactersOf(text);
@@ -344,7 +344,7 @@ void expectAgreementWithCharacterByCharacter(const std::vector<std::string>& alp
     ASSERT_EQ(equal(text, part), all == some) << testing::PrintToString(std::pair(text, part));
     contained += found;
   }
-  EXPECT_GT(contained, 2000);
+  EXPECT_GT(contained, 600);
 }
 
 TEST(Text, AsciiComparesLikeCharacterByCharacter) {
@@ -363,7 +363,7 @@ TEST(Text, AsciiWithoutCarriageReturnsComparesByBytes) {
   std::vector<std::string> ascii = everyByte();
   ascii.resize(128);
   std::erase(ascii, "\r");
-  for (int round = 0; round < 5000; ++round) {
+  for (int round = 0; round < 2000; ++round) {
     const std::string text = randomText(random, ascii, 300);
     const std::string part = randomText(random, ascii, 2);
     ASSERT_EQ(contains(text, part), text.find(part) != std::string::npos);
