@@ -1,0 +1,476 @@
+#include <gmock/gmock.h>
+
+#include <vector>
+
+#include "tests/headset/JabraMonitorFixture.h"
+
+namespace hushbox {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class JabraAttachment : public JabraMonitorFixture {
+ protected:
+  AudioObjectID plug(const std::string& name, std::optional<float> volume = 0.5F) {
+    return desk.audio.plug({.name = name, .inputVolume = volume});
+  }
+
+  /// Tells what the members were at each announcement.
+  void journalMembers() {
+    subscription = monitor->objectWillChange.subscribe([this] {
+      hear("name " + monitor->deviceName().value_or("none") + ", muted " +
+           (monitor->isMuted() ? std::to_string(*monitor->isMuted()) : "unknown") + ", in call " +
+           std::to_string(monitor->isInCall()));
+    });
+  }
+};
+
+// Finding the device
+
+TEST_F(JabraAttachment, StartsUnattachedAndSilentWithoutADevice) {
+  start();
+  EXPECT_THAT(desk.journal.take(), ElementsAre("audio: add listener 1 device list -> added",
+                                               "audio: size 1 device list: 0 bytes -> 0",
+                                               "audio: get 1 device list (0 bytes):  -> 0"));
+  EXPECT_EQ(monitor->deviceName(), std::nullopt);
+  EXPECT_EQ(monitor->isMuted(), std::nullopt);
+  EXPECT_FALSE(monitor->isInCall());
+}
+
+TEST_F(JabraAttachment, AttachStepsInOrder) {
+  plug("Built-in Microphone");
+  plug("Jabra Speak2 75", 0.8F);
+  start();
+  EXPECT_THAT(
+      desk.journal.take(),
+      ElementsAre(
+          "audio: add listener 1 device list -> added", "audio: size 1 device list: 8 bytes -> 0",
+          "audio: get 1 device list (8 bytes): 2 3 -> 0",
+          "audio: text 2 name: \"Built-in Microphone\" -> 0",
+          "audio: text 3 name: \"Jabra Speak2 75\" -> 0", "audio: has 3 input volume: true",
+          "audio: text 3 name: \"Jabra Speak2 75\" -> 0",
+          "audio: get 3 input volume (4 bytes): 0.8 -> 0",
+          "audio: add listener 3 input volume -> added", "audio: get 3 running (4 bytes): 0 -> 0",
+          "audio: add listener 3 running -> added",
+          "log: jabra info: Attached to Jabra Speak2 75 (id 3)"));
+  EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
+  EXPECT_EQ(monitor->isMuted(), false);
+  EXPECT_FALSE(monitor->isInCall());
+}
+
+TEST_F(JabraAttachment, RecordsGoToTheLogOfTheApplication) {
+  startWithSpeakerphone();
+  EXPECT_THAT(desk.log.records(),
+              ElementsAre(LogRecord{"org.hushbox.Hushbox", "jabra", LogLevel::info,
+                                    "Attached to Jabra Speak2 75 (id 2)"}));
+}
+
+TEST_F(JabraAttachment, DeviceWithoutInputVolumeIsSkipped) {
+  plug("Jabra Speak2 75", std::nullopt);
+  plug("Jabra Evolve");
+  start();
+  EXPECT_EQ(monitor->deviceName(), "Jabra Evolve");
+}
+
+TEST_F(JabraAttachment, FirstMatchInTheListWinsAndEndsTheSearch) {
+  plug("Jabra one");
+  plug("Jabra two");
+  start();
+  EXPECT_EQ(monitor->deviceName(), "Jabra one");
+  for (const std::string& line : desk.journal.take("audio")) {
+    EXPECT_THAT(line, testing::Not(testing::HasSubstr(" 3 name")));
+  }
+}
+
+TEST_F(JabraAttachment, NameMustContainTheWordAsWritten) {
+  const std::vector<std::pair<std::string, bool>> cases = {{"Jabra", true},
+                                                           {"My Jabra Link", true},
+                                                           {"GN Jabras", true},
+                                                           {"jabra Speak2 75", false},
+                                                           {"JABRA Speak2 75", false},
+                                                           {"Jab ra", false},
+                                                           {"", false},
+                                                           {"Jabra\u0301 75", false},
+                                                           {"\u0301Jabra", true}};
+  for (const auto& [name, matches] : cases) {
+    const AudioObjectID id = plug(name);
+    start();
+    EXPECT_EQ(monitor->deviceName().has_value(), matches) << name;
+    release();
+    desk.audio.unplug(id);
+    desk.loop.runUntilIdle();
+  }
+}
+
+TEST_F(JabraAttachment, DeviceWhoseNameCannotBeReadIsSkipped) {
+  desk.audio.plug({.name = std::nullopt, .inputVolume = 0.5F});
+  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
+                       .address = audio::deviceName,
+                       .status = audio::badObject,
+                       .object = plug("Jabra broken")});
+  plug("Jabra Speak2 75");
+  start();
+  EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
+}
+
+TEST_F(JabraAttachment, SizeOfTheDeviceListThatCannotBeReadMeansNoDevices) {
+  desk.audio.addFault({.operation = AudioOperation::getPropertyDataSize,
+                       .address = audio::deviceList,
+                       .status = audio::hardwareNotRunning});
+  desk.plugSpeakerphone();
+  start();
+  EXPECT_THAT(desk.journal.take("audio"), ElementsAre("add listener 1 device list -> added",
+                                                      "size 1 device list: 0 bytes -> stop",
+                                                      "get 1 device list (0 bytes):  -> 0"));
+  EXPECT_EQ(monitor->deviceName(), std::nullopt);
+}
+
+TEST_F(JabraAttachment, DeviceListThatCannotBeReadIsZerosThatMatchNothing) {
+  desk.audio.addFault({.operation = AudioOperation::getPropertyData,
+                       .address = audio::deviceList,
+                       .status = audio::hardwareNotRunning});
+  desk.plugSpeakerphone();
+  plug("Jabra two");
+  start();
+  EXPECT_THAT(desk.journal.take("audio"),
+              ElementsAre("add listener 1 device list -> added", "size 1 device list: 8 bytes -> 0",
+                          "get 1 device list (8 bytes): -> stop", "text 0 name: -> !obj",
+                          "text 0 name: -> !obj"));
+  EXPECT_EQ(monitor->deviceName(), std::nullopt);
+}
+
+TEST_F(JabraAttachment, StatusesOfTheDeviceListAreIgnoredEvenBesideGoodValues) {
+  desk.audio.addFault({.operation = AudioOperation::getPropertyDataSize,
+                       .address = audio::deviceList,
+                       .status = audio::hardwareNotRunning,
+                       .size = 4});
+  desk.plugSpeakerphone();
+  start();
+  EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
+}
+
+TEST_F(JabraAttachment, DeviceListHasAsManyEntriesAsFitItsSize) {
+  for (const auto& [size, line] : {std::pair{3U, "get 1 device list (0 bytes):  -> 0"},
+                                   {4U, "get 1 device list (4 bytes): 2 -> 0"},
+                                   {7U, "get 1 device list (4 bytes): 2 -> 0"},
+                                   {9U, "get 1 device list (8 bytes): 2 3 -> 0"},
+                                   {16U, "get 1 device list (16 bytes): 2 3 -> 0"}}) {
+    SCOPED_TRACE(size);
+    if (desk.audio.deviceList().empty()) {
+      plug("Microphone");
+      plug("Loopback");
+    }
+    desk.audio.clearFaults();
+    desk.audio.addFault({.operation = AudioOperation::getPropertyDataSize,
+                         .address = audio::deviceList,
+                         .size = size});
+    desk.journal.take();
+    start();
+    EXPECT_THAT(desk.journal.take("audio"), testing::Contains(line));
+    release();
+  }
+}
+
+// What attaching reads
+
+TEST_F(JabraAttachment, VolumeOfExactlyZeroIsMutedAndAnyOtherIsNot) {
+  for (const auto& [volume, muted] : {std::pair{0.0F, true}, {1e-30F, false}, {1.0F, false}}) {
+    const AudioObjectID id = desk.plugSpeakerphone(volume);
+    start();
+    EXPECT_EQ(monitor->isMuted(), muted) << volume;
+    release();
+    desk.audio.unplug(id);
+    desk.loop.runUntilIdle();
+  }
+}
+
+TEST_F(JabraAttachment, VolumeAboveZeroIsWhatUnmutingBringsBack) {
+  startWithSpeakerphone(0.3F);
+  desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
+  monitor->setMuted(true);
+  monitor->setMuted(false);
+  EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.3F);
+}
+
+TEST_F(JabraAttachment, VolumeThatCannotBeReadLeavesTheStateUnknown) {
+  startWithUnknownState(0.3F);
+  EXPECT_EQ(monitor->isMuted(), std::nullopt);
+  EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
+  monitor->setMuted(false);
+  EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.6F);
+}
+
+TEST_F(JabraAttachment, VolumeOfTheNextDeviceThatCannotBeReadLeavesTheStateAsItWas) {
+  startWithSpeakerphone(0);
+  const AudioObjectID next = desk.audio.plug({"Jabra next", 0.5F}, 0);
+  desk.audio.addFault({.status = audio::hardwareNotRunning, .object = next});
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(monitor->deviceName(), "Jabra next");
+  EXPECT_EQ(monitor->isMuted(), true);
+}
+
+TEST_F(JabraAttachment, AttachingToADeviceInUseIsACallWithoutACallStart) {
+  start();
+  desk.audio.plug({.name = "Jabra Speak2 75", .inputVolume = 0.5F, .running = true});
+  desk.loop.runUntilIdle();
+  EXPECT_TRUE(monitor->isInCall());
+  EXPECT_THAT(takeEvents(), IsEmpty());
+  EXPECT_THAT(desk.log.texts("jabra"), ElementsAre("Attached to Jabra Speak2 75 (id 2)"));
+}
+
+TEST_F(JabraAttachment, UseThatCannotBeReadIsNoCall) {
+  desk.audio.addFault({.address = audio::runningSomewhere, .status = audio::hardwareNotRunning});
+  desk.audio.plug({.name = "Jabra Speak2 75", .inputVolume = 0.5F, .running = true});
+  start();
+  EXPECT_FALSE(monitor->isInCall());
+}
+
+TEST_F(JabraAttachment, NameThatCanNoLongerBeReadIsEmpty) {
+  // Good for the search, gone when it is asked for again.
+  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
+                       .address = audio::deviceName,
+                       .status = audio::noError,
+                       .times = 1});
+  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
+                       .address = audio::deviceName,
+                       .status = audio::badObject});
+  desk.plugSpeakerphone();
+  start();
+  EXPECT_EQ(monitor->deviceName(), "");
+  EXPECT_THAT(desk.log.texts("jabra"), ElementsAre("Attached to  (id 2)"));
+}
+
+// Coming and going
+
+TEST_F(JabraAttachment, DeviceThatIsPluggedInLaterIsAttached) {
+  start();
+  journalMembers();
+  desk.plugSpeakerphone(0);
+  desk.journal.take();
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(
+      desk.journal.take(),
+      ElementsAre(
+          "audio: size 1 device list: 4 bytes -> 0", "audio: get 1 device list (4 bytes): 2 -> 0",
+          "audio: text 2 name: \"Jabra Speak2 75\" -> 0", "audio: has 2 input volume: true",
+          "audio: text 2 name: \"Jabra Speak2 75\" -> 0",
+          "monitor: name none, muted unknown, in call 0",
+          "audio: get 2 input volume (4 bytes): 0 -> 0",
+          "monitor: name Jabra Speak2 75, muted unknown, in call 0",
+          "audio: add listener 2 input volume -> added", "audio: get 2 running (4 bytes): 0 -> 0",
+          "monitor: name Jabra Speak2 75, muted 1, in call 0",
+          "audio: add listener 2 running -> added",
+          "log: jabra info: Attached to Jabra Speak2 75 (id 2)"));
+}
+
+TEST_F(JabraAttachment, UnpluggingForgetsTheDeviceStepByStep) {
+  startWithSpeakerphone();
+  desk.audio.setRunning(speakerphone, true);
+  desk.loop.runUntilIdle();
+  journalMembers();
+  desk.journal.take();
+  desk.audio.unplug(speakerphone);
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take(), ElementsAre("audio: size 1 device list: 0 bytes -> 0",
+                                               "audio: get 1 device list (0 bytes):  -> 0",
+                                               "audio: remove listener 2 input volume -> !obj",
+                                               "audio: remove listener 2 running -> !obj",
+                                               "monitor: name Jabra Speak2 75, muted 0, in call 1",
+                                               "monitor: name none, muted 0, in call 1",
+                                               "monitor: name none, muted unknown, in call 1",
+                                               "log: jabra info: Jabra input not present"));
+  EXPECT_EQ(monitor->deviceName(), std::nullopt);
+  EXPECT_EQ(monitor->isMuted(), std::nullopt);
+  EXPECT_FALSE(monitor->isInCall());
+}
+
+TEST_F(JabraAttachment, DeviceThatStaysAwayIsReportedOnce) {
+  startWithSpeakerphone();
+  desk.audio.unplug(speakerphone);
+  desk.loop.runUntilIdle();
+  desk.journal.take();
+  plug("Microphone");
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take("log"), IsEmpty());
+  EXPECT_THAT(desk.journal.take("monitor"), IsEmpty());
+}
+
+TEST_F(JabraAttachment, DeviceThatLosesItsInputVolumeIsGone) {
+  startWithSpeakerphone();
+  desk.audio.addFault({.operation = AudioOperation::hasProperty});
+  desk.audio.announce(audio::systemObject, audio::deviceList);
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(monitor->deviceName(), std::nullopt);
+  // Still plugged in: this time the listeners are really taken away.
+  EXPECT_THAT(desk.journal.take("audio"), testing::IsSupersetOf({
+                                              "remove listener 2 input volume -> 0",
+                                              "remove listener 2 running -> 0",
+                                          }));
+  EXPECT_EQ(desk.audio.listenerCount(), 1U);
+}
+
+TEST_F(JabraAttachment, ListChangeWithTheSameDeviceChangesAndLogsNothing) {
+  startWithSpeakerphone(0);
+  setVolume(0.5F);
+  plug("Microphone");
+  desk.journal.take();
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take(), ElementsAre("audio: size 1 device list: 8 bytes -> 0",
+                                               "audio: get 1 device list (8 bytes): 2 3 -> 0",
+                                               "audio: text 2 name: \"Jabra Speak2 75\" -> 0",
+                                               "audio: has 2 input volume: true"));
+  EXPECT_EQ(desk.audio.listenerCount(), 3U);
+}
+
+TEST_F(JabraAttachment, AnotherDeviceTakesThePlaceOfTheFirst) {
+  startWithSpeakerphone(0);
+  journalMembers();
+  desk.audio.plug({"Jabra next", 0.5F, true}, 0);
+  desk.journal.take();
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(
+      desk.journal.take(),
+      ElementsAre(
+          "audio: size 1 device list: 8 bytes -> 0", "audio: get 1 device list (8 bytes): 3 2 -> 0",
+          "audio: text 3 name: \"Jabra next\" -> 0", "audio: has 3 input volume: true",
+          "audio: remove listener 2 input volume -> 0", "audio: remove listener 2 running -> 0",
+          "audio: text 3 name: \"Jabra next\" -> 0",
+          "monitor: name Jabra Speak2 75, muted 1, in call 0",
+          "audio: get 3 input volume (4 bytes): 0.5 -> 0",
+          "monitor: name Jabra next, muted 1, in call 0",
+          "audio: add listener 3 input volume -> added", "audio: get 3 running (4 bytes): 1 -> 0",
+          "monitor: name Jabra next, muted 0, in call 0", "audio: add listener 3 running -> added",
+          "log: jabra info: Attached to Jabra next (id 3)"));
+  EXPECT_TRUE(monitor->isInCall());
+}
+
+TEST_F(JabraAttachment, ListenerThatWasRefusedIsNotRemoved) {
+  speakerphone = desk.plugSpeakerphone();
+  desk.audio.addFault({.operation = AudioOperation::addPropertyListener});
+  start();
+  desk.journal.take();
+  desk.audio.unplug(speakerphone);
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take("audio"),
+              ElementsAre("size 1 device list: 0 bytes -> 0", "get 1 device list (0 bytes):  -> 0",
+                          "remove listener 2 running -> !obj"));
+}
+
+TEST_F(JabraAttachment, LateNotificationOfTheFormerDeviceReadsThePresentOne) {
+  startWithSpeakerphone(0.8F);
+  desk.audio.setAnnouncementDelay(1s);
+  desk.audio.setInputVolume(speakerphone, 0);
+  desk.audio.setAnnouncementDelay(0s);
+  desk.audio.plug({"Jabra next", 0.5F}, 0);
+  desk.loop.runUntilIdle();
+  ASSERT_EQ(monitor->deviceName(), "Jabra next");
+  desk.journal.take();
+  desk.advance(10s);
+  EXPECT_THAT(desk.journal.take("audio"), ElementsAre("get 3 input volume (4 bytes): 0.5 -> 0"));
+  EXPECT_EQ(monitor->isMuted(), false);
+}
+
+// Calls
+
+TEST_F(JabraAttachment, UseOfTheDeviceIsACall) {
+  startWithSpeakerphone();
+  desk.audio.setRunning(speakerphone, true);
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take(),
+              ElementsAre("audio: get 2 running (4 bytes): 1 -> 0", "monitor: will change",
+                          "log: jabra info: Jabra mic in use -> true", "monitor: call started"));
+  EXPECT_TRUE(monitor->isInCall());
+}
+
+TEST_F(JabraAttachment, EndOfUseEndsTheCallWithoutACallback) {
+  startWithSpeakerphone();
+  desk.audio.setRunning(speakerphone, true);
+  desk.loop.runUntilIdle();
+  desk.journal.take();
+  desk.audio.setRunning(speakerphone, false);
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take(),
+              ElementsAre("audio: get 2 running (4 bytes): 0 -> 0", "monitor: will change",
+                          "log: jabra info: Jabra mic in use -> false"));
+  EXPECT_FALSE(monitor->isInCall());
+}
+
+TEST_F(JabraAttachment, UseThatHasNotChangedIsNotAnnounced) {
+  startWithSpeakerphone();
+  for (const bool running : {false, true}) {
+    desk.audio.setRunning(speakerphone, running);
+    desk.loop.runUntilIdle();
+    desk.journal.take();
+    desk.audio.announce(speakerphone, audio::runningSomewhere);
+    desk.loop.runUntilIdle();
+    EXPECT_THAT(desk.journal.take(), ElementsAre(testing::StartsWith("audio: get 2 running")));
+  }
+}
+
+TEST_F(JabraAttachment, EachNewUseIsANewCallStart) {
+  startWithSpeakerphone();
+  for (const bool running : {true, false, true, false}) {
+    desk.audio.setRunning(speakerphone, running);
+    desk.loop.runUntilIdle();
+  }
+  EXPECT_THAT(takeEvents(), ElementsAre("call started", "call started"));
+}
+
+TEST_F(JabraAttachment, UseThatCanNoLongerBeReadEndsTheCall) {
+  startWithSpeakerphone();
+  desk.audio.setRunning(speakerphone, true);
+  desk.loop.runUntilIdle();
+  desk.audio.addFault({.address = audio::runningSomewhere, .status = audio::hardwareNotRunning});
+  desk.audio.announce(speakerphone, audio::runningSomewhere);
+  desk.loop.runUntilIdle();
+  EXPECT_FALSE(monitor->isInCall());
+  EXPECT_EQ(desk.log.texts("jabra").back(), "Jabra mic in use -> false");
+}
+
+TEST_F(JabraAttachment, CallIsUpAlreadyWhenItsStartIsTold) {
+  startWithSpeakerphone();
+  bool seen = false;
+  monitor->onCallStarted = [&] { seen = monitor->isInCall(); };
+  desk.audio.setRunning(speakerphone, true);
+  desk.loop.runUntilIdle();
+  EXPECT_TRUE(seen);
+}
+
+TEST_F(JabraAttachment, WithoutACallbackACallIsACallAllTheSame) {
+  startWithSpeakerphone();
+  monitor->onCallStarted = nullptr;
+  desk.audio.setRunning(speakerphone, true);
+  desk.loop.runUntilIdle();
+  EXPECT_TRUE(monitor->isInCall());
+}
+
+TEST_F(JabraAttachment, UseAfterTheDeviceWentIsNotEvenRead) {
+  startWithSpeakerphone();
+  desk.audio.setAnnouncementDelay(1s);
+  desk.audio.setRunning(speakerphone, true);
+  desk.audio.setAnnouncementDelay(0s);
+  desk.audio.unplug(speakerphone);
+  desk.loop.runUntilIdle();
+  desk.journal.take();
+  desk.advance(10s);
+  EXPECT_THAT(desk.journal.take(), IsEmpty());
+}
+
+// The end
+
+TEST_F(JabraAttachment, ListenersOfAMonitorThatIsGoneStayInPlaceAndDoNothing) {
+  startWithSpeakerphone();
+  release();
+  EXPECT_EQ(desk.audio.listenerCount(), 3U);
+  desk.journal.take();
+  desk.audio.setInputVolume(speakerphone, 0);
+  desk.audio.setRunning(speakerphone, true);
+  plug("Jabra next");
+  desk.advance(1s);
+  EXPECT_THAT(desk.journal.take(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace hushbox

@@ -1,0 +1,280 @@
+#include <gmock/gmock.h>
+
+#include "tests/headset/JabraMonitorFixture.h"
+
+namespace hushbox {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class JabraSetMuted : public JabraMonitorFixture {};
+
+// What is done
+
+TEST_F(JabraSetMuted, MutingReadsAnnouncesWritesAndLogsInThatOrder) {
+  startWithSpeakerphone(0.7F);
+  monitor->setMuted(true);
+  EXPECT_THAT(desk.journal.take(),
+              ElementsAre("audio: get 2 input volume (4 bytes): 0.7 -> 0", "monitor: will change",
+                          "audio: set 2 input volume (4 bytes): 0 -> 0",
+                          "log: jabra info: Set Jabra input volume to 0.000000 (status 0)"));
+  EXPECT_EQ(monitor->isMuted(), true);
+  EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0);
+}
+
+TEST_F(JabraSetMuted, UnmutingAnnouncesWritesAndLogsWithoutReading) {
+  startWithSpeakerphone(0);
+  monitor->setMuted(false);
+  EXPECT_THAT(desk.journal.take(),
+              ElementsAre("monitor: will change", "audio: set 2 input volume (4 bytes): 0.6 -> 0",
+                          "log: jabra info: Set Jabra input volume to 0.600000 (status 0)"));
+  EXPECT_EQ(monitor->isMuted(), false);
+}
+
+TEST_F(JabraSetMuted, AnnouncesBeforeTheStateChanges) {
+  startWithSpeakerphone();
+  std::optional<std::optional<bool>> seen;
+  subscription = monitor->objectWillChange.subscribe([&] { seen = monitor->isMuted(); });
+  monitor->setMuted(true);
+  EXPECT_EQ(seen, std::optional<bool>(false));
+}
+
+TEST_F(JabraSetMuted, DoesNothingWhenTheDeviceIsKnownToBeInThatState) {
+  startWithSpeakerphone(0.8F);
+  monitor->setMuted(false);
+  EXPECT_THAT(desk.journal.take(), IsEmpty());
+  monitor->setMuted(true);
+  desk.journal.take();
+  monitor->setMuted(true);
+  EXPECT_THAT(desk.journal.take(), IsEmpty());
+}
+
+TEST_F(JabraSetMuted, WritesEitherWayWhileTheStateIsUnknown) {
+  startWithUnknownState(0.8F);
+  monitor->setMuted(false);
+  EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.6 -> 0"));
+  EXPECT_EQ(monitor->isMuted(), false);
+}
+
+TEST_F(JabraSetMuted, MutesFromAnUnknownState) {
+  startWithUnknownState(0.8F);
+  monitor->setMuted(true);
+  EXPECT_THAT(desk.journal.take("audio"), ElementsAre("get 2 input volume (4 bytes): 0.8 -> 0",
+                                                      "set 2 input volume (4 bytes): 0 -> 0"));
+  EXPECT_EQ(monitor->isMuted(), true);
+}
+
+TEST_F(JabraSetMuted, DoesNothingWithoutADevice) {
+  start();
+  desk.journal.take();
+  monitor->setMuted(true);
+  monitor->setMuted(false);
+  EXPECT_THAT(desk.journal.take(), IsEmpty());
+  EXPECT_EQ(monitor->isMuted(), std::nullopt);
+}
+
+TEST_F(JabraSetMuted, NeverRaisesAButtonEvent) {
+  startWithSpeakerphone();
+  for (const bool muted : {true, false, true}) {
+    monitor->setMuted(muted);
+    desk.advance(1s);
+  }
+  EXPECT_THAT(takeEvents(), IsEmpty());
+}
+
+// The level that unmuting writes
+
+TEST_F(JabraSetMuted, UnmutingBringsBackTheLevelThatMutingFound) {
+  startWithSpeakerphone(0.8F);
+  desk.audio.setAnnouncementDelay(1h);
+  desk.audio.setInputVolume(speakerphone, 0.7F);
+  monitor->setMuted(true);
+  desk.journal.take();
+  monitor->setMuted(false);
+  EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.7 -> 0"));
+}
+
+TEST_F(JabraSetMuted, UnmutingWritesSixTenthsWhenNoLevelWasEverSeen) {
+  startWithSpeakerphone(0);
+  monitor->setMuted(false);
+  EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.6F);
+}
+
+TEST_F(JabraSetMuted, MutingAtZeroKeepsTheLevelFromBefore) {
+  startWithSpeakerphone(0.8F);
+  // A drop that is still pending: the state is not muted yet, the volume is zero already.
+  setVolume(0);
+  monitor->setMuted(true);
+  desk.journal.take();
+  monitor->setMuted(false);
+  EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.8 -> 0"));
+}
+
+TEST_F(JabraSetMuted, MutingWithoutBeingAbleToReadWritesZeroAndKeepsTheLevelFromBefore) {
+  startWithSpeakerphone(0.8F);
+  desk.audio.setAnnouncementDelay(1h);
+  desk.audio.setInputVolume(speakerphone, 0.3F);
+  desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
+  monitor->setMuted(true);
+  EXPECT_THAT(desk.journal.take(),
+              ElementsAre("audio: get 2 input volume (4 bytes): -> stop", "monitor: will change",
+                          "audio: set 2 input volume (4 bytes): 0 -> 0",
+                          "log: jabra info: Set Jabra input volume to 0.000000 (status 0)"));
+  monitor->setMuted(false);
+  EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.8 -> 0"));
+}
+
+TEST_F(JabraSetMuted, AChangeInsideTheEchoWindowCountsForTheLevel) {
+  startWithSpeakerphone(0);
+  monitor->setMuted(false);
+  desk.advance(100ms);
+  setVolume(0.4F);
+  EXPECT_EQ(desk.log.texts("jabra").back(),
+            "Jabra input volume 0.400000 -> muted=false selfInitiated=true");
+  desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
+  monitor->setMuted(true);
+  desk.journal.take();
+  monitor->setMuted(false);
+  EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.4 -> 0"));
+}
+
+// The echo of the write
+
+TEST_F(JabraSetMuted, ItsOwnEchoIsLoggedAndIgnored) {
+  startWithSpeakerphone(0.8F);
+  monitor->setMuted(true);
+  desk.journal.take();
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take(),
+              ElementsAre("audio: get 2 input volume (4 bytes): 0 -> 0",
+                          "log: jabra info: Jabra input volume 0.000000 -> muted=true "
+                          "selfInitiated=true"));
+  desk.advance(10s);
+  EXPECT_THAT(desk.journal.take(), IsEmpty());
+}
+
+TEST_F(JabraSetMuted, NotificationAt490MillisecondsIsOurOwnEchoAnd500IsAPress) {
+  for (const auto& [after, events] : {std::pair<TimeInterval, Lines>{490ms, {}},
+                                      {499'999'999ns, {}},
+                                      {500ms, {"button unmuted"}},
+                                      {501ms, {"button unmuted"}}}) {
+    startWithSpeakerphone(0.8F);
+    monitor->setMuted(true);
+    desk.loop.runUntilIdle();
+    takeEvents();
+    desk.advance(after);
+    setVolume(0.8F);
+    EXPECT_EQ(takeEvents(), events) << after.count() << " s";
+    release();
+    desk.audio.unplug(speakerphone);
+    desk.loop.runUntilIdle();
+  }
+}
+
+TEST_F(JabraSetMuted, DropInsideTheEchoWindowStartsNoPendingMute) {
+  startWithSpeakerphone(0);
+  monitor->setMuted(false);
+  desk.loop.runUntilIdle();
+  desk.advance(200ms);
+  setVolume(0);
+  desk.advance(10s);
+  EXPECT_THAT(takeEvents(), IsEmpty());
+  EXPECT_THAT(desk.journal.take("loop"), IsEmpty());
+  EXPECT_EQ(monitor->isMuted(), false);
+}
+
+TEST_F(JabraSetMuted, EchoWindowBeginsBeforeTheAnnouncementAndTheWrite) {
+  startWithSpeakerphone(0.8F);
+  // A subscriber that takes its time: the window must not begin only after it.
+  subscription = monitor->objectWillChange.subscribe([&] { desk.loop.sleep(200ms); });
+  monitor->setMuted(true);
+  subscription = {};
+  desk.loop.runUntilIdle();
+  desk.advance(300ms);
+  setVolume(0.8F);
+  EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
+}
+
+TEST_F(JabraSetMuted, CallWithoutEffectBeginsNoEchoWindow) {
+  startWithSpeakerphone(0);
+  monitor->setMuted(true);
+  setVolume(0.8F);
+  EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
+}
+
+// A write that is refused
+
+TEST_F(JabraSetMuted, RefusedWriteShowsInTheLogOnly) {
+  startWithSpeakerphone(0.8F);
+  desk.audio.addFault({.operation = AudioOperation::setPropertyData, .status = -50});
+  monitor->setMuted(true);
+  EXPECT_EQ(desk.log.texts("jabra").back(), "Set Jabra input volume to 0.000000 (status -50)");
+  EXPECT_EQ(monitor->isMuted(), true);
+  desk.journal.take();
+  desk.advance(10s);
+  EXPECT_THAT(desk.journal.take(), IsEmpty());
+}
+
+TEST_F(JabraSetMuted, RefusedWriteBeginsAnEchoWindowAllTheSame) {
+  startWithSpeakerphone(0.8F);
+  desk.audio.addFault({.operation = AudioOperation::setPropertyData, .status = -50});
+  monitor->setMuted(true);
+  setVolume(0.7F);
+  EXPECT_THAT(takeEvents(), IsEmpty());
+  desk.advance(500ms);
+  setVolume(0.8F);
+  EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
+}
+
+// A mute that is waiting out the bounce window
+
+TEST_F(JabraSetMuted, MutingDoesNotCancelAPendingMute) {
+  startWithSpeakerphone(0.8F);
+  setVolume(0);
+  desk.advance(100ms);
+  monitor->setMuted(true);
+  announceVolume();
+  EXPECT_EQ(desk.log.texts("jabra").back(),
+            "Jabra input volume 0.000000 -> muted=true selfInitiated=true");
+  desk.journal.take();
+  desk.advance(199ms);
+  EXPECT_THAT(desk.journal.take(), IsEmpty());
+  desk.advance(1ms);
+  EXPECT_THAT(desk.journal.take(), ElementsAre("monitor: will change", "monitor: button muted"));
+  EXPECT_EQ(monitor->isMuted(), true);
+}
+
+TEST_F(JabraSetMuted, UnmutingDoesNotCancelAPendingMute) {
+  startWithUnknownState(0.8F);
+  setVolume(0);
+  desk.advance(100ms);
+  monitor->setMuted(false);
+  desk.loop.runUntilIdle();
+  ASSERT_EQ(desk.audio.inputVolume(speakerphone), 0.6F);
+  EXPECT_THAT(takeEvents(), IsEmpty());
+  desk.advance(200ms);
+  EXPECT_THAT(takeEvents(), ElementsAre("button muted"));
+  EXPECT_EQ(monitor->isMuted(), true);
+}
+
+TEST_F(JabraSetMuted, CallWithoutEffectDoesNotCancelAPendingMute) {
+  startWithSpeakerphone(0.8F);
+  setVolume(0);
+  monitor->setMuted(false);
+  desk.advance(300ms);
+  EXPECT_THAT(takeEvents(), ElementsAre("button muted"));
+}
+
+TEST_F(JabraSetMuted, MayBeCalledFromInsideAButtonEvent) {
+  startWithSpeakerphone(0.8F);
+  monitor->onButton = [&](ButtonEvent) { monitor->setMuted(false); };
+  setVolume(0);
+  desk.advance(300ms);
+  EXPECT_EQ(monitor->isMuted(), false);
+  EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.8F);
+}
+
+}  // namespace
+}  // namespace hushbox
