@@ -156,6 +156,10 @@ void reorder(std::vector<Mark>& marks) {
 
 }  // namespace
 
+std::string_view unicodeVersion() {
+  return databaseVersion;
+}
+
 DecodedCodePoint decodeFirst(std::string_view bytes) {
   if (bytes.empty()) return {0, 0, true};
   const auto byteAt = [bytes](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };

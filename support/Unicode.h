@@ -17,6 +17,9 @@ struct DecodedCodePoint {
 
 constexpr char32_t replacementCharacter = U'\uFFFD';
 
+/// The version of Unicode whose tables are built in, such as "15.0.0".
+std::string_view unicodeVersion();
+
 /// Decodes the code point at the beginning of `bytes`. Malformed bytes (overlong forms, surrogates,
 /// values beyond U+10FFFF, sequences cut short) give U+FFFD with the length of the maximal subpart,
 /// the way Unicode recommends: as far as the bytes could still have become well-formed, at least 1.
