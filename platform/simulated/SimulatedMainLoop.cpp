@@ -50,21 +50,28 @@ void SimulatedMainLoop::runNext() {
 }
 
 void SimulatedMainLoop::advance(TimeInterval interval) {
+  advanceUntil([] { return false; }, interval);
+}
+
+bool SimulatedMainLoop::advanceUntil(const std::function<bool()>& condition, TimeInterval limit) {
   if (std::exchange(running_, true))
     reportViolation("The main loop was run from one of its blocks.");
-  const Instant end = later(interval);
+  const Instant end = later(limit);
   Instant moment = now_;
   int turns = 0;
-  while (!events_.empty() && events_.begin()->first.due <= end) {
+  bool holds = condition();
+  while (!holds && !events_.empty() && events_.begin()->first.due <= end) {
     runNext();
+    holds = condition();
     turns = std::exchange(moment, now_) == now_ ? turns + 1 : 0;
     if (turns > turnsPerInstant) {
       reportViolation("The main loop does not come to rest: blocks go on making blocks due now.");
       break;
     }
   }
-  now_ = std::max(now_, end);
+  if (!holds) now_ = std::max(now_, end);
   running_ = false;
+  return holds;
 }
 
 void SimulatedMainLoop::sleep(TimeInterval interval) {

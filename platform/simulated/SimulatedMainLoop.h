@@ -30,6 +30,9 @@ class SimulatedMainLoop final : public MainLoop {
   /// block keeps the thread beyond the end waits for the next call.
   void advance(TimeInterval interval);
 
+  /// The same, turn by turn, only until the condition holds; false when it does not by the end.
+  bool advanceUntil(const std::function<bool()>& condition, TimeInterval limit);
+
   /// Runs everything that is due now, and what that makes due now.
   void runUntilIdle() { advance(TimeInterval::zero()); }
 

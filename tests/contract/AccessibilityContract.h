@@ -1,0 +1,199 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "tests/contract/AccessibilityDriver.h"
+#include "tests/contract/Contract.h"
+
+namespace hushbox {
+
+class AccessibilityContract : public Contract<AccessibilityDriver> {
+ protected:
+  static constexpr float timeout = 1.0F;
+
+  AccessibilityTree& tree() { return driver().tree(); }
+
+  std::optional<std::int32_t> process() {
+    for (const RunningApplication& running : driver().workspace().runningApplications()) {
+      if (running.bundleIdentifier == "com.microsoft.teams2") return running.processIdentifier;
+    }
+    return std::nullopt;
+  }
+
+  /// The application's element as the program asks for it, or nothing.
+  AccessibilityElementRef application() {
+    const auto found = process();
+    if (!found) return nullptr;
+    auto element = tree().createApplication(*found);
+    tree().setMessagingTimeout(element, timeout);
+    tree().setAttributeValue(element, "AXManualAccessibility", true);
+    return element;
+  }
+
+  std::optional<std::string> text(const AccessibilityElementRef& element,
+                                  std::string_view attribute) {
+    AttributeValue value;
+    if (tree().copyAttributeValue(element, attribute, value) != 0) return std::nullopt;
+    const auto* found = std::get_if<std::string>(&value);
+    return found ? std::optional(*found) : std::nullopt;
+  }
+
+  std::vector<AccessibilityElementRef> children(const AccessibilityElementRef& element) {
+    AttributeValue value;
+    if (tree().copyAttributeValue(element, "AXChildren", value) != 0) return {};
+    const auto* found = std::get_if<std::vector<AccessibilityElementRef>>(&value);
+    return found ? *found : std::vector<AccessibilityElementRef>();
+  }
+
+  std::string label(const AccessibilityElementRef& element) {
+    for (const char* attribute : {"AXDescription", "AXTitle", "AXHelp"}) {
+      const auto found = text(element, attribute);
+      if (found && found->find("ute mic") != std::string::npos) return *found;
+    }
+    return "";
+  }
+
+  /// Whether the button says what it says during a meeting that is muted, or one that is not.
+  bool says(const AccessibilityElementRef& button, bool muted) {
+    return label(button).starts_with(muted ? "Unmute mic" : "Mute mic");
+  }
+
+  /// The microphone button, found as the program finds it: breadth first, by role and label.
+  AccessibilityElementRef find() {
+    const auto root = application();
+    if (!root) return nullptr;
+    std::deque<AccessibilityElementRef> queue{root};
+    for (int visits = 0; !queue.empty() && visits < 40000; ++visits) {
+      const auto element = queue.front();
+      queue.pop_front();
+      const auto role = text(element, "AXRole");
+      if ((role == "AXButton" || role == "AXCheckBox") && !label(element).empty()) return element;
+      for (const auto& child : children(element)) queue.push_back(child);
+    }
+    return nullptr;
+  }
+
+  /// The microphone button of a meeting just put up.
+  AccessibilityElementRef putUpMeeting(bool muted = false) {
+    driver().putUpMeeting(muted);
+    AccessibilityElementRef button;
+    EXPECT_TRUE(driver().waitFor([&] { return (button = find()) != nullptr; }));
+    return button;
+  }
+};
+
+TEST_P(AccessibilityContract, ProcessIsTrusted) {
+  EXPECT_TRUE(tree().isProcessTrusted());
+  EXPECT_TRUE(tree().isProcessTrustedWithOptions(false));
+}
+
+TEST_P(AccessibilityContract, ApplicationIsListedWhileItRuns) {
+  EXPECT_EQ(process(), std::nullopt);
+  putUpMeeting();
+  ASSERT_NE(process(), std::nullopt);
+  EXPECT_GT(*process(), 0);
+  driver().quit();
+  EXPECT_TRUE(driver().waitFor([&] { return !process(); }));
+}
+
+TEST_P(AccessibilityContract, ProcessThatIsNotThereHasAnElementThatAnswersNothing) {
+  const auto nobody = tree().createApplication(0x7FFFFFF0);
+  ASSERT_TRUE(nobody);
+  tree().setMessagingTimeout(nobody, timeout);
+  EXPECT_EQ(text(nobody, "AXRole"), std::nullopt);
+  EXPECT_TRUE(children(nobody).empty());
+  EXPECT_NE(tree().performAction(nobody, "AXPress"), 0);
+}
+
+TEST_P(AccessibilityContract, MicrophoneButtonSaysWhatAPressWouldDo) {
+  const auto button = putUpMeeting(false);
+  ASSERT_TRUE(button);
+  EXPECT_TRUE(says(button, false)) << label(button);
+  EXPECT_EQ(text(button, "AXDOMIdentifier"), "microphone-button");
+}
+
+TEST_P(AccessibilityContract, MicrophoneButtonOfAMutedMeetingOffersToUnmute) {
+  const auto button = putUpMeeting(true);
+  ASSERT_TRUE(button);
+  EXPECT_TRUE(says(button, true)) << label(button);
+}
+
+TEST_P(AccessibilityContract, PressArrivesOnceAndTheSameElementShowsTheNewLabel) {
+  const auto button = putUpMeeting();
+  ASSERT_TRUE(button);
+  EXPECT_EQ(tree().performAction(button, "AXPress"), 0);
+  EXPECT_TRUE(driver().waitFor([&] { return driver().isMuted() && says(button, true); }));
+  EXPECT_EQ(driver().pressCount(), 1U);
+}
+
+TEST_P(AccessibilityContract, ChangeMadeInTheApplicationShowsInTheTree) {
+  const auto button = putUpMeeting();
+  ASSERT_TRUE(button);
+  driver().setMuted(true);
+  EXPECT_TRUE(driver().waitFor([&] { return says(button, true); }));
+  driver().setMuted(false);
+  EXPECT_TRUE(driver().waitFor([&] { return says(button, false); }));
+}
+
+TEST_P(AccessibilityContract, AttributeThatNobodyHasIsAFailureOrNoValue) {
+  const auto button = putUpMeeting();
+  ASSERT_TRUE(button);
+  EXPECT_EQ(text(button, "AXNoSuchAttribute"), std::nullopt);
+}
+
+TEST_P(AccessibilityContract, ActionThatNobodyHasFailsAndPressesNothing) {
+  const auto button = putUpMeeting();
+  ASSERT_TRUE(button);
+  EXPECT_NE(tree().performAction(button, "AXNoSuchAction"), 0);
+  driver().letPass(TimeInterval(0.2));
+  EXPECT_EQ(driver().pressCount(), 0U);
+}
+
+TEST_P(AccessibilityContract, ButtonOfAMeetingThatIsOverIsNoButtonAnyMore) {
+  const auto button = putUpMeeting();
+  ASSERT_TRUE(button);
+  driver().leaveMeeting();
+  EXPECT_TRUE(driver().waitFor([&] { return label(button).empty(); }));
+  EXPECT_NE(tree().performAction(button, "AXPress"), 0);
+  EXPECT_TRUE(driver().waitFor([&] { return find() == nullptr; }));
+}
+
+TEST_P(AccessibilityContract, ElementsOfAnApplicationThatEndedAnswerNothing) {
+  const auto button = putUpMeeting();
+  ASSERT_TRUE(button);
+  driver().quit();
+  EXPECT_TRUE(driver().waitFor([&] { return !text(button, "AXRole"); }));
+  EXPECT_NE(tree().performAction(button, "AXPress"), 0);
+}
+
+TEST_P(AccessibilityContract, CallsToAFrozenApplicationEndAfterTheTimeoutAndLaterOnesSucceed) {
+  const auto button = putUpMeeting();
+  ASSERT_TRUE(button);
+  const auto root = application();
+  driver().freeze();
+  const Instant before = driver().now();
+  AttributeValue value;
+  EXPECT_NE(tree().copyAttributeValue(button, "AXRole", value), 0);
+  // Some slack for a loaded machine, but nothing like the minutes of a call without a limit.
+  EXPECT_LT(driver().now() - before, std::chrono::seconds(5));
+  driver().thaw();
+  EXPECT_TRUE(driver().waitFor([&] { return says(button, false); }));
+}
+
+TEST_P(AccessibilityContract, NothingInPlaceOfAnElementIsAFailure) {
+  AttributeValue value;
+  EXPECT_NE(tree().copyAttributeValue(nullptr, "AXRole", value), 0);
+  EXPECT_NE(tree().setAttributeValue(nullptr, "AXManualAccessibility", true), 0);
+  EXPECT_NE(tree().setMessagingTimeout(nullptr, timeout), 0);
+  EXPECT_NE(tree().performAction(nullptr, "AXPress"), 0);
+}
+
+}  // namespace hushbox
