@@ -1,0 +1,219 @@
+#include "platform/linux/AtspiConnection.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/linux/AsyncCallback.h"
+
+namespace hushbox {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr auto busFlags = static_cast<GDBusConnectionFlags>(
+    G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+
+gint64 moment(milliseconds fromNow) {
+  return g_get_monotonic_time() + std::chrono::microseconds(fromNow).count();
+}
+
+AtspiReply::Outcome outcomeOf(const GError& error) {
+  using Outcome = AtspiReply::Outcome;
+  if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) return Outcome::silent;
+  if (error.domain == G_DBUS_ERROR) {
+    switch (error.code) {
+      case G_DBUS_ERROR_SERVICE_UNKNOWN:
+      case G_DBUS_ERROR_NAME_HAS_NO_OWNER:
+      case G_DBUS_ERROR_NO_REPLY:
+      case G_DBUS_ERROR_DISCONNECTED:
+        return Outcome::gone;
+      default:
+        return Outcome::refused;
+    }
+  }
+  // An answer of the wrong type is reported as an invalid argument; what else GIO reports by
+  // itself is about the connection.
+  if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_INVALID_ARGUMENT)) return Outcome::refused;
+  return Outcome::gone;
+}
+
+}  // namespace
+
+/// Makes the connection's own context the thread's default for a scope, so that GIO answers there.
+class AtspiConnection::InContext {
+ public:
+  explicit InContext(GMainContext* context) : context_(context) {
+    g_main_context_push_thread_default(context_);
+  }
+  ~InContext() { g_main_context_pop_thread_default(context_); }
+  InContext(const InContext&) = delete;
+  InContext& operator=(const InContext&) = delete;
+
+ private:
+  GMainContext* const context_;
+};
+
+/// The calls of one ask(); gone when nobody waits for them any more.
+struct AtspiConnection::Batch {
+  std::vector<AtspiReply> replies;
+  /// When the wait for each call ends; 0 once it is answered.
+  std::vector<gint64> waits;
+
+  bool isComplete() const {
+    return std::all_of(waits.begin(), waits.end(), [](gint64 wait) { return wait == 0; });
+  }
+  gint64 lastWait() const { return *std::max_element(waits.begin(), waits.end()); }
+};
+
+/// The calls that are under way, which may outlive a connection and even this object.
+struct AtspiConnection::Unanswered {
+  std::size_t total = 0;
+  /// How many calls each peer has left unanswered for longer than we waited.
+  std::map<std::string, std::size_t> overdue;
+};
+
+AtspiConnection::AtspiConnection()
+    : context_(g_main_context_new()), unanswered_(std::make_shared<Unanswered>()) {}
+
+AtspiConnection::~AtspiConnection() {
+  close();
+  g_main_context_unref(context_);
+}
+
+bool AtspiConnection::open(const std::string& address, milliseconds wait) {
+  close();
+  struct Opening {
+    ConnectionPointer connection;
+    bool ended = false;
+  };
+  const auto opening = std::make_shared<Opening>();
+  cancellable_.reset(g_cancellable_new());
+  const InContext inContext(context_);
+  g_dbus_connection_new_for_address(
+      address.c_str(), busFlags, nullptr, cancellable_.get(), AsyncCallback::invoke,
+      AsyncCallback::data([opening](GObject*, GAsyncResult* result) {
+        opening->connection.reset(g_dbus_connection_new_for_address_finish(result, nullptr));
+        opening->ended = true;
+      }));
+  const gint64 until = moment(wait);
+  iterate([&] { return opening->ended; }, [&] { return until; });
+  if (!opening->ended) g_cancellable_cancel(cancellable_.get());
+  connection_ = std::move(opening->connection);
+  if (!connection_) return false;
+  g_dbus_connection_set_exit_on_close(connection_.get(), FALSE);
+  return true;
+}
+
+bool AtspiConnection::isOpen() const {
+  return connection_ && !g_dbus_connection_is_closed(connection_.get());
+}
+
+void AtspiConnection::close() {
+  if (cancellable_) g_cancellable_cancel(cancellable_.get());
+  for (const guint subscription : std::exchange(subscriptions_, {}))
+    g_dbus_connection_signal_unsubscribe(connection_.get(), subscription);
+  // Cancelled calls end at once, yet only by way of the context.
+  const gint64 until = moment(milliseconds{1000});
+  iterate([this] { return unanswered_->total == 0; }, [&] { return until; });
+  dispatch();
+  unanswered_->overdue.clear();
+  if (connection_) g_dbus_connection_close(connection_.get(), nullptr, nullptr, nullptr);
+  connection_.reset();
+}
+
+std::vector<AtspiReply> AtspiConnection::ask(std::vector<AtspiCall> calls) {
+  if (calls.empty()) return {};
+  const auto batch = std::make_shared<Batch>();
+  batch->replies.resize(calls.size());
+  batch->waits.resize(calls.size());
+  const InContext inContext(context_);
+  for (std::size_t i = 0; i < calls.size(); ++i) start(calls[i], batch, i);
+  iterate([&] { return batch->isComplete(); }, [&] { return batch->lastWait(); });
+  for (std::size_t i = 0; i < calls.size(); ++i)
+    if (batch->waits[i] != 0) ++unanswered_->overdue[calls[i].object.busName];
+  return std::move(batch->replies);
+}
+
+void AtspiConnection::start(const AtspiCall& call, const std::shared_ptr<Batch>& batch,
+                            std::size_t index) {
+  if (!isOpen() || !g_dbus_is_name(call.object.busName.c_str()) ||
+      !g_variant_is_object_path(call.object.path.c_str())) {
+    batch->replies[index].outcome = AtspiReply::Outcome::gone;
+    return;
+  }
+  if (isSilent(call.object.busName)) return;
+  batch->waits[index] = moment(call.wait);
+  ++callCount_;
+  ++unanswered_->total;
+  auto answered = [waiting = std::weak_ptr(batch), index, unanswered = unanswered_,
+                   peer = call.object.busName](GObject* source, GAsyncResult* result) {
+    GError* failure = nullptr;
+    VariantPointer value(
+        g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &failure));
+    const ErrorPointer error(failure);
+    --unanswered->total;
+    if (const auto batch = waiting.lock()) {
+      AtspiReply& reply = batch->replies[index];
+      reply.outcome = value ? AtspiReply::Outcome::answered : outcomeOf(*error);
+      reply.value = std::move(value);
+      batch->waits[index] = 0;
+    } else if (const auto overdue = unanswered->overdue.find(peer);
+               overdue != unanswered->overdue.end() && --overdue->second == 0) {
+      unanswered->overdue.erase(overdue);
+    }
+  };
+  g_dbus_connection_call(connection_.get(), call.object.busName.c_str(), call.object.path.c_str(),
+                         call.interface, call.method, call.arguments.get(),
+                         G_VARIANT_TYPE(call.replyType), G_DBUS_CALL_FLAGS_NO_AUTO_START,
+                         static_cast<int>(answerLimit.count()), cancellable_.get(),
+                         AsyncCallback::invoke, AsyncCallback::data(std::move(answered)));
+}
+
+void AtspiConnection::send(const AtspiCall& call) {
+  if (!isOpen()) return;
+  const InContext inContext(context_);
+  ++callCount_;
+  g_dbus_connection_call(connection_.get(), call.object.busName.c_str(), call.object.path.c_str(),
+                         call.interface, call.method, call.arguments.get(), nullptr,
+                         G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+}
+
+bool AtspiConnection::isSilent(const std::string& busName) const {
+  return unanswered_->overdue.count(busName) != 0;
+}
+
+void AtspiConnection::subscribe(const char* sender, const char* interface, const char* member,
+                                const char* argument0, std::function<void(GVariant*)> handler) {
+  using Handler = std::function<void(GVariant*)>;
+  const InContext inContext(context_);
+  subscriptions_.push_back(g_dbus_connection_signal_subscribe(
+      connection_.get(), sender, interface, member, nullptr, argument0, G_DBUS_SIGNAL_FLAGS_NONE,
+      [](GDBusConnection*, const char*, const char*, const char*, const char*, GVariant* arguments,
+         gpointer data) { (*static_cast<Handler*>(data))(arguments); },
+      new Handler(std::move(handler)), [](gpointer data) { delete static_cast<Handler*>(data); }));
+}
+
+void AtspiConnection::dispatch() {
+  constexpr int sourcesAtOnce = 1000;
+  const InContext inContext(context_);
+  for (int i = 0; i < sourcesAtOnce && g_main_context_iteration(context_, FALSE); ++i) continue;
+}
+
+void AtspiConnection::iterate(const std::function<bool()>& ended,
+                              const std::function<gint64()>& until) {
+  GSource* const alarm = g_timeout_source_new(0);
+  g_source_set_callback(
+      alarm, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr, nullptr);
+  g_source_attach(alarm, context_);
+  while (!ended()) {
+    const gint64 end = until();
+    if (g_get_monotonic_time() >= end) break;
+    g_source_set_ready_time(alarm, end);
+    g_main_context_iteration(context_, TRUE);
+  }
+  g_source_destroy(alarm);
+  g_source_unref(alarm);
+}
+
+}  // namespace hushbox

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <gio/gio.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/linux/AtspiCall.h"
+#include "platform/linux/AtspiReply.h"
+#include "platform/linux/GLibPointers.h"
+
+namespace hushbox {
+
+/// A D-Bus connection of our own whose calls are bounded in time and never run the main loop.
+///
+/// It lives on a main context of its own, which is iterated only inside these operations: nobody
+/// else's callback runs while an answer is waited for. One thread. The bus's end closes the
+/// connection and never ends the process.
+///
+/// A peer that has not answered in time is *silent* until it answers after all, or until
+/// `answerLimit` has passed: until then it is not asked again and costs no time. So a frozen
+/// program is waited for once, and taken up again as soon as it has thawed.
+class AtspiConnection {
+ public:
+  /// After this long an unanswered question is given up, and the peer may be asked anew.
+  static constexpr std::chrono::milliseconds answerLimit{30'000};
+
+  AtspiConnection();
+  /// Gives up all unanswered questions.
+  ~AtspiConnection();
+  AtspiConnection(const AtspiConnection&) = delete;
+  AtspiConnection& operator=(const AtspiConnection&) = delete;
+
+  /// Connects to the message bus at `address` in place of an earlier connection. False when that
+  /// fails or takes longer than `wait`.
+  bool open(const std::string& address, std::chrono::milliseconds wait);
+  bool isOpen() const;
+  void close();
+
+  /// Makes the calls all at once and waits until each has been answered or has outlasted its own
+  /// wait. Nothing is started to answer them. The replies come in the order of the calls.
+  std::vector<AtspiReply> ask(std::vector<AtspiCall> calls);
+
+  /// Makes a call whose answer nobody needs and, alone among these, lets the bus start the program
+  /// that answers to the name.
+  void send(const AtspiCall& call);
+
+  bool isSilent(const std::string& busName) const;
+
+  /// Calls `handler` with a signal's arguments, from inside `ask()` or `dispatch()`, until the
+  /// connection is closed.
+  void subscribe(const char* sender, const char* interface, const char* member,
+                 const char* argument0, std::function<void(GVariant*)> handler);
+
+  /// Handles the signals and late answers that have arrived; does not wait.
+  void dispatch();
+
+  /// How many calls have been made since the beginning.
+  std::uint64_t callCount() const { return callCount_; }
+
+ private:
+  class InContext;
+  struct Batch;
+  struct Unanswered;
+
+  void start(const AtspiCall& call, const std::shared_ptr<Batch>& batch, std::size_t index);
+  /// Iterates the context until `ended` holds or the moment that `until` names has come.
+  void iterate(const std::function<bool()>& ended, const std::function<gint64()>& until);
+
+  GMainContext* const context_;
+  ConnectionPointer connection_;
+  CancellablePointer cancellable_;
+  std::vector<guint> subscriptions_;
+  std::shared_ptr<Unanswered> unanswered_;
+  std::uint64_t callCount_ = 0;
+};
+
+}  // namespace hushbox

@@ -1,0 +1,231 @@
+#include "platform/linux/AtspiReading.h"
+
+#include <algorithm>
+#include <set>
+#include <thread>
+#include <utility>
+
+#include "platform/linux/AtspiRole.h"
+#include "platform/linux/AtspiValue.h"
+
+namespace hushbox {
+
+namespace {
+
+/// A page shows a change after one or two frames.
+constexpr std::chrono::milliseconds changeInterval{8};
+
+constexpr const char* accessible = "org.a11y.atspi.Accessible";
+constexpr const char* collection = "org.a11y.atspi.Collection";
+constexpr const char* properties = "org.freedesktop.DBus.Properties";
+
+bool isFresh(const AtspiFacts& facts) {
+  return std::chrono::steady_clock::now() - facts.readAt <= AtspiTeams::freshness;
+}
+
+AccessibilityError statusOf(const AtspiReply& reply) {
+  switch (reply.outcome) {
+    case AtspiReply::Outcome::answered:
+      return accessibility::success;
+    case AtspiReply::Outcome::silent:
+      return accessibility::cannotComplete;
+    default:
+      return accessibility::invalidElement;
+  }
+}
+
+void takeProperties(GVariant* all, AtspiFacts& facts) {
+  const VariantPointer dictionary(g_variant_get_child_value(all, 0));
+  facts.name = atspi_value::text(dictionary.get(), "Name");
+  facts.description = atspi_value::text(dictionary.get(), "Description");
+  if (facts.description.empty())
+    facts.description = atspi_value::text(dictionary.get(), "HelpText");
+  facts.identifier = atspi_value::text(dictionary.get(), "AccessibleId");
+}
+
+void takeAttributes(GVariant* attributes, AtspiFacts& facts) {
+  if (std::string id = atspi_value::text(attributes, "id"); !id.empty())
+    facts.identifier = std::move(id);
+}
+
+/// Takes the attributes that come among the properties; false when they do not.
+bool takeAttributesOf(GVariant* all, AtspiFacts& facts) {
+  const VariantPointer dictionary(g_variant_get_child_value(all, 0));
+  const VariantPointer attributes(
+      g_variant_lookup_value(dictionary.get(), "Attributes", G_VARIANT_TYPE("a{ss}")));
+  if (attributes) takeAttributes(attributes.get(), facts);
+  return attributes != nullptr;
+}
+
+}  // namespace
+
+void AtspiReading::begin() {
+  ++number_;
+  began_ = std::chrono::steady_clock::now();
+  untouched_ = true;
+  facts_.clear();
+  children_.clear();
+  teams_.beginReading();
+}
+
+void AtspiReading::search() {
+  untouched_ = false;
+  teams_.search();
+}
+
+const AtspiFacts& AtspiReading::facts(const AtspiElement& element) {
+  untouched_ = false;
+  const AtspiSiblings& siblings = *element.siblings();
+  const AtspiObject& object = siblings.objects[element.index()];
+  if (const auto known = facts_.find(object); known != facts_.end() && isFresh(known->second))
+    return known->second;
+  teams_.bringLabelsUpToDate(*siblings.surface);
+  // Of an earlier reading's siblings only the one that was kept is of interest, and its role may
+  // have become that of an object taken down.
+  const bool walking = siblings.reading == number_;
+  const std::size_t end = walking
+                              ? std::min(siblings.objects.size(), element.index() + objectsAtOnce)
+                              : element.index() + 1;
+  std::vector<std::size_t> places;
+  for (std::size_t i = element.index(); i < end; ++i)
+    if (i == element.index() || facts_.count(siblings.objects[i]) == 0) places.push_back(i);
+  readFacts(siblings, places);
+  return facts_[object];
+}
+
+void AtspiReading::readFacts(const AtspiSiblings& siblings,
+                             const std::vector<std::size_t>& places) {
+  const auto wait = teams_.timeout();
+  const auto isRoleKnown = [&](std::size_t place) {
+    return siblings.reading == number_ && siblings.roles[place] != atspi_role::invalid;
+  };
+  std::vector<AtspiCall> calls;
+  for (const std::size_t place : places) {
+    const AtspiObject& object = siblings.objects[place];
+    calls.push_back({object, properties, "GetAll", "(a{sv})", wait,
+                     takeArguments(g_variant_new("(s)", accessible))});
+    if (!isRoleKnown(place)) calls.push_back({object, accessible, "GetRole", "(u)", wait, nullptr});
+  }
+  const auto replies = teams_.bus().ask(std::move(calls));
+  Objects remaining;
+  std::size_t next = 0;
+  for (const std::size_t place : places) {
+    const AtspiObject& object = siblings.objects[place];
+    AtspiFacts& facts = facts_[object] = {};
+    facts.readAt = std::chrono::steady_clock::now();
+    const AtspiReply& all = replies[next++];
+    facts.status = statusOf(all);
+    facts.role = siblings.roles[place];
+    if (!isRoleKnown(place)) {
+      const AtspiReply& role = replies[next++];
+      facts.status = statusOf(role);
+      facts.role = atspi_role::invalid;
+      if (role) g_variant_get(role.value.get(), "(u)", &facts.role);
+      if (role && facts.role == atspi_role::invalid) facts.status = accessibility::invalidElement;
+    }
+    if (all) takeProperties(all.value.get(), facts);
+    const bool complete = all && takeAttributesOf(all.value.get(), facts);
+    if (!complete && facts.status == accessibility::success) remaining.push_back(object);
+  }
+  readRemainingFacts(remaining, wait);
+}
+
+void AtspiReading::readRemainingFacts(const Objects& objects, std::chrono::milliseconds wait) {
+  std::vector<AtspiCall> calls;
+  for (const AtspiObject& object : objects) {
+    for (const char* name : {"Name", "Description"})
+      calls.push_back({object, properties, "Get", "(v)", wait,
+                       takeArguments(g_variant_new("(ss)", accessible, name))});
+    calls.push_back({object, accessible, "GetAttributes", "(a{ss})", wait, nullptr});
+  }
+  const auto replies = teams_.bus().ask(std::move(calls));
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    AtspiFacts& facts = facts_[objects[i]];
+    if (const auto& name = replies[3 * i]) facts.name = atspi_value::text(name.value.get());
+    if (const auto& description = replies[3 * i + 1])
+      facts.description = atspi_value::text(description.value.get());
+    if (const auto& answer = replies[3 * i + 2]) {
+      const VariantPointer attributes(g_variant_get_child_value(answer.value.get(), 0));
+      takeAttributes(attributes.get(), facts);
+    }
+  }
+}
+
+void AtspiReading::awaitChange(const AtspiElement& element, std::chrono::milliseconds limit) {
+  const auto end = std::chrono::steady_clock::now() + limit;
+  const AtspiObject& object = element.siblings()->objects[element.index()];
+  const auto before = facts_.find(object);
+  if (before == facts_.end() || before->second.status != accessibility::success) return;
+  do {
+    const AtspiReply name = teams_.askForName(object, *element.siblings()->surface);
+    if (!name || atspi_value::text(name.value.get()) != before->second.name) return;
+    std::this_thread::sleep_for(changeInterval);
+  } while (std::chrono::steady_clock::now() < end);
+}
+
+AtspiReading::Siblings AtspiReading::controls(const AtspiSurfaceRef& surface) {
+  untouched_ = false;
+  const AtspiObject& root = surface->object;
+  const auto wait = teams_.timeout();
+  std::vector<AtspiCall> calls;
+  calls.push_back({root, collection, "GetMatches", "(a(so))", wait,
+                   atspi_value::matchRoles(
+                       {atspi_role::pushButton, atspi_role::toggleButton, atspi_role::checkBox},
+                       mostChildren)});
+  calls.push_back({root, collection, "GetMatches", "(a(so))", wait,
+                   atspi_value::matchRoles({atspi_role::checkBox}, mostChildren)});
+  const auto replies = teams_.bus().ask(std::move(calls));
+  if (!replies[0] || !replies[1]) {
+    return childrenOf(*siblings(surface, {root}), 0);
+  }
+  const auto result =
+      siblings(surface, atspi_value::objects(replies[0].value.get(), root.busName, mostChildren));
+  const auto boxes = atspi_value::objects(replies[1].value.get(), root.busName, mostChildren);
+  const std::set<AtspiObject> checkBoxes(boxes.begin(), boxes.end());
+  for (std::size_t i = 0; i < result->objects.size(); ++i) {
+    result->roles[i] =
+        checkBoxes.count(result->objects[i]) != 0 ? atspi_role::checkBox : atspi_role::pushButton;
+  }
+  result->flat = true;
+  return result;
+}
+
+AtspiReading::Siblings AtspiReading::children(const AtspiElement& element) {
+  untouched_ = false;
+  const AtspiSiblings& own = *element.siblings();
+  return own.flat ? siblings(own.surface, {}) : childrenOf(own, element.index());
+}
+
+AtspiReading::Siblings AtspiReading::childrenOf(const AtspiSiblings& siblings, std::size_t place) {
+  const AtspiObject& object = siblings.objects[place];
+  if (children_.count(object) == 0) readChildren(siblings, place);
+  const auto known = children_.find(object);
+  return known != children_.end() ? this->siblings(siblings.surface, known->second) : nullptr;
+}
+
+void AtspiReading::readChildren(const AtspiSiblings& siblings, std::size_t first) {
+  if (std::chrono::steady_clock::now() - began_ > longestDescent) return;
+  const std::size_t end = std::min(siblings.objects.size(), first + objectsAtOnce);
+  std::vector<AtspiCall> calls;
+  for (std::size_t i = first; i < end; ++i) {
+    calls.push_back(
+        {siblings.objects[i], accessible, "GetChildren", "(a(so))", teams_.timeout(), nullptr});
+  }
+  const auto replies = teams_.bus().ask(std::move(calls));
+  for (std::size_t i = first; i < end; ++i) {
+    const AtspiObject& parent = siblings.objects[i];
+    if (const AtspiReply& reply = replies[i - first])
+      children_[parent] = atspi_value::objects(reply.value.get(), parent.busName, mostChildren);
+  }
+}
+
+std::shared_ptr<AtspiSiblings> AtspiReading::siblings(const AtspiSurfaceRef& surface,
+                                                      Objects objects) const {
+  std::vector<std::uint32_t> roles(objects.size());
+  return std::make_shared<AtspiSiblings>(AtspiSiblings{.surface = surface,
+                                                       .objects = std::move(objects),
+                                                       .roles = std::move(roles),
+                                                       .reading = number_});
+}
+
+}  // namespace hushbox

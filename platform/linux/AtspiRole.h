@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+
+/// The roles of the accessibility bus that mean something to us, by the figures of its interface.
+namespace hushbox::atspi_role {
+
+inline constexpr std::uint32_t invalid = 0;  ///< What an object answers that has been taken down.
+inline constexpr std::uint32_t checkBox = 7;
+inline constexpr std::uint32_t dialog = 16;
+inline constexpr std::uint32_t frame = 23;
+inline constexpr std::uint32_t pushButton = 43;
+inline constexpr std::uint32_t toggleButton = 62;
+inline constexpr std::uint32_t window = 69;
+inline constexpr std::uint32_t application = 75;
+inline constexpr std::uint32_t documentFrame = 82;
+inline constexpr std::uint32_t documentWeb = 95;
+inline constexpr std::uint32_t pushButtonMenu = 129;
+inline constexpr std::uint32_t switchControl = 130;
+
+/// The same in the words of the accessibility tree.
+constexpr const char* name(std::uint32_t role) {
+  switch (role) {
+    case pushButton:
+    case toggleButton:
+    case pushButtonMenu:
+      return "AXButton";
+    case checkBox:
+    case switchControl:
+      return "AXCheckBox";
+    case application:
+      return "AXApplication";
+    case frame:
+    case window:
+    case dialog:
+      return "AXWindow";
+    case documentFrame:
+    case documentWeb:
+      return "AXWebArea";
+    default:
+      return "AXGroup";
+  }
+}
+
+}  // namespace hushbox::atspi_role

@@ -1,0 +1,235 @@
+#include "platform/linux/AtspiTeams.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <set>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+#include "platform/linux/AtspiRole.h"
+#include "platform/linux/AtspiTeamsSigns.h"
+#include "platform/linux/AtspiValue.h"
+
+namespace hushbox {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr const char* accessible = "org.a11y.atspi.Accessible";
+constexpr const char* properties = "org.freedesktop.DBus.Properties";
+
+AtspiCall property(const AtspiObject& object, const char* interface, const char* name,
+                   milliseconds wait) {
+  return {object, properties, "Get",
+          "(v)",  wait,       takeArguments(g_variant_new("(ss)", interface, name))};
+}
+
+AtspiCall updateLabels(const AtspiObject& document, milliseconds wait) {
+  constexpr guint32 relativeToWindow = 1;
+  return {document,
+          "org.a11y.atspi.Component",
+          "GetAccessibleAtPoint",
+          "((so))",
+          wait,
+          takeArguments(g_variant_new("(iiu)", 0, 0, relativeToWindow))};
+}
+
+AtspiCall lifeSign(const AtspiSurface& surface, milliseconds wait) {
+  if (surface.isDocument)
+    return {surface.object, "org.a11y.atspi.Document", "GetAttributes", "(a{ss})", wait, nullptr};
+  return {surface.object, accessible, "GetRole", "(u)", wait, nullptr};
+}
+
+/// Whether the surface is there and of Teams, by its life sign and its name; also sets by what.
+bool isOfTeams(AtspiSurface& surface, GVariant* answer, const std::string& name) {
+  using Evidence = AtspiSurface::Evidence;
+  const VariantPointer value(g_variant_get_child_value(answer, 0));
+  if (!surface.isDocument) return g_variant_get_uint32(value.get()) != atspi_role::invalid;
+  // A document that has been taken down still answers, with nothing.
+  if (g_variant_n_children(value.get()) == 0) return false;
+  // The one key is Chromium's and WebKit's, the other Gecko's.
+  if (teams_signs::isAddress(atspi_value::text(value.get(), "URI")) ||
+      teams_signs::isAddress(atspi_value::text(value.get(), "DocURL"))) {
+    surface.evidence = Evidence::address;
+    return true;
+  }
+  surface.evidence = surface.inClient ? Evidence::client : Evidence::title;
+  return surface.inClient || teams_signs::isTitle(name);
+}
+
+}  // namespace
+
+void AtspiTeams::beginReading() {
+  searched_ = false;
+  readingBegan_ = steady_clock::now();
+}
+
+bool AtspiTeams::isRunning() {
+  if (!bus_.connect()) return false;
+  forgetAfterReconnection();
+  surfaces_ = confirmed(surfaces_);
+  if (surfaces_.empty()) search();
+  return !surfaces_.empty();
+}
+
+void AtspiTeams::search() {
+  if (std::exchange(searched_, true) || !bus_.connect()) return;
+  forgetAfterReconnection();
+  meetPrograms();
+  surfaces_ = confirmed(findSurfaces());
+  std::stable_sort(surfaces_.begin(), surfaces_.end(), [](const auto& one, const auto& other) {
+    return one->evidence < other->evidence;
+  });
+}
+
+void AtspiTeams::bringLabelsUpToDate(AtspiSurface& surface) {
+  if (!surface.labelsLag) return;
+  if (surface.toldAt < readingBegan_ || steady_clock::now() - surface.toldAt > freshness) {
+    if (bus_.ask(updateLabels(surface.object, timeout_)).outcome == AtspiReply::Outcome::silent)
+      return;
+    surface.toldAt = steady_clock::now();
+  }
+  std::this_thread::sleep_until(surface.toldAt + labelWait);
+}
+
+AtspiReply AtspiTeams::askForName(const AtspiObject& object, const AtspiSurface& surface) {
+  std::vector<AtspiCall> calls;
+  calls.push_back(property(object, accessible, "Name", timeout_));
+  if (surface.labelsLag) calls.push_back(updateLabels(surface.object, timeout_));
+  return std::move(bus_.ask(std::move(calls)).front());
+}
+
+void AtspiTeams::forgetAfterReconnection() {
+  if (std::exchange(generation_, bus_.generation()) == bus_.generation()) return;
+  programs_.clear();
+  surfaces_.clear();
+}
+
+void AtspiTeams::meetPrograms() {
+  const AtspiObject registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
+  const AtspiReply reply =
+      bus_.ask({registry, accessible, "GetChildren", "(a(so))", timeout_, nullptr});
+  if (!reply) return;
+  const auto roots = atspi_value::objects(reply.value.get(), {}, mostPrograms);
+  std::set<std::string_view> present;
+  for (const AtspiObject& root : roots) present.insert(root.busName);
+  std::erase_if(programs_, [&](const auto& entry) { return present.count(entry.first) == 0; });
+  std::vector<AtspiObject> strangers;
+  for (const AtspiObject& root : roots)
+    if (programs_.count(root.busName) == 0) strangers.push_back(root);
+  identify(strangers);
+}
+
+void AtspiTeams::identify(const std::vector<AtspiObject>& roots) {
+  const AtspiObject busDaemon{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
+  std::vector<AtspiCall> calls;
+  for (const AtspiObject& root : roots) {
+    calls.push_back({busDaemon, "org.freedesktop.DBus", "GetConnectionUnixProcessID", "(u)",
+                     timeout_, takeArguments(g_variant_new("(s)", root.busName.c_str()))});
+    calls.push_back(property(root, accessible, "Name", strangerWait));
+    calls.push_back(property(root, "org.a11y.atspi.Application", "ToolkitName", strangerWait));
+  }
+  const auto replies = bus_.ask(std::move(calls));
+  for (std::size_t i = 0; i < roots.size(); ++i) {
+    const AtspiReply& process = replies[3 * i];
+    const AtspiReply& name = replies[3 * i + 1];
+    const AtspiReply& toolkit = replies[3 * i + 2];
+    // Whoever has not answered is met again at the next search.
+    if (!process || !name || toolkit.outcome == AtspiReply::Outcome::silent) continue;
+    Program program{.root = roots[i]};
+    guint32 processIdentifier = 0;
+    g_variant_get(process.value.get(), "(u)", &processIdentifier);
+    program.processIdentifier = static_cast<std::int32_t>(processIdentifier);
+    program.isClient = teams_signs::isClientName(atspi_value::text(name.value.get()));
+    const std::string builtOn = toolkit ? atspi_value::text(toolkit.value.get()) : std::string();
+    program.labelsLag = builtOn == "Chromium";
+    program.isBrowser = program.labelsLag || builtOn == "Gecko" || builtOn.starts_with("WebKit");
+    programs_.emplace(roots[i].busName, std::move(program));
+  }
+}
+
+std::vector<AtspiSurfaceRef> AtspiTeams::findSurfaces() {
+  std::vector<const Program*> asked;
+  std::vector<AtspiCall> calls;
+  for (const auto& [busName, program] : programs_) {
+    if (!program.isBrowser && !program.isClient) continue;
+    asked.push_back(&program);
+    calls.push_back({program.root, "org.a11y.atspi.Collection", "GetMatches", "(a(so))",
+                     isKnown(busName) ? timeout_ : strangerWait,
+                     atspi_value::matchRoles({atspi_role::documentWeb}, mostDocuments)});
+  }
+  const auto replies = bus_.ask(std::move(calls));
+  std::vector<AtspiSurfaceRef> found;
+  for (std::size_t i = 0; i < asked.size(); ++i) {
+    const Program& program = *asked[i];
+    std::vector<AtspiObject> documents;
+    if (replies[i]) {
+      documents = atspi_value::objects(replies[i].value.get(), program.root.busName, mostDocuments);
+    }
+    for (const AtspiObject& document : documents) found.push_back(surface(document, program));
+    const auto outcome = replies[i].outcome;
+    if (program.isClient && documents.empty() && outcome != AtspiReply::Outcome::silent) {
+      found.push_back(surface(program.root, program));
+      found.back()->isDocument = false;
+    }
+  }
+  // What was known stays a candidate: pages in the background are in no tree.
+  for (const AtspiSurfaceRef& known : surfaces_)
+    if (std::find(found.begin(), found.end(), known) == found.end()) found.push_back(known);
+  return found;
+}
+
+AtspiSurfaceRef AtspiTeams::surface(const AtspiObject& object, const Program& program) {
+  const auto known = std::find_if(surfaces_.begin(), surfaces_.end(),
+                                  [&](const auto& one) { return one->object == object; });
+  if (known != surfaces_.end()) return *known;
+  auto found = std::make_shared<AtspiSurface>();
+  found->object = object;
+  found->processIdentifier = program.processIdentifier;
+  found->inClient = program.isClient;
+  found->labelsLag = program.labelsLag;
+  return found;
+}
+
+std::vector<AtspiSurfaceRef> AtspiTeams::confirmed(const std::vector<AtspiSurfaceRef>& surfaces) {
+  std::vector<AtspiCall> calls;
+  for (const AtspiSurfaceRef& surface : surfaces) {
+    const milliseconds wait = isKnown(surface->object.busName) ? timeout_ : strangerWait;
+    calls.push_back(lifeSign(*surface, wait));
+    calls.push_back(property(surface->object, accessible, "Name", wait));
+  }
+  // Told along with them, pages have the time of the other calls for it.
+  std::vector<AtspiSurface*> told;
+  for (const AtspiSurfaceRef& surface : surfaces_) {
+    if (!surface->labelsLag || surface->toldAt >= readingBegan_) continue;
+    calls.push_back(updateLabels(surface->object, timeout_));
+    told.push_back(surface.get());
+  }
+  const auto replies = bus_.ask(std::move(calls));
+  for (std::size_t i = 0; i < told.size(); ++i) {
+    if (replies[2 * surfaces.size() + i].outcome != AtspiReply::Outcome::silent)
+      told[i]->toldAt = steady_clock::now();
+  }
+
+  std::vector<AtspiSurfaceRef> result;
+  for (std::size_t i = 0; i < surfaces.size(); ++i) {
+    const AtspiReply& sign = replies[2 * i];
+    const AtspiReply& name = replies[2 * i + 1];
+    const bool keep = sign.outcome == AtspiReply::Outcome::silent
+                          ? isKnown(surfaces[i]->object.busName)
+                          : sign && isOfTeams(*surfaces[i], sign.value.get(),
+                                              name ? atspi_value::text(name.value.get()) : "");
+    if (keep) result.push_back(surfaces[i]);
+  }
+  return result;
+}
+
+bool AtspiTeams::isKnown(const std::string& busName) const {
+  return std::any_of(surfaces_.begin(), surfaces_.end(),
+                     [&](const auto& one) { return one->object.busName == busName; });
+}
+
+}  // namespace hushbox

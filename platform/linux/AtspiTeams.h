@@ -1,0 +1,106 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/linux/AtspiBus.h"
+#include "platform/linux/AtspiSurface.h"
+
+namespace hushbox {
+
+/// What on the accessibility bus belongs to Teams, all of it taken as one application. Main thread
+/// only.
+///
+/// On Linux, Teams is no program of its own: its meetings are pages in one browser or several, or
+/// in a client built on one. So documents count, not programs, whichever programs they are in;
+/// nothing else of a browser does, neither its own controls ("Mute tab") nor its other pages. A
+/// document is of Teams by its address, by being in a client that has Teams' name, or by its title;
+/// documents with stronger evidence come first, but weaker ones hide nobody.
+///
+/// A document once found is remembered for as long as it lives: a browser takes the page of a tab
+/// in the background out of its tree, yet goes on answering for it.
+///
+/// Browsers are asked for documents if they are built on Chromium, Gecko or WebKit. A browser on
+/// Chromium that was started while accessibility was off is not on the bus at all.
+class AtspiTeams {
+ public:
+  /// A program that has not shown itself to be Teams may take this long; a healthy one needs 1 to
+  /// 30 ms. One that takes longer is left out until it has answered.
+  static constexpr std::chrono::milliseconds strangerWait{250};
+  /// From the question to the page's reply it took 20 ms at most, and 80 ms with three busy
+  /// programs to each processor.
+  static constexpr std::chrono::milliseconds labelWait{30};
+  /// For how long something read is taken for what is so now.
+  static constexpr std::chrono::milliseconds freshness{100};
+  /// No sane desktop has more; what a program claims beyond is not looked at.
+  static constexpr std::size_t mostPrograms = 256;
+  static constexpr std::size_t mostDocuments = 256;
+
+  explicit AtspiTeams(AtspiBus& bus) : bus_(bus) {}
+
+  AtspiBus& bus() const { return bus_; }
+
+  /// Begins a reading: what was done for labels before counts no more.
+  void beginReading();
+
+  /// Whether there is anything of Teams. As long as something that was found before is still there
+  /// (or silent, which is not the same as gone), it asks about that only: three calls a document,
+  /// all at the same time. Otherwise it searches.
+  bool isRunning();
+
+  /// Looks for everything that belongs to Teams: a call to the registry, one to each browser, two
+  /// for each document. Once in a reading; then it stands.
+  void search();
+
+  /// What was found last, in the order in which to look at it.
+  const std::vector<AtspiSurfaceRef>& surfaces() const { return surfaces_; }
+
+  /// Makes sure that labels on the surface are read as they are now.
+  ///
+  /// Chromium updates the tree of a page that is minimised, covered or in a background tab only
+  /// when somebody acts on it, seconds late or never. A question for the object at some point makes
+  /// it do so, but is answered before the page has replied. So this asks, unless that was done in
+  /// this reading and within `freshness`, and waits `labelWait` from then on; other calls fit into
+  /// that time.
+  void bringLabelsUpToDate(AtspiSurface& surface);
+
+  /// Asks for an object's name at this moment, telling the surface to bring its labels up to date
+  /// without waiting for that: it shows in a later answer.
+  AtspiReply askForName(const AtspiObject& object, const AtspiSurface& surface);
+
+  /// How long a question to Teams is waited for.
+  std::chrono::milliseconds timeout() const { return timeout_; }
+  void setTimeout(std::chrono::milliseconds timeout) { timeout_ = timeout; }
+
+ private:
+  /// A program on the bus that may hold documents of Teams. What is known of it never changes.
+  struct Program {
+    AtspiObject root;
+    std::int32_t processIdentifier = 0;
+    bool isClient = false;
+    bool isBrowser = false;
+    bool labelsLag = false;
+  };
+
+  void forgetAfterReconnection();
+  void meetPrograms();
+  void identify(const std::vector<AtspiObject>& roots);
+  std::vector<AtspiSurfaceRef> findSurfaces();
+  AtspiSurfaceRef surface(const AtspiObject& object, const Program& program);
+  /// Keeps of `surfaces` those that are of Teams and there, or whose program is silent.
+  std::vector<AtspiSurfaceRef> confirmed(const std::vector<AtspiSurfaceRef>& surfaces);
+  bool isKnown(const std::string& busName) const;
+
+  AtspiBus& bus_;
+  std::uint64_t generation_ = 0;
+  std::chrono::milliseconds timeout_{1000};
+  std::map<std::string, Program> programs_;
+  std::vector<AtspiSurfaceRef> surfaces_;
+  std::chrono::steady_clock::time_point readingBegan_{};
+  bool searched_ = false;
+};
+
+}  // namespace hushbox
