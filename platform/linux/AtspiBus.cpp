@@ -1,7 +1,8 @@
 #include "platform/linux/AtspiBus.h"
 
-#include <filesystem>
 #include <utility>
+
+#include "platform/linux/SessionBusAddress.h"
 
 namespace hushbox {
 
@@ -14,20 +15,6 @@ constexpr const char* launcherName = "org.a11y.Bus";
 
 const AtspiObject busDaemon{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
 const AtspiObject launcher{launcherName, "/org/a11y/bus"};
-
-/// Where the session bus is. GIO would start a bus of its own where there is none.
-std::string sessionAddress() {
-  if (const char* address = g_getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address)
-    return address;
-  const char* runtime = g_getenv("XDG_RUNTIME_DIR");
-  if (!runtime || !*runtime) return {};
-  const auto socket = std::filesystem::path(runtime) / "bus";
-  std::error_code error;
-  if (!std::filesystem::exists(socket, error)) return {};
-  const std::unique_ptr<char, decltype(&g_free)> escaped(
-      g_dbus_address_escape_value(socket.c_str()), g_free);
-  return std::string("unix:path=") + escaped.get();
-}
 
 }  // namespace
 
@@ -73,7 +60,7 @@ bool AtspiBus::connectSession() {
   }
   enabled_.reset();
   if (std::chrono::steady_clock::now() < nextSessionAttempt_) return false;
-  const std::string address = sessionAddress();
+  const std::string address = sessionBusAddress();
   if (address.empty() || !session_.open(address, busWait)) {
     nextSessionAttempt_ = std::chrono::steady_clock::now() + attemptInterval;
     return false;
