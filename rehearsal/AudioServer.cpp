@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 
 #include "rehearsal/DeskError.h"
 
@@ -19,6 +20,14 @@ std::string requirePlain(const std::string& name) {
 
 std::string descriptionProperty(const std::string& name) {
   return "sink_properties=\"device.description='" + requirePlain(name) + "'\"";
+}
+
+/// WirePlumber otherwise gives a device that is plugged in again its former volume, a moment later.
+void forgetVolumes(const Session& session) {
+  const std::filesystem::path folder = session.home() / ".config/wireplumber/main.lua.d";
+  std::filesystem::create_directories(folder);
+  std::ofstream(folder / "45-forget-volumes.lua")
+      << "stream_defaults.properties[\"restore-props\"] = false\n";
 }
 
 std::string socketPath(const Session& session) {
@@ -64,6 +73,7 @@ void AudioServer::startPulseAudio() {
 }
 
 void AudioServer::startPipeWire() {
+  forgetVolumes(session_);
   processes_.push_back(session_.start("pipewire.log", {"pipewire"}));
   const std::filesystem::path socket = session_.runtimeFolder() / "pipewire-0";
   processes_.back()->waitUntilReady([&] { return std::filesystem::exists(socket); },

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "rehearsal/DeskError.h"
+#include "rehearsal/DevToolsPipe.h"
 #include "rehearsal/Programs.h"
 
 namespace hushbox::rehearsal {

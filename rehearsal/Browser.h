@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "rehearsal/BrowserPage.h"
-#include "rehearsal/DevToolsPipe.h"
 #include "rehearsal/Session.h"
 
 namespace hushbox::rehearsal {

@@ -1,6 +1,7 @@
 #include "rehearsal/BrowserPage.h"
 
 #include "rehearsal/DeskError.h"
+#include "rehearsal/DevToolsPipe.h"
 
 namespace hushbox::rehearsal {
 

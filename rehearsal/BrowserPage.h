@@ -1,16 +1,17 @@
 #pragma once
 
 #include <memory>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
-
-#include "rehearsal/DevToolsPipe.h"
 
 namespace hushbox::rehearsal {
 
+class DevToolsPipe;
+
 /// One page in a browser and the window around it; letting go of it leaves the page open.
 ///
-/// Throws DeskError as the browser does; after close() too.
+/// Throws DeskError as the browser does; after close() too. Whoever uses a value that evaluate()
+/// returned includes <nlohmann/json.hpp>.
 class BrowserPage {
  public:
   /// Attaches to a page that is open.

@@ -1,6 +1,7 @@
 #include "rehearsal/MeetingPage.h"
 
 #include <cctype>
+#include <nlohmann/json.hpp>
 #include <string_view>
 
 #include "rehearsal/DeskError.h"

@@ -150,10 +150,12 @@ void ServerProcess::killGroupAndReap() {
 
 void ServerProcess::freeze() {
   if (!isRunning()) throw DeskError(launch_.command.front() + " cannot be frozen: it has ended");
-  signalGroup(SIGSTOP);
+  // The main process first, alone: amid a vfork it stops only once its child has gone on.
+  ::kill(pid_, SIGSTOP);
   if (!changesStateWithin(pid_, WSTOPPED, patience)) {
     throw DeskError(launch_.command.front() + " does not stand still");
   }
+  signalGroup(SIGSTOP);
 }
 
 void ServerProcess::thaw() {

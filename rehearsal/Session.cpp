@@ -3,10 +3,11 @@
 #include <unistd.h>
 
 #include <array>
-#include <charconv>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <map>
+#include <set>
 #include <sstream>
 
 #include "rehearsal/DeskError.h"
@@ -62,6 +63,26 @@ std::unique_ptr<ServerProcess> startBusDaemon(const std::filesystem::path& confi
                             {{address.writeEnd(), addressDescriptor}}});
   bus->waitUntilReady([&] { return address.hasLine(); }, "a message bus");
   return bus;
+}
+
+/// The parent of each process alive.
+std::map<pid_t, pid_t> parentsOfAll() {
+  std::map<pid_t, pid_t> result;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    const std::string name = entry.path().filename().string();
+    if (name.find_first_not_of("0123456789") != std::string::npos) continue;
+    std::ifstream file(entry.path() / "stat");
+    std::string line;
+    std::getline(file, line);
+    // "7 (any name) S 1 ...": the name may hold spaces and brackets itself.
+    const std::size_t nameEnd = line.rfind(") ");
+    if (nameEnd == std::string::npos) continue;
+    char state = 'Z';
+    pid_t parent = 0;
+    std::istringstream(line.substr(nameEnd + 2)) >> state >> parent;
+    if (state != 'Z') result[std::stoi(name)] = parent;
+  }
+  return result;
 }
 
 bool carriesMark(pid_t process, const std::string& marked) {
@@ -179,15 +200,19 @@ std::unique_ptr<ServerProcess> Session::start(const std::string& logName,
 
 std::vector<pid_t> Session::processes() const {
   const std::string marked = std::string(mark) + "=" + folder().string();
-  std::vector<pid_t> result;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-    const std::string name = entry.path().filename().string();
-    pid_t process = 0;
-    const auto parsed = std::from_chars(name.data(), name.data() + name.size(), process);
-    if (parsed.ec != std::errc{} || parsed.ptr != name.data() + name.size()) continue;
-    if (process != getpid() && carriesMark(process, marked)) result.push_back(process);
+  const std::map<pid_t, pid_t> parents = parentsOfAll();
+  std::set<pid_t> found;
+  for (const auto& [process, parent] : parents) {
+    if (process != getpid() && carriesMark(process, marked)) found.insert(process);
   }
-  return result;
+  // Browsers write a title over the environment of their children.
+  for (std::size_t before = 0; before != found.size();) {
+    before = found.size();
+    for (const auto& [process, parent] : parents) {
+      if (found.contains(parent)) found.insert(process);
+    }
+  }
+  return {found.begin(), found.end()};
 }
 
 void Session::endStragglers() const {

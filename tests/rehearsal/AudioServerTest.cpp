@@ -148,7 +148,7 @@ TEST_P(AudioServerTest, AFrozenServerAnswersNobodyAndThenGoesOn) {
   server_->freeze();
   std::thread press([&] { server_->setVolume(0.0); });
   letPass(Milliseconds{100});
-  EXPECT_TRUE(server_->observer().history().empty());
+  for (const VolumeChange& change : server_->observer().history()) EXPECT_NE(change.volume, 0.0);
   server_->thaw();
   press.join();
   server_->observer().waitForVolume(0.0);

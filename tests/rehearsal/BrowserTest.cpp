@@ -3,8 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
 #include "rehearsal/Desk.h"
 #include "rehearsal/DeskError.h"
+#include "rehearsal/DevToolsPipe.h"
 
 namespace hushbox::rehearsal {
 namespace {
