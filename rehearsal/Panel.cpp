@@ -1,0 +1,218 @@
+#include "rehearsal/Panel.h"
+
+#include <algorithm>
+#include <fstream>
+#include <future>
+#include <sstream>
+
+#include "rehearsal/DeskError.h"
+
+namespace hushbox::rehearsal {
+
+namespace {
+
+constexpr const char* watcher = "org.kde.StatusNotifierWatcher";
+constexpr const char* watcherPath = "/StatusNotifierWatcher";
+constexpr const char* settings = "org.xfce.Xfconf";
+/// The process that the panel keeps the tray in.
+constexpr const char* trayClass = "wrapper-2.0";
+/// Without an item the tray is a sliver.
+constexpr int leastItemWidth = 16;
+/// Above the first and below the last row of a menu, in the toolkit's own theme.
+constexpr int menuPadding = 4;
+constexpr int separatorHeight = 1;
+
+constexpr const char* configuration = R"(<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfce4-panel" version="1.0">
+  <property name="configver" type="int" value="2"/>
+  <property name="panels" type="array"><value type="int" value="1"/>
+    <property name="dark-mode" type="bool" value="true"/>
+    <property name="panel-1" type="empty">
+      <property name="position" type="string" value="p=6;x=0;y=0"/>
+      <property name="length" type="uint" value="100"/>
+      <property name="position-locked" type="bool" value="true"/>
+      <property name="size" type="uint" value="30"/>
+      <property name="plugin-ids" type="array">
+        <value type="int" value="2"/><value type="int" value="1"/>
+      </property>
+    </property>
+  </property>
+  <property name="plugins" type="empty">
+    <property name="plugin-1" type="string" value="systray">
+      <property name="square-icons" type="bool" value="true"/>
+      <property name="known-items" type="array"><value type="string" value="hushbox"/></property>
+    </property>
+    <property name="plugin-2" type="string" value="separator">
+      <property name="expand" type="bool" value="true"/>
+      <property name="style" type="uint" value="0"/>
+    </property>
+  </property>
+</channel>
+)";
+
+}  // namespace
+
+Panel::Panel(Session& session, Tone tone) : session_(session), bus_(session.busAddress()) {
+  if (!session.hasDisplay()) throw DeskError("a panel needs a display");
+  configure(session);
+  process_ = session.start("panel.log", {"xfce4-panel", "--disable-wm-check"});
+  process_->waitUntilReady([&] { return bus_.hasOwner(watcher); }, "a panel");
+  setTone(tone);
+  movePointerAway();
+}
+
+void Panel::configure(Session& session) const {
+  const std::filesystem::path folder =
+      session.home() / ".config" / "xfce4" / "xfconf" / "xfce-perchannel-xml";
+  if (std::filesystem::exists(folder)) return;
+  std::filesystem::create_directories(folder);
+  std::ofstream(folder / "xfce4-panel.xml") << configuration;
+  session.allowActivation(settings);
+}
+
+void Panel::setTone(Tone tone) {
+  run({"xfconf-query", "-c", "xfce4-panel", "-p", "/panels/dark-mode", "-s",
+       tone == Tone::Dark ? "true" : "false"});
+}
+
+std::vector<std::string> Panel::items() const {
+  if (!bus_.hasOwner(watcher)) return {};
+  const Variant answer = bus_.call(watcher, watcherPath, "org.freedesktop.DBus.Properties", "Get",
+                                   g_variant_new("(ss)", watcher, "RegisteredStatusNotifierItems"));
+  GVariant* array = nullptr;
+  g_variant_get(answer.get(), "(v)", &array);
+  const Variant owned(array);
+  std::vector<std::string> items;
+  GVariantIter iterator;
+  g_variant_iter_init(&iterator, array);
+  const char* item = nullptr;
+  while (g_variant_iter_next(&iterator, "&s", &item)) items.emplace_back(item);
+  return items;
+}
+
+Panel::Area Panel::waitForItem() const {
+  Area item;
+  waitUntil(
+      [&] {
+        if (items().empty()) return false;
+        const std::vector<Area> all = windows();
+        const auto shown = std::ranges::find_if(
+            all, [](const Area& area) { return area.y == 0 && area.width >= leastItemWidth; });
+        if (shown != all.end()) item = *shown;
+        return shown != all.end();
+      },
+      patience, "an item in the panel");
+  return item;
+}
+
+Panel::Area Panel::openMenu() {
+  const Area item = waitForItem();
+  click(item.x + item.width / 2, item.y + item.height / 2);
+  waitUntil([&] { return menu().has_value(); }, patience, "the item's menu");
+  return *menu();
+}
+
+std::optional<Panel::Area> Panel::menu() const {
+  // Below the panel; a tool tip would be there too, but is only as high as a row or two.
+  for (const Area& area : windows())
+    if (area.y > 0 && area.height > 60) return area;
+  return std::nullopt;
+}
+
+std::vector<Panel::Row> Panel::rows() const {
+  const std::vector<std::string> all = items();
+  if (all.empty()) throw DeskError("there is no item in the panel");
+  const std::string item = all.front().substr(0, all.front().find('/'));
+  // The item may live on this thread, so this thread has to go on meanwhile.
+  auto call = std::async(std::launch::async, [&] {
+    return bus_.call(item, "/MenuBar", "com.canonical.dbusmenu", "GetLayout",
+                     g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)));
+  });
+  waitUntil([&] { return call.wait_for(Milliseconds{0}) == std::future_status::ready; }, patience,
+            "the item's menu layout");
+  const Variant answer = call.get();
+  GVariantIter* children = nullptr;
+  g_variant_get(answer.get(), "(u(ia{sv}av))", nullptr, nullptr, nullptr, &children);
+  std::vector<Row> rows;
+  for (GVariant* child = nullptr; g_variant_iter_next(children, "v", &child);) {
+    const Variant owned(child);
+    const Variant properties(g_variant_get_child_value(child, 1));
+    const char* text = nullptr;
+    Row row;
+    row.separator = !g_variant_lookup(properties.get(), "label", "&s", &text);
+    if (text) row.text = text;
+    rows.push_back(row);
+  }
+  g_variant_iter_free(children);
+  return rows;
+}
+
+void Panel::clickRow(const std::string& text) {
+  const std::optional<Area> area = menu();
+  if (!area) throw DeskError("no menu is open");
+  const std::vector<Row> all = rows();
+  const auto wanted = std::ranges::find(all, text, &Row::text);
+  if (wanted == all.end()) throw DeskError("the menu has no row \"" + text + "\"");
+  const auto separators = [](auto first, auto last) {
+    return static_cast<int>(std::count_if(first, last, [](const Row& r) { return r.separator; }));
+  };
+  const int separatorsIn = separators(all.begin(), all.end());
+  const int separatorsAbove = separators(all.begin(), wanted);
+  const int rowsIn = static_cast<int>(all.size()) - separatorsIn;
+  const int rowsAbove = static_cast<int>(wanted - all.begin()) - separatorsAbove;
+  const int rowHeights = area->height - 2 * menuPadding - separatorsIn * separatorHeight;
+  const int middle = menuPadding + separatorsAbove * separatorHeight +
+                     (2 * rowsAbove + 1) * rowHeights / (2 * rowsIn);
+  click(area->x + area->width / 2, area->y + middle);
+}
+
+void Panel::closeMenu() {
+  run({"xdotool", "key", "Escape"});
+  waitUntil([&] { return !menu(); }, patience, "the menu's end");
+  movePointerAway();
+}
+
+void Panel::movePointerAway() const {
+  run({"xdotool", "mousemove", "600", "600"});
+}
+
+void Panel::picture(const Area& area, const std::filesystem::path& file) const {
+  std::ostringstream geometry;
+  geometry << area.width << 'x' << area.height << '+' << area.x << '+' << area.y;
+  run({"import", "-window", "root", "-crop", geometry.str(), "+repage", file.string()});
+  if (!std::filesystem::exists(file))
+    throw DeskError("no picture could be taken: " + file.string());
+}
+
+std::vector<Panel::Area> Panel::windows() const {
+  std::istringstream answer(
+      run({"xdotool", "search", "--onlyvisible", "--class", trayClass, "getwindowgeometry", "%@"}));
+  // "  Position: 1249,0 (screen: 0)" and "  Geometry: 31x30", a pair for each window.
+  std::vector<Area> areas;
+  Area area;
+  char between = 0;
+  for (std::string line; std::getline(answer, line);) {
+    std::istringstream words(line);
+    std::string word;
+    words >> word;
+    if (word == "Position:") words >> area.x >> between >> area.y;
+    if (word == "Geometry:" && words >> area.width >> between >> area.height) areas.push_back(area);
+  }
+  return areas;
+}
+
+void Panel::click(int x, int y) const {
+  run({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"});
+}
+
+std::string Panel::run(std::vector<std::string> command) const {
+  const std::string name = command.front();
+  const std::string log = "panel-hand-" + std::to_string(++runs_) + ".log";
+  const auto process = session_.start(log, std::move(command));
+  waitUntil([&] { return !process->isRunning(); }, patience, name + " to end");
+  std::ostringstream output;
+  output << std::ifstream(session_.folder() / log).rdbuf();
+  return output.str();
+}
+
+}  // namespace hushbox::rehearsal
