@@ -1,0 +1,326 @@
+#include "teams/TeamsUI.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+
+#include "tests/teams/TeamsFixture.h"
+
+namespace hushbox {
+
+void PrintTo(TeamsUI::Result result, std::ostream* out) {
+  const char* names[] = {"pressed", "alreadySynced", "notTrusted", "teamsNotRunning", "noMeeting"};
+  *out << names[static_cast<int>(result)];
+}
+
+namespace {
+
+using namespace std::chrono_literals;
+using Result = TeamsUI::Result;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::Not;
+
+class TeamsControl : public TeamsFixture {
+ protected:
+  /// A button with that label, which may be pressed.
+  SimulatedElementRef show(const std::string& label, AccessibilityError pressStatus = 0) {
+    auto element = app->append("microphone", button(label));
+    element->perform = [this, pressStatus](std::string_view action) {
+      presses.emplace_back(action);
+      return pressStatus;
+    };
+    return element;
+  }
+
+  TimeInterval took(const std::function<void()>& operation) const {
+    const Instant before = desk.loop.now();
+    operation();
+    return desk.loop.now() - before;
+  }
+
+  Lines presses;
+};
+
+const Lines walkToTheMicrophone = {
+    "accessibility: copy application 501 AXRole: "
+    "\"AXApplication\" -> 0",
+    "accessibility: copy application 501 AXChildren: 1 elements "
+    "-> 0"};
+
+Lines sixReads(const std::string& label) {
+  return {"accessibility: copy microphone AXRole: \"AXButton\" -> 0",
+          "accessibility: copy microphone AXDOMIdentifier -> -25205",
+          "accessibility: copy microphone AXDescription: \"" + label + "\" -> 0",
+          "accessibility: copy microphone AXTitle -> -25205",
+          "accessibility: copy microphone AXHelp -> -25205",
+          "accessibility: copy microphone AXDOMIdentifier -> -25205"};
+}
+
+TEST(TeamsResult, HasItsFiveCasesInOrder) {
+  EXPECT_EQ(static_cast<int>(Result::pressed), 0);
+  EXPECT_EQ(static_cast<int>(Result::alreadySynced), 1);
+  EXPECT_EQ(static_cast<int>(Result::notTrusted), 2);
+  EXPECT_EQ(static_cast<int>(Result::teamsNotRunning), 3);
+  EXPECT_EQ(static_cast<int>(Result::noMeeting), 4);
+}
+
+// Before the button
+
+TEST_F(TeamsControl, WithoutPermissionNothingElseIsAsked) {
+  show("Mute");
+  desk.accessibility.setTrusted(false);
+  EXPECT_EQ(TeamsUI::setMuted(true), Result::notTrusted);
+  EXPECT_EQ(TeamsUI::setMuted(std::nullopt), Result::notTrusted);
+  EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
+  EXPECT_THAT(desk.journal.take(), ElementsAreArray(Lines(3, "accessibility: trusted -> false")));
+  EXPECT_EQ(desk.accessibility.promptCount(), 0U);
+}
+
+TEST_F(TeamsControl, WithoutTeamsNoElementIsMade) {
+  desk.workspace.quit(501);
+  EXPECT_EQ(TeamsUI::setMuted(true), Result::teamsNotRunning);
+  EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
+  EXPECT_THAT(desk.journal.take(),
+              ElementsAre("accessibility: trusted -> true", "workspace: applications:",
+                          "accessibility: trusted -> true", "workspace: applications:"));
+}
+
+TEST_F(TeamsControl, WithoutAMicrophoneButtonThereIsNoMeeting) {
+  EXPECT_EQ(TeamsUI::setMuted(true), Result::noMeeting);
+  EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
+  EXPECT_THAT(desk.log.records(), IsEmpty());
+}
+
+TEST_F(TeamsControl, FirstTeamsThatTheWorkspaceListsIsUsed) {
+  for (const bool newFirst : {true, false}) {
+    desk.workspace.quit(501);
+    desk.workspace.quit(502);
+    desk.workspace.launch({newFirst ? "com.microsoft.teams2" : "com.microsoft.teams", 502});
+    desk.workspace.launch({newFirst ? "com.microsoft.teams" : "com.microsoft.teams2", 501});
+    desk.journal.take();
+    TeamsUI::currentMuteState();
+    const Lines lines = desk.journal.take("accessibility");
+    EXPECT_THAT(lines, Contains("application 502"));
+    EXPECT_THAT(lines, Not(Contains("application 501")));
+  }
+}
+
+TEST_F(TeamsControl, OnlyTheExactBundleIdentifiersAreTeams) {
+  desk.workspace.quit(501);
+  std::int32_t process = 600;
+  for (const std::optional<std::string>& identifier :
+       {std::optional<std::string>(), std::optional<std::string>(""),
+        std::optional<std::string>("com.microsoft.teams3"),
+        std::optional<std::string>("com.microsoft.teams2.helper"),
+        std::optional<std::string>("Com.Microsoft.Teams"),
+        std::optional<std::string>("com.microsoft.team"),
+        std::optional<std::string>("com.microsoft.teams\u0301"),
+        std::optional<std::string>("x.com.microsoft.teams")}) {
+    desk.workspace.launch({identifier, process++});
+  }
+  EXPECT_EQ(TeamsUI::setMuted(true), Result::teamsNotRunning);
+  desk.workspace.launch({"com.microsoft.teams", 501});
+  show("Mute");
+  EXPECT_EQ(TeamsUI::setMuted(true), Result::pressed);
+}
+
+TEST_F(TeamsControl, RefusedSettingsOfTheApplicationAreIgnored) {
+  desk.accessibility.setAttributeWriteStatus(accessibility::attributeUnsupported);
+  show("Mute");
+  EXPECT_EQ(TeamsUI::setMuted(true), Result::pressed);
+}
+
+// Pressing
+
+TEST_F(TeamsControl, PressStepsInOrder) {
+  show("Mute mic");
+  EXPECT_EQ(TeamsUI::setMuted(std::nullopt), Result::pressed);
+  EXPECT_EQ(desk.journal.take(),
+            joined(joined(joined(approach(), walkToTheMicrophone), sixReads("Mute mic")),
+                   {"accessibility: perform microphone AXPress -> 0",
+                    "log: teams-ui info: Pressed Teams mic button 'Mute mic' -> 0"}));
+}
+
+TEST_F(TeamsControl, PressesOnlyWhereTeamsIsNotInTheWantedState) {
+  struct Case {
+    const char* label;
+    std::optional<bool> wanted;
+    Result result;
+    std::size_t presses;
+  };
+  for (const Case& one : {Case{"Mute (⌘+Shift+M)", true, Result::pressed, 1},
+                          {"Mute (⌘+Shift+M)", false, Result::alreadySynced, 0},
+                          {"Mute (⌘+Shift+M)", std::nullopt, Result::pressed, 1},
+                          {"Unmute (⌘+Shift+M)", true, Result::alreadySynced, 0},
+                          {"Unmute (⌘+Shift+M)", false, Result::pressed, 1},
+                          {"Unmute (⌘+Shift+M)", std::nullopt, Result::pressed, 1},
+                          {"UNMUTE", true, Result::alreadySynced, 0}}) {
+    app->removeChildren();
+    presses.clear();
+    show(one.label);
+    EXPECT_EQ(TeamsUI::setMuted(one.wanted), one.result) << one.label;
+    EXPECT_EQ(presses, Lines(one.presses, "AXPress")) << one.label;
+  }
+}
+
+TEST_F(TeamsControl, NothingIsLoggedWithoutAPress) {
+  show("Unmute");
+  TeamsUI::setMuted(true);
+  TeamsUI::currentMuteState();
+  EXPECT_THAT(desk.log.records(), IsEmpty());
+}
+
+TEST_F(TeamsControl, PressIsLoggedWithTheLabelAsTeamsGaveIt) {
+  show("UnMute MIC 100% 'ü'");
+  TeamsUI::setMuted(false);
+  EXPECT_THAT(desk.log.records(),
+              ElementsAre(LogRecord{"org.hushbox.Hushbox", "teams-ui", LogLevel::info,
+                                    "Pressed Teams mic button 'UnMute MIC 100% 'ü'' -> 0"}));
+}
+
+TEST_F(TeamsControl, FailedPressIsLoggedWithItsStatusAndIsNoMeeting) {
+  for (const AccessibilityError status :
+       {accessibility::cannotComplete, accessibility::failure, accessibility::actionUnsupported,
+        AccessibilityError{1}}) {
+    app->removeChildren();
+    show("Mute", status);
+    EXPECT_EQ(TeamsUI::setMuted(true), Result::noMeeting);
+    EXPECT_EQ(desk.log.records().back().text,
+              "Pressed Teams mic button 'Mute' -> " + std::to_string(status));
+    EXPECT_EQ(desk.log.records().back().level, LogLevel::info);
+  }
+  EXPECT_EQ(presses.size(), 4U);
+}
+
+TEST_F(TeamsControl, ReadingTheStateNeverPresses) {
+  show("Mute");
+  EXPECT_EQ(TeamsUI::currentMuteState(), false);
+  app->removeChildren();
+  show("Unmute");
+  EXPECT_EQ(TeamsUI::currentMuteState(), true);
+  EXPECT_THAT(presses, IsEmpty());
+}
+
+// The button found last
+
+TEST_F(TeamsControl, NextCallCostsTheSettingsAndSixReads) {
+  show("Mute");
+  TeamsUI::currentMuteState();
+  desk.journal.take();
+  EXPECT_EQ(TeamsUI::currentMuteState(), false);
+  EXPECT_EQ(desk.journal.take(), joined(approach(), sixReads("Mute")));
+}
+
+TEST_F(TeamsControl, FoundButtonIsReadAgainAtEachCall) {
+  const auto microphone = show("Mute");
+  EXPECT_EQ(TeamsUI::currentMuteState(), false);
+  microphone->attributes["AXDescription"] = "Unmute";
+  EXPECT_EQ(TeamsUI::currentMuteState(), true);
+}
+
+TEST_F(TeamsControl, FoundButtonIsKeptAlthoughAnotherComesFirst) {
+  show("Mute");
+  TeamsUI::currentMuteState();
+  app->append("earlier", button("Unmute"));
+  std::swap(app->children.front(), app->children.back());
+  EXPECT_EQ(TeamsUI::currentMuteState(), false);
+}
+
+TEST_F(TeamsControl, PressFindsTheButtonForTheNextReading) {
+  show("Mute");
+  TeamsUI::setMuted(std::nullopt);
+  desk.journal.take();
+  TeamsUI::currentMuteState();
+  EXPECT_EQ(desk.journal.take(), joined(approach(), sixReads("Mute")));
+}
+
+TEST_F(TeamsControl, ButtonOfATeamsThatHasGoneIsDropped) {
+  show("Mute");
+  TeamsUI::currentMuteState();
+  desk.accessibility.quit(501);
+  app = desk.accessibility.launch(501);
+  show("Unmute");
+  desk.journal.take();
+  EXPECT_EQ(TeamsUI::currentMuteState(), true);
+  EXPECT_EQ(desk.journal.take(),
+            joined(joined(joined(approach(), {"accessibility: copy microphone AXRole -> -25202"}),
+                          walkToTheMicrophone),
+                   sixReads("Unmute")));
+}
+
+TEST_F(TeamsControl, ButtonThatIsNoLongerOneIsDropped) {
+  const auto microphone = show("Mute");
+  TeamsUI::currentMuteState();
+  microphone->attributes["AXDescription"] = "Camera";
+  EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
+  // Back again it is found by a walk, not remembered.
+  microphone->attributes["AXDescription"] = "Mute";
+  desk.journal.take();
+  EXPECT_EQ(TeamsUI::currentMuteState(), false);
+  EXPECT_EQ(desk.journal.take(), joined(joined(approach(), walkToTheMicrophone), sixReads("Mute")));
+}
+
+TEST_F(TeamsControl, ButtonIsKeptWhilePermissionOrTeamsIsMissing) {
+  show("Mute");
+  TeamsUI::currentMuteState();
+  desk.accessibility.setTrusted(false);
+  TeamsUI::currentMuteState();
+  desk.accessibility.setTrusted(true);
+  desk.workspace.quit(501);
+  TeamsUI::currentMuteState();
+  desk.workspace.launch({"com.microsoft.teams2", 501});
+  desk.journal.take();
+  EXPECT_EQ(TeamsUI::currentMuteState(), false);
+  EXPECT_EQ(desk.journal.take(), joined(approach(), sixReads("Mute")));
+}
+
+TEST(TeamsCache, ButtonOfAPlatformThatIsGoneIsForgotten) {
+  for (int desks = 0; desks < 2; ++desks) {
+    SimulatedDesk desk;
+    desk.teams.joinMeeting(false);
+    EXPECT_EQ(TeamsUI::currentMuteState(), false);
+    // The first element that is read is the application: nothing was kept.
+    for (const std::string& line : desk.journal.take("accessibility")) {
+      if (!line.starts_with("copy")) continue;
+      EXPECT_THAT(line, testing::StartsWith("copy application 501 AXRole"));
+      break;
+    }
+  }
+}
+
+// A Teams that does not answer
+
+TEST_F(TeamsControl, EachCallToAFrozenTeamsEndsAfterOneSecond) {
+  show("Mute");
+  desk.accessibility.freeze(501);
+  Result result = Result::pressed;
+  // Two settings, the role and the children of the application.
+  EXPECT_EQ(took([&] { result = TeamsUI::setMuted(true); }), 4s);
+  EXPECT_EQ(result, Result::noMeeting);
+}
+
+TEST_F(TeamsControl, TeamsThatFreezesAfterTheButtonWasFoundCostsOneSecondMore) {
+  show("Mute");
+  TeamsUI::currentMuteState();
+  desk.accessibility.freeze(501);
+  std::optional<bool> state = true;
+  EXPECT_EQ(took([&] { state = TeamsUI::currentMuteState(); }), 5s);
+  EXPECT_EQ(state, std::nullopt);
+}
+
+TEST_F(TeamsControl, SlowTeamsIsWaitedForWithinTheTimeOut) {
+  show("Mute");
+  desk.accessibility.setResponseTime(501, 1s);
+  EXPECT_EQ(TeamsUI::setMuted(true), Result::pressed);
+  desk.accessibility.setResponseTime(501, 1001ms);
+  EXPECT_EQ(TeamsUI::setMuted(true), Result::noMeeting);
+}
+
+}  // namespace
+}  // namespace hushbox
