@@ -1,0 +1,307 @@
+#include "battery/BatteryMonitor.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/simulated/SimulatedDesk.h"
+
+namespace hushbox {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* tool = "/usr/bin/pmset";
+
+/// A monitor on the simulated desk. Its announcements and completions are journaled among the
+/// platform's calls, as part "monitor", with what the members are at that moment.
+class BatteryMonitorTest : public testing::Test {
+ protected:
+  void make() {
+    monitor = BatteryMonitor::make("Jabra");
+    subscription = monitor->objectWillChange.subscribe([this] { hear("will change"); });
+  }
+
+  /// The same with the first reading done and forgotten.
+  void makeAndRead() {
+    make();
+    desk.loop.runUntilIdle();
+    desk.journal.take();
+  }
+
+  void refresh() {
+    monitor->refresh([this] { hear("completion"); });
+  }
+
+  void hear(const std::string& what) {
+    const auto level = monitor->level();
+    desk.journal.add("monitor", what, " at ", level ? std::to_string(*level) : "none",
+                     monitor->isCharging() ? " charging" : "");
+  }
+
+  void release() {
+    subscription = {};
+    monitor.reset();
+  }
+
+  SimulatedDesk desk;
+  std::shared_ptr<BatteryMonitor> monitor;
+  Subscription subscription;
+};
+
+TEST_F(BatteryMonitorTest, KnowsNothingUntilTheFirstReadingIsPublished) {
+  desk.setBattery(62);
+  make();
+  EXPECT_EQ(monitor->level(), std::nullopt);
+  EXPECT_FALSE(monitor->isCharging());
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(monitor->level(), 62);
+  EXPECT_FALSE(monitor->isCharging());
+}
+
+TEST_F(BatteryMonitorTest, StartsTheFirstReadingBeforeItsTimer) {
+  make();
+  EXPECT_THAT(desk.journal.take(), ElementsAre("loop: utility", "loop: repeat every 60 s"));
+}
+
+TEST_F(BatteryMonitorTest, ReadingStepsInOrder) {
+  desk.setBatteryReport("Jabra 45%; charging");
+  make();
+  desk.journal.take();
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take(),
+              ElementsAre("processes: 1 make", "processes: 1 executable /usr/bin/pmset",
+                          "processes: 1 arguments -g accps", "processes: 1 launch -> true",
+                          "processes: 1 read 19 bytes", "processes: 1 wait", "loop: post",
+                          "monitor: will change at none", "monitor: will change at 45"));
+  EXPECT_EQ(monitor->level(), 45);
+  EXPECT_TRUE(monitor->isCharging());
+}
+
+TEST_F(BatteryMonitorTest, ToolIsGivenExactlyTwoArguments) {
+  std::vector<std::string> given;
+  desk.childProcesses.install(tool, [&](const std::vector<std::string>& arguments) {
+    given = arguments;
+    return std::optional<std::string>("");
+  });
+  makeAndRead();
+  EXPECT_THAT(given, ElementsAre("-g", "accps"));
+}
+
+TEST_F(BatteryMonitorTest, LooksForTheNameItWasMadeWith) {
+  desk.setBatteryReport("Jabra 45%; charging\nMouse 12%; discharging\n");
+  const auto mouse = BatteryMonitor::make("Mouse");
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(mouse->level(), 12);
+}
+
+TEST_F(BatteryMonitorTest, RefreshReturnsAtOnce) {
+  makeAndRead();
+  refresh();
+  EXPECT_THAT(desk.journal.take(), ElementsAre("loop: utility"));
+}
+
+TEST_F(BatteryMonitorTest, CompletionComesAfterBothMembersHoldTheNewReading) {
+  makeAndRead();
+  desk.setBattery(45, "charging");
+  refresh();
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take("monitor"),
+              ElementsAre("will change at none", "will change at 45", "completion at 45 charging"));
+}
+
+TEST_F(BatteryMonitorTest, EachReadingIsAnnouncedTwiceAlsoWhenNothingChanged) {
+  desk.setBattery(45, "charging");
+  makeAndRead();
+  refresh();
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take("monitor"),
+              ElementsAre("will change at 45 charging", "will change at 45 charging",
+                          "completion at 45 charging"));
+}
+
+TEST_F(BatteryMonitorTest, FailedReadingClearsWhatWasKnown) {
+  desk.setBattery(45, "charging");
+  makeAndRead();
+  desk.setBatteryReport("");
+  refresh();
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take("monitor"),
+              ElementsAre("will change at 45 charging", "will change at none charging",
+                          "completion at none"));
+}
+
+TEST_F(BatteryMonitorTest, ToolThatCannotBeLaunchedIsAFailedReading) {
+  desk.setBattery(45, "charging");
+  makeAndRead();
+  desk.childProcesses.uninstall(tool);
+  refresh();
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(
+      desk.journal.take(),
+      ElementsAre("loop: utility", "processes: 2 make", "processes: 2 executable /usr/bin/pmset",
+                  "processes: 2 arguments -g accps", "processes: 2 launch -> false", "loop: post",
+                  "monitor: will change at 45 charging", "monitor: will change at none charging",
+                  "monitor: completion at none"));
+}
+
+TEST_F(BatteryMonitorTest, NothingIsEverLogged) {
+  desk.setBattery(45);
+  makeAndRead();
+  desk.childProcesses.uninstall(tool);
+  refresh();
+  desk.advance(120s);
+  EXPECT_THAT(desk.log.records(), IsEmpty());
+}
+
+// Polling
+
+TEST_F(BatteryMonitorTest, ReadsAgainEvery60Seconds) {
+  makeAndRead();
+  desk.advance(59'999'999'999ns);
+  EXPECT_THAT(desk.journal.take(), IsEmpty());
+  desk.advance(1ns);
+  EXPECT_THAT(desk.journal.take("loop"), ElementsAre("utility", "post"));
+  desk.advance(180s);
+  EXPECT_THAT(desk.journal.take("loop"),
+              ElementsAre("utility", "post", "utility", "post", "utility", "post"));
+}
+
+TEST_F(BatteryMonitorTest, PollingCallsNoCompletion) {
+  makeAndRead();
+  refresh();
+  desk.advance(60s);
+  Lines heard = desk.journal.take("monitor");
+  EXPECT_EQ(std::count(heard.begin(), heard.end(), "completion at none"), 1);
+}
+
+// Readings side by side
+
+TEST_F(BatteryMonitorTest, OverlappingReadingsAreNotMerged) {
+  makeAndRead();
+  desk.loop.setUtilityLatency(90s);
+  refresh();
+  desk.advance(60s);
+  EXPECT_EQ(desk.loop.waitingUtilityBlocks(), 2U);
+  desk.advance(100s);
+  EXPECT_THAT(desk.journal.take("processes"),
+              testing::IsSupersetOf({"2 launch -> true", "3 launch -> true"}));
+}
+
+TEST_F(BatteryMonitorTest, LastReadingToEndWins) {
+  makeAndRead();
+  desk.loop.holdUtilityQueue();
+  refresh();
+  refresh();
+  desk.setBattery(20);
+  desk.loop.releaseUtilityBlock(1);
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(monitor->level(), 20);
+  desk.setBattery(10);
+  desk.loop.releaseUtilityBlock(0);
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(monitor->level(), 10);
+  EXPECT_THAT(desk.journal.take("monitor"),
+              testing::IsSupersetOf({"completion at 20", "completion at 10"}));
+}
+
+TEST_F(BatteryMonitorTest, CompletionMayStartTheNextReading) {
+  makeAndRead();
+  desk.setBattery(20);
+  int completions = 0;
+  monitor->refresh([&] {
+    ++completions;
+    monitor->refresh([&] { ++completions; });
+  });
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(completions, 2);
+}
+
+// The end
+
+TEST_F(BatteryMonitorTest, ReleasedBeforeTheReadingItIsReadInVain) {
+  make();
+  refresh();
+  const std::weak_ptr<BatteryMonitor> alive = monitor;
+  desk.journal.take();
+  release();
+  // The readings under way keep it.
+  EXPECT_FALSE(alive.expired());
+  desk.loop.runUntilIdle();
+  EXPECT_TRUE(alive.expired());
+  EXPECT_THAT(desk.journal.take("processes"), testing::IsSupersetOf({"1 wait", "2 wait"}));
+  EXPECT_THAT(desk.journal.take("monitor"), IsEmpty());
+}
+
+TEST_F(BatteryMonitorTest, ReleasedDuringTheReadingItGoesWithTheBackgroundStep) {
+  makeAndRead();
+  const std::weak_ptr<BatteryMonitor> alive = monitor;
+  bool aliveInside = false;
+  desk.childProcesses.install(tool, [&](const auto&) {
+    release();
+    aliveInside = !alive.expired();
+    return std::optional<std::string>("Jabra 45%; charging");
+  });
+  refresh();
+  desk.loop.holdUtilityQueue();
+  desk.loop.releaseUtilityBlock();
+  EXPECT_TRUE(aliveInside);
+  // Gone before the main thread gets to publish.
+  EXPECT_TRUE(alive.expired());
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take("monitor"), IsEmpty());
+}
+
+TEST_F(BatteryMonitorTest, ReleasedAfterTheReadingItIsNotPublished) {
+  makeAndRead();
+  const std::weak_ptr<BatteryMonitor> alive = monitor;
+  refresh();
+  desk.loop.holdUtilityQueue();
+  desk.loop.releaseUtilityBlock();
+  release();
+  // The step that would publish does not keep it.
+  EXPECT_TRUE(alive.expired());
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take("monitor"), IsEmpty());
+}
+
+TEST_F(BatteryMonitorTest, ReleasedInTheCompletionItStaysUntilItsEnd) {
+  makeAndRead();
+  const std::weak_ptr<BatteryMonitor> alive = monitor;
+  bool aliveInside = false;
+  monitor->refresh([&] {
+    release();
+    aliveInside = !alive.expired();
+  });
+  desk.loop.runUntilIdle();
+  EXPECT_TRUE(aliveInside);
+  EXPECT_TRUE(alive.expired());
+}
+
+TEST_F(BatteryMonitorTest, WhatTheCompletionHoldsIsReleased) {
+  const auto held = std::make_shared<int>();
+  makeAndRead();
+  monitor->refresh([held] {});
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(held.use_count(), 1);
+  monitor->refresh([held] {});
+  release();
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST_F(BatteryMonitorTest, TimerOfAMonitorThatIsGoneStartsNoReading) {
+  makeAndRead();
+  release();
+  desk.advance(300s);
+  EXPECT_THAT(desk.journal.take(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace hushbox
