@@ -1,5 +1,9 @@
 #include "rehearsal/AudioServer.h"
 
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -28,6 +32,18 @@ void forgetVolumes(const Session& session) {
   std::filesystem::create_directories(folder);
   std::ofstream(folder / "45-forget-volumes.lua")
       << "stream_defaults.properties[\"restore-props\"] = false\n";
+}
+
+/// A killed server leaves its socket's file behind: only connecting tells whether one is there.
+bool isListening(const std::filesystem::path& socketFile) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  socketFile.string().copy(address.sun_path, sizeof address.sun_path - 1);
+  const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const bool connected =
+      connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  close(descriptor);
+  return connected;
 }
 
 std::string socketPath(const Session& session) {
@@ -76,8 +92,7 @@ void AudioServer::startPipeWire() {
   forgetVolumes(session_);
   processes_.push_back(session_.start("pipewire.log", {"pipewire"}));
   const std::filesystem::path socket = session_.runtimeFolder() / "pipewire-0";
-  processes_.back()->waitUntilReady([&] { return std::filesystem::exists(socket); },
-                                    "PipeWire's socket");
+  processes_.back()->waitUntilReady([&] { return isListening(socket); }, "PipeWire's socket");
   processes_.push_back(session_.start("wireplumber.log", {"wireplumber"}));
   processes_.push_back(session_.start("pipewire-pulse.log", {"pipewire-pulse"}));
 }
