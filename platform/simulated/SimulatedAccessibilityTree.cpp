@@ -153,7 +153,8 @@ AccessibilityError SimulatedAccessibilityTree::setMessagingTimeout(
   const Target target = resolve(element);
   AccessibilityError error = accessibility::invalidElement;
   if (target.element) {
-    find(target.processIdentifier)->timeout = TimeInterval(seconds);
+    auto& timeout = find(target.processIdentifier)->timeout;
+    timeout = seconds > 0 ? std::optional(TimeInterval(seconds)) : std::nullopt;
     error = accessibility::success;
   }
   journal_.add(part, "timeout ", target.name, ": ", seconds, " s -> ", error);

@@ -138,7 +138,7 @@ void SimulatedAudioHardware::setRunning(AudioObjectID id, bool running) {
 void SimulatedAudioHardware::announce(AudioObjectID object, const AudioPropertyAddress& address) {
   for (const ListenerRef& listener : listeners_) {
     if (listener->object != object || listener->address != address) continue;
-    loop_.after(announcementDelay_, [this, listener] {
+    loop_.deliver(announcementDelay_, [this, listener] {
       if (deliversAfterRemoval_ || isInPlace(listener)) listener->call();
     });
   }

@@ -10,6 +10,12 @@ namespace {
 
 constexpr const char* powerManagementTool = "/usr/bin/pmset";
 
+void expectUnchanged(std::size_t before, std::size_t after, const std::string& what) {
+  if (after == before) return;
+  reportViolation("After everything was let go of there was " + what + ": " +
+                  std::to_string(before) + " before, " + std::to_string(after) + " now.");
+}
+
 }  // namespace
 
 SimulatedDesk::SimulatedDesk() : subscribersAtOpening_(ChangePublisher::subscriberCount()) {
@@ -43,28 +49,30 @@ void SimulatedDesk::close() {
 }
 
 void SimulatedDesk::checkThatNothingHappens() {
-  const auto expectUnchanged = [](std::size_t before, std::size_t after, const std::string& what) {
-    if (after == before) return;
-    reportViolation("After everything was let go of there was " + what + ": " +
-                    std::to_string(before) + " before, " + std::to_string(after) + " now.");
-  };
-
   const std::size_t announcements = ChangePublisher::announcementCount();
   while (loop.releaseUtilityBlock()) {
   }
-
-  const std::size_t callsButLogging = journal.callCount() - journal.callCount("log");
-  notifications.answerWaiting();
-  expectUnchanged(callsButLogging, journal.callCount() - journal.callCount("log"),
-                  "a call to the platform from a completion");
-
-  const std::size_t calls = journal.callCount();
-  audio.fireListenersOnce();
-  loop.fireEverythingOnce();
-  expectUnchanged(calls, journal.callCount(), "a call to the platform");
-
+  expectNoCalls("from a completion", "log", [this] { notifications.answerWaiting(); });
+  expectNoCalls("from a menu", "loop", [this] {
+    menuBar.chooseEveryRow();
+    menuBar.drawing();
+  });
+  expectNoCalls("from a listener", "", [this] { audio.fireListenersOnce(); });
+  expectNoCalls("from the main loop", "", [this] { loop.fireEverythingOnce(); });
   expectUnchanged(announcements, ChangePublisher::announcementCount(), "an announcement");
   expectUnchanged(subscribersAtOpening_, ChangePublisher::subscriberCount(), "a subscriber");
+}
+
+void SimulatedDesk::expectNoCalls(const std::string& whence, std::string_view exempt,
+                                  const std::function<void()>& action) {
+  const auto count = [&] { return journal.callCount() - journal.callCount(exempt); };
+  const std::size_t before = count();
+  const std::size_t linesBefore = journal.lines().size();
+  action();
+  const Lines lines = journal.lines();
+  const std::string last =
+      lines.size() > linesBefore ? " (the last one was " + lines.back() + ")" : "";
+  expectUnchanged(before, count(), "a call to the platform " + whence + last);
 }
 
 }  // namespace hushbox

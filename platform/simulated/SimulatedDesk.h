@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/Platform.h"
 #include "platform/simulated/Journal.h"
@@ -23,8 +25,8 @@ namespace hushbox {
 /// A whole desk in memory, in scope as the platform for its own lifetime.
 ///
 /// At its end everything that is still in place (timers, listeners, delayed items, posted blocks,
-/// completions) is fired once, and nothing must happen then: whatever was built on the desk has to
-/// be gone by that time.
+/// completions, menu rows) is fired once, and nothing must happen then: whatever was built on the
+/// desk has to be gone by that time.
 class SimulatedDesk {
  public:
   SimulatedDesk();
@@ -66,6 +68,9 @@ class SimulatedDesk {
 
  private:
   void checkThatNothingHappens();
+  /// `exempt` is the part of the journal whose calls are allowed.
+  void expectNoCalls(const std::string& whence, std::string_view exempt,
+                     const std::function<void()>& action);
 
   std::size_t subscribersAtOpening_;
   std::optional<PlatformScope> scope_;

@@ -12,10 +12,13 @@ namespace hushbox {
 namespace {
 
 /// More turns than this without the clock moving on is a loop that never comes to rest.
-constexpr int turnsPerInstant = 1'000'000;
+constexpr int turnsPerInstant = 100'000;
 
 /// What the platforms make of a timer interval of zero or less.
 constexpr TimeInterval shortestInterval{0.0001};
+
+/// An application that has not been asked to end after so long never will be.
+constexpr std::chrono::hours longestRun{24 * 30};
 
 constexpr TimeInterval longestDelay{std::chrono::hours{24 * 365 * 100}};
 
@@ -38,15 +41,15 @@ Instant SimulatedMainLoop::later(TimeInterval interval) const {
   return now_ + wholeNanoseconds(interval);
 }
 
-void SimulatedMainLoop::enqueue(Instant due, std::function<void()> event) {
+void SimulatedMainLoop::enqueue(Instant due, std::function<void()> run, bool ofSurroundings) {
   const std::uint64_t tie = shuffle_ ? (*shuffle_)() : 0;
-  events_.emplace(Deadline{due, tie, sequence_++}, std::move(event));
+  events_.emplace(Deadline{due, tie, sequence_++}, Event{std::move(run), ofSurroundings});
 }
 
 void SimulatedMainLoop::runNext() {
   auto next = events_.extract(events_.begin());
   now_ = std::max(now_, next.key().due);
-  next.mapped()();
+  next.mapped().run();
 }
 
 void SimulatedMainLoop::advance(TimeInterval interval) {
@@ -82,9 +85,10 @@ int SimulatedMainLoop::run() {
   journal_.add("loop", "run");
   if (std::exchange(running_, true))
     reportViolation("The main loop was run from one of its blocks.");
+  const Instant end = now_ + longestRun;
   while (!terminated_) {
-    if (events_.empty()) {
-      reportViolation("The main loop runs with nothing in place that could ever end it.");
+    if (events_.empty() || now_ > end) {
+      reportViolation("The application runs and nothing in place ever ends it.");
       break;
     }
     runNext();
@@ -177,7 +181,11 @@ void SimulatedMainLoop::resumeUtilityQueue() {
 }
 
 void SimulatedMainLoop::after(TimeInterval delay, std::function<void()> event) {
-  enqueue(later(delay), std::move(event));
+  enqueue(later(delay), std::move(event), /*ofSurroundings=*/true);
+}
+
+void SimulatedMainLoop::deliver(TimeInterval delay, std::function<void()> callback) {
+  enqueue(later(delay), std::move(callback));
 }
 
 void SimulatedMainLoop::runInBackground(std::function<void()> block) {
@@ -195,8 +203,9 @@ void SimulatedMainLoop::requireMainThread(std::string_view operation) const {
 void SimulatedMainLoop::fireEverythingOnce() {
   for (auto pending = std::exchange(events_, {}); !pending.empty();) {
     auto next = pending.extract(pending.begin());
+    if (next.mapped().ofSurroundings) continue;
     now_ = std::max(now_, next.key().due);
-    next.mapped()();
+    next.mapped().run();
   }
 }
 

@@ -61,6 +61,9 @@ class SimulatedMainLoop final : public MainLoop {
   /// Something that the surroundings do by themselves after so long. Neither journaled nor counted.
   void after(TimeInterval delay, std::function<void()> event);
 
+  /// The same for a callback into the program, which is still owed when everything else has ended.
+  void deliver(TimeInterval delay, std::function<void()> callback);
+
   /// Runs and destroys `block` as if on another thread.
   void runInBackground(std::function<void()> block);
 
@@ -69,8 +72,9 @@ class SimulatedMainLoop final : public MainLoop {
 
   bool terminated() const { return terminated_; }
 
-  /// Runs every timer, delayed item, event and posted block that is in place, each once and at its
-  /// time at the earliest, but nothing of what they put in place anew.
+  /// Runs every timer, delayed item, posted block and callback that is in place, each once and at
+  /// its time at the earliest, but nothing of what they put in place anew. Events of the
+  /// surroundings are dropped.
   void fireEverythingOnce();
 
   Instant now() const override;
@@ -92,9 +96,13 @@ class SimulatedMainLoop final : public MainLoop {
     std::uint64_t sequence;
     auto operator<=>(const Deadline&) const = default;
   };
+  struct Event {
+    std::function<void()> run;
+    bool ofSurroundings = false;
+  };
   using UtilityBlock = std::shared_ptr<std::function<void()>>;
 
-  void enqueue(Instant due, std::function<void()> event);
+  void enqueue(Instant due, std::function<void()> run, bool ofSurroundings = false);
   void arm(const std::shared_ptr<Timer>& timer);
   void runNext();
   void runNextPosted();
@@ -107,7 +115,7 @@ class SimulatedMainLoop final : public MainLoop {
   bool onMainThread_ = true;
   bool running_ = false;
   bool terminated_ = false;
-  std::map<Deadline, std::function<void()>> events_;
+  std::map<Deadline, Event> events_;
   std::uint64_t sequence_ = 0;
   std::optional<std::mt19937_64> shuffle_;
   std::deque<std::function<void()>> posted_;

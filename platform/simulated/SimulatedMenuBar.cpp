@@ -42,6 +42,12 @@ bool SimulatedMenuBar::choose(std::string_view text) {
   return true;
 }
 
+void SimulatedMenuBar::chooseEveryRow() {
+  for (const MenuRow& row : std::vector(rows_)) {
+    if (row.action) row.action();
+  }
+}
+
 void SimulatedMenuBar::setIcon(const Image& icon, const std::string& description) {
   loop_.requireMainThread("setIcon");
   journal_.add("menu", "icon \"", description, '"');

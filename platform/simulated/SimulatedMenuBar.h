@@ -34,6 +34,8 @@ class SimulatedMenuBar final : public MenuBar {
 
   /// The user chooses the first row with that text. False when there is none that can be chosen.
   bool choose(std::string_view text);
+  /// Runs the action of every row, whether or not a user could choose it.
+  void chooseEveryRow();
 
   void setIcon(const Image& icon, const std::string& description) override;
   void setRows(std::vector<MenuRow> rows) override;

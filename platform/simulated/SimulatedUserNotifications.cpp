@@ -20,7 +20,7 @@ void SimulatedUserNotifications::answer(std::function<void()> completion) {
     return;
   }
   waiting_.push_back(std::move(completion));
-  if (when_ == Answers::later) loop_.after(delay_, [this] { answerNext(); });
+  if (when_ == Answers::later) loop_.deliver(delay_, [this] { answerNext(); });
 }
 
 void SimulatedUserNotifications::answerNext() {
