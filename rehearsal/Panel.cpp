@@ -21,6 +21,10 @@ constexpr int leastItemWidth = 16;
 /// Above the first and below the last row of a menu, in the toolkit's own theme.
 constexpr int menuPadding = 4;
 constexpr int separatorHeight = 1;
+/// Close enough together that a row more or less cannot be taken for rows of another height.
+constexpr int leastRowHeight = 22;
+constexpr int mostRowHeight = 28;
+constexpr int panelHeight = 30;
 
 constexpr const char* configuration = R"(<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xfce4-panel" version="1.0">
@@ -107,16 +111,44 @@ Panel::Area Panel::waitForItem() const {
 
 Panel::Area Panel::openMenu() {
   const Area item = waitForItem();
-  click(item.x + item.width / 2, item.y + item.height / 2);
-  waitUntil([&] { return menu().has_value(); }, patience, "the item's menu");
-  return *menu();
+  // A panel that has not read the menu yet has nothing to open; a person would click again.
+  waitUntil(
+      [&] {
+        movePointerAway();
+        click(item.x + item.width / 2, item.y + item.height / 2);
+        return holdsWithin([&] { return menu().has_value(); }, Milliseconds{1000});
+      },
+      patience, "the item's menu");
+  return waitForMenu();
 }
 
 std::optional<Panel::Area> Panel::menu() const {
-  // Below the panel; a tool tip would be there too, but is only as high as a row or two.
+  // Right below the panel, where no tool tip is.
   for (const Area& area : windows())
-    if (area.y > 0 && area.height > 60) return area;
+    if (area.y > 0 && area.y <= panelHeight + 2) return area;
   return std::nullopt;
+}
+
+Panel::Area Panel::waitForMenu() const {
+  waitUntil([&] { return rowHeight(rows()).has_value(); }, patience, "a menu with all rows");
+  return *menu();
+}
+
+int Panel::separatorsIn(const std::vector<Row>& rows, std::size_t count) {
+  return static_cast<int>(std::count_if(rows.begin(),
+                                        rows.begin() + static_cast<std::ptrdiff_t>(count),
+                                        [](const Row& row) { return row.separator; }));
+}
+
+std::optional<int> Panel::rowHeight(const std::vector<Row>& rows) const {
+  const std::optional<Area> area = menu();
+  const int separators = separatorsIn(rows, rows.size());
+  const int others = static_cast<int>(rows.size()) - separators;
+  if (!area || others == 0) return std::nullopt;
+  const int together = area->height - 2 * menuPadding - separators * separatorHeight;
+  const int height = together / others;
+  const bool fits = together % others == 0 && height >= leastRowHeight && height <= mostRowHeight;
+  return fits ? std::optional(height) : std::nullopt;
 }
 
 std::vector<Panel::Row> Panel::rows() const {
@@ -148,22 +180,16 @@ std::vector<Panel::Row> Panel::rows() const {
 }
 
 void Panel::clickRow(const std::string& text) {
-  const std::optional<Area> area = menu();
-  if (!area) throw DeskError("no menu is open");
+  const Area area = waitForMenu();
   const std::vector<Row> all = rows();
   const auto wanted = std::ranges::find(all, text, &Row::text);
   if (wanted == all.end()) throw DeskError("the menu has no row \"" + text + "\"");
-  const auto separators = [](auto first, auto last) {
-    return static_cast<int>(std::count_if(first, last, [](const Row& r) { return r.separator; }));
-  };
-  const int separatorsIn = separators(all.begin(), all.end());
-  const int separatorsAbove = separators(all.begin(), wanted);
-  const int rowsIn = static_cast<int>(all.size()) - separatorsIn;
-  const int rowsAbove = static_cast<int>(wanted - all.begin()) - separatorsAbove;
-  const int rowHeights = area->height - 2 * menuPadding - separatorsIn * separatorHeight;
-  const int middle = menuPadding + separatorsAbove * separatorHeight +
-                     (2 * rowsAbove + 1) * rowHeights / (2 * rowsIn);
-  click(area->x + area->width / 2, area->y + middle);
+  const auto index = static_cast<std::size_t>(wanted - all.begin());
+  const int separators = separatorsIn(all, index);
+  const int others = static_cast<int>(index) - separators;
+  const int height = rowHeight(all).value_or(leastRowHeight);
+  const int top = menuPadding + separators * separatorHeight + others * height;
+  click(area.x + area.width / 2, area.y + top + height / 2);
 }
 
 void Panel::closeMenu() {

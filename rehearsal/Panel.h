@@ -41,10 +41,13 @@ class Panel {
   /// Waits until the item is shown and returns where. Throws DeskError at the deadline.
   Area waitForItem() const;
 
-  /// Clicks on the item, waits for its menu and returns where that is.
+  /// Clicks on the item and waits for its menu, like waitForMenu().
   Area openMenu();
   /// Where the open menu is; nothing when none is open.
   std::optional<Area> menu() const;
+  /// Waits until the open menu is as high as the item's present rows make it, and returns where it
+  /// is: a panel learns of new rows in its own time. Throws DeskError at the deadline.
+  Area waitForMenu() const;
   /// Clicks in the open menu on the row with that text, reckoning its place from the heights: all
   /// rows are equally high, and separators a pixel. Throws DeskError when there is no such row.
   void clickRow(const std::string& text);
@@ -61,9 +64,12 @@ class Panel {
     std::string text;
     bool separator = false;
   };
+  static int separatorsIn(const std::vector<Row>& rows, std::size_t count);
 
   void configure(Session& session) const;
   std::vector<Row> rows() const;
+  /// The height of one row of the open menu; nothing when it has other rows than those.
+  std::optional<int> rowHeight(const std::vector<Row>& rows) const;
   std::vector<Area> windows() const;
   void click(int x, int y) const;
   std::string run(std::vector<std::string> command) const;

@@ -37,12 +37,12 @@ class Pairing {
   std::vector<std::int32_t> keptIds() {
     std::vector<std::int32_t> ids(after_.size());
     for (std::size_t i = 0, j = 0; i < before_.size() && j < after_.size();) {
-      if (best(i, j) == best(i, j + 1)) {
-        ++j;
-      } else if (best(i, j) == best(i + 1, j)) {
-        ++i;
-      } else {
+      if (isSameRow(before_[i].row, after_[j]) && best(i, j) == paired(i, j)) {
         ids[j++] = before_[i++].id;
+      } else if (best(i, j) == best(i, j + 1)) {
+        ++j;
+      } else {
+        ++i;
       }
     }
     return ids;
