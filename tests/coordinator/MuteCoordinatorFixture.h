@@ -1,0 +1,70 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "coordinator/MuteCoordinator.h"
+#include "platform/simulated/SimulatedDesk.h"
+
+namespace hushbox {
+
+/// A coordinator on the simulated desk, made when the clock shows 0 s: it polls at 1 s, 2 s, ...
+/// Its announcements are journaled among the platform's calls, as "coordinator: will change".
+class MuteCoordinatorFixture : public testing::Test {
+ protected:
+  void start() {
+    coordinator = std::make_unique<MuteCoordinator>();
+    subscription = coordinator->objectWillChange.subscribe(
+        [this] { desk.journal.add("coordinator", "will change"); });
+  }
+
+  /// The same with the speakerphone plugged in, and forgets how it came about.
+  void startWithSpeakerphone(float volume = 0.8F) {
+    speakerphone = desk.plugSpeakerphone(volume);
+    start();
+    desk.loop.runUntilIdle();
+    desk.journal.take();
+  }
+
+  void release() {
+    subscription = {};
+    coordinator.reset();
+  }
+
+  void setInCall(bool inCall) {
+    desk.audio.setRunning(speakerphone, inCall);
+    desk.loop.runUntilIdle();
+  }
+
+  void setVolume(float volume) {
+    desk.audio.setInputVolume(speakerphone, volume);
+    desk.loop.runUntilIdle();
+  }
+
+  /// What was shown of the kind of press: the volume as a press that means this leaves it.
+  void press(ButtonEvent event) {
+    if (event == ButtonEvent::unmuted) {
+      setVolume(0.8F);
+      return;
+    }
+    setVolume(0);
+    if (event == ButtonEvent::toggled) setVolume(0.8F);
+    desk.advance(std::chrono::milliseconds{300});
+  }
+
+  std::size_t takeAnnouncements() { return desk.journal.take("coordinator").size(); }
+
+  /// How often Teams was looked for since it was asked last.
+  std::size_t takeTeamsCalls() { return desk.journal.take("workspace").size(); }
+
+  TimeInterval now() const { return desk.loop.now().time_since_epoch(); }
+
+  SimulatedDesk desk;
+  AudioObjectID speakerphone = 0;
+  std::unique_ptr<MuteCoordinator> coordinator;
+  Subscription subscription;
+};
+
+}  // namespace hushbox
