@@ -93,6 +93,9 @@ class Call {
     return "Hushbox: " + hushbox_->waitForLog("Jabra input not present");
   }
 
+  /// What Hushbox has logged, for when a step has failed.
+  std::string log() const { return hushbox_ ? hushbox_->log() : std::string(); }
+
   std::string quit() {
     const int status = hushbox_->quit();
     if (status != 0) throw DeskError("Hushbox ended with " + std::to_string(status));
@@ -146,6 +149,7 @@ int playCall(const std::string& program) {
   play.step("The call ends", [&] { return call->hangUp(); });
   play.step("The speakerphone is unplugged", [&] { return call->unplug(); });
   play.step("Hushbox is asked to quit", [&] { return call->quit(); });
+  if (play.failed() > 0 && call) std::printf("Hushbox logged:\n%s", call->log().c_str());
   std::printf("%d steps went well, %d did not.\n", play.succeeded(), play.failed());
   return play.failed() == 0 ? 0 : 1;
 }

@@ -78,8 +78,13 @@ bool AtspiTeams::isRunning() {
 void AtspiTeams::search() {
   if (std::exchange(searched_, true) || !bus_.connect()) return;
   forgetAfterReconnection();
-  meetPrograms();
+  const bool metBrowser = meetPrograms();
+  const auto end = steady_clock::now() + wakingWait;
   surfaces_ = confirmed(findSurfaces());
+  while (metBrowser && surfaces_.empty() && steady_clock::now() < end) {
+    std::this_thread::sleep_for(milliseconds{20});
+    surfaces_ = confirmed(findSurfaces());
+  }
   std::stable_sort(surfaces_.begin(), surfaces_.end(), [](const auto& one, const auto& other) {
     return one->evidence < other->evidence;
   });
@@ -108,11 +113,11 @@ void AtspiTeams::forgetAfterReconnection() {
   surfaces_.clear();
 }
 
-void AtspiTeams::meetPrograms() {
+bool AtspiTeams::meetPrograms() {
   const AtspiObject registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
   const AtspiReply reply =
       bus_.ask({registry, accessible, "GetChildren", "(a(so))", timeout_, nullptr});
-  if (!reply) return;
+  if (!reply) return false;
   const auto roots = atspi_value::objects(reply.value.get(), {}, mostPrograms);
   std::set<std::string_view> present;
   for (const AtspiObject& root : roots) present.insert(root.busName);
@@ -120,10 +125,10 @@ void AtspiTeams::meetPrograms() {
   std::vector<AtspiObject> strangers;
   for (const AtspiObject& root : roots)
     if (programs_.count(root.busName) == 0) strangers.push_back(root);
-  identify(strangers);
+  return identify(strangers);
 }
 
-void AtspiTeams::identify(const std::vector<AtspiObject>& roots) {
+bool AtspiTeams::identify(const std::vector<AtspiObject>& roots) {
   const AtspiObject busDaemon{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
   std::vector<AtspiCall> calls;
   for (const AtspiObject& root : roots) {
@@ -133,6 +138,7 @@ void AtspiTeams::identify(const std::vector<AtspiObject>& roots) {
     calls.push_back(property(root, "org.a11y.atspi.Application", "ToolkitName", strangerWait));
   }
   const auto replies = bus_.ask(std::move(calls));
+  bool metBrowser = false;
   for (std::size_t i = 0; i < roots.size(); ++i) {
     const AtspiReply& process = replies[3 * i];
     const AtspiReply& name = replies[3 * i + 1];
@@ -147,21 +153,45 @@ void AtspiTeams::identify(const std::vector<AtspiObject>& roots) {
     const std::string builtOn = toolkit ? atspi_value::text(toolkit.value.get()) : std::string();
     program.labelsLag = builtOn == "Chromium";
     program.isBrowser = program.labelsLag || builtOn == "Gecko" || builtOn.starts_with("WebKit");
+    metBrowser |= program.isBrowser;
     programs_.emplace(roots[i].busName, std::move(program));
   }
+  return metBrowser;
+}
+
+std::vector<AtspiReply> AtspiTeams::askForDocuments(const std::vector<Program*>& asked) {
+  const auto documentsOf = [this](const Program& program) {
+    const milliseconds wait = isKnown(program.root.busName) ? timeout_ : strangerWait;
+    return AtspiCall{program.root, "org.a11y.atspi.Collection", "GetMatches", "(a(so))", wait,
+                     atspi_value::matchRoles({atspi_role::documentWeb}, mostDocuments)};
+  };
+  std::vector<AtspiCall> calls;
+  for (const Program* program : asked) calls.push_back(documentsOf(*program));
+  for (const Program* program : asked) {
+    if (!program->labelsLag) continue;
+    calls.push_back(
+        {program->root, accessible, "GetAttributes", "(a{ss})", strangerWait, nullptr});
+  }
+  auto replies = bus_.ask(std::move(calls));
+  const auto limit = steady_clock::now() + treeWait;
+  for (std::size_t i = 0; i < asked.size(); ++i) {
+    if (!asked[i]->labelsLag || std::exchange(asked[i]->treeAwaited, true)) continue;
+    while (replies[i] && steady_clock::now() < limit &&
+           atspi_value::objects(replies[i].value.get(), asked[i]->root.busName, mostDocuments)
+               .empty()) {
+      std::this_thread::sleep_for(milliseconds{5});
+      replies[i] = bus_.ask(documentsOf(*asked[i]));
+    }
+  }
+  return replies;
 }
 
 std::vector<AtspiSurfaceRef> AtspiTeams::findSurfaces() {
-  std::vector<const Program*> asked;
-  std::vector<AtspiCall> calls;
-  for (const auto& [busName, program] : programs_) {
-    if (!program.isBrowser && !program.isClient) continue;
-    asked.push_back(&program);
-    calls.push_back({program.root, "org.a11y.atspi.Collection", "GetMatches", "(a(so))",
-                     isKnown(busName) ? timeout_ : strangerWait,
-                     atspi_value::matchRoles({atspi_role::documentWeb}, mostDocuments)});
+  std::vector<Program*> asked;
+  for (auto& [busName, program] : programs_) {
+    if (program.isBrowser || program.isClient) asked.push_back(&program);
   }
-  const auto replies = bus_.ask(std::move(calls));
+  const auto replies = askForDocuments(asked);
   std::vector<AtspiSurfaceRef> found;
   for (std::size_t i = 0; i < asked.size(); ++i) {
     const Program& program = *asked[i];
