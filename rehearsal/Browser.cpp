@@ -30,9 +30,8 @@ Browser::Browser(const Session& session, const Options& options)
     throw DeskError("a browser with windows needs a display");
   }
   std::vector<std::string> command = commandLine();
-  // Up without a window, and still up after its last one: the desk opens and closes meetings.
-  command.insert(command.end(),
-                 {"--remote-debugging-pipe", "--no-startup-window", "--keep-alive-for-test"});
+  // The pipe keeps it up without a window too: the desk opens and closes meetings.
+  command.insert(command.end(), {"--remote-debugging-pipe", "--no-startup-window"});
   process_ = std::make_unique<ServerProcess>(
       ServerProcess::Launch{std::move(command),
                             session.environment(),

@@ -1,5 +1,6 @@
 #include "rehearsal/Browser.h"
 
+#include <glib.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -122,9 +123,16 @@ TEST_F(BrowserTest, WhatOnlyADisplayCanDoIsRefusedWithASentence) {
   EXPECT_THROW(desk_->audio(), DeskError);
 }
 
-TEST_F(BrowserTest, ACrashOfTheBrowserIsNoticed) {
+TEST_F(BrowserTest, ACrashInTheMiddleOfAnAnswerIsNoticedAtOnce) {
   MeetingPage meeting(desk_->browser());
-  desk_->browser().kill();
+  const auto crash = [](gpointer browser) -> gboolean {
+    static_cast<Browser*>(browser)->kill();
+    return G_SOURCE_REMOVE;
+  };
+  g_timeout_add(50, crash, &desk_->browser());
+  const auto before = std::chrono::steady_clock::now();
+  EXPECT_THROW(meeting.page().evaluate("new Promise(() => {})"), DeskError);
+  EXPECT_LT(std::chrono::steady_clock::now() - before, patience);
   EXPECT_FALSE(desk_->browser().isRunning());
   EXPECT_THROW(meeting.isMuted(), DeskError);
   TearDownTestSuite();

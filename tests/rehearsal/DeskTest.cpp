@@ -56,6 +56,19 @@ TEST(Desk, LeavesNoProcessNoFolderAndNoVariableBehind) {
   EXPECT_EQ(variable("DBUS_SESSION_BUS_ADDRESS"), bus);
 }
 
+TEST(Session, EndsEvenWhatHasLeftItsProcessGroup) {
+  std::vector<pid_t> strays;
+  {
+    const Session session;
+    const std::size_t before = session.processes().size();
+    const auto launcher = session.start("stray.log", {"setsid", "--fork", "sleep", "1000"});
+    waitUntil([&] { return !launcher->isRunning() && session.processes().size() > before; },
+              patience, "a stray");
+    strays = session.processes();
+  }
+  for (const pid_t stray : strays) EXPECT_TRUE(isGone(stray)) << stray;
+}
+
 TEST(Desk, SeveralFollowOneAnotherInOneProcess) {
   for (const bool speakerphone : {true, false, true}) {
     Desk::Options options;

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "rehearsal/BusConnection.h"
 #include "rehearsal/DeskError.h"
 #include "rehearsal/NotificationMonitor.h"
@@ -28,9 +30,12 @@ TEST(SilentNotificationDaemon, SwallowsEveryCallAndTheMonitorSawItAsked) {
   const NotificationMonitor monitor(session.busAddress());
   const SilentNotificationDaemon silent(session.busAddress());
   const BusConnection bus(session.busAddress());
+  const auto before = std::chrono::steady_clock::now();
   EXPECT_THROW(notify(bus, "Low battery", Milliseconds{100}), DeskError);
+  EXPECT_GE(std::chrono::steady_clock::now() - before, Milliseconds{100});
   EXPECT_EQ(silent.calls(), 1);
   ASSERT_THAT(monitor.notifications(), SizeIs(1));
+  EXPECT_EQ(monitor.notifications()[0].error, "");
   EXPECT_EQ(monitor.notifications()[0].title, "Low battery");
   EXPECT_EQ(monitor.notifications()[0].body, "body");
   EXPECT_EQ(monitor.notifications()[0].application, "Hushbox");

@@ -58,10 +58,15 @@ TEST_F(ServerProcessTest, AFrozenProgramStandsStillUntilItIsThawed) {
   EXPECT_TRUE(server.isRunning());
   server.thaw();
   EXPECT_TRUE(holdsWithin([&] { return state(server.pid()) != 'T'; }, patience));
+}
 
+TEST_F(ServerProcessTest, AFrozenProgramThatIsStoppedCanStillSayGoodbye) {
+  ServerProcess server = start("trap 'echo bye; exit' TERM; echo up; while :; do sleep 0.01; done");
+  server.waitUntilReady([&] { return logText() == "up\n"; }, "its trap");
   server.freeze();
-  server.stop();
+  server.stop(patience);
   EXPECT_TRUE(isGone(server.pid()));
+  EXPECT_NE(logText().find("bye\n"), std::string::npos) << logText();
 }
 
 TEST_F(ServerProcessTest, AProgramThatEndsInsteadOfComingUpIsReportedWithItsLastWords) {
