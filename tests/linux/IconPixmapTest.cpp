@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <optional>
@@ -51,8 +52,8 @@ double luminance(const Pixel& pixel) {
 }
 
 double contrast(const Pixel& a, const Pixel& b) {
-  const auto [low, high] = std::minmax(luminance(a), luminance(b));
-  return (high + 0.05) / (low + 0.05);
+  const double one = luminance(a), other = luminance(b);
+  return (std::max(one, other) + 0.05) / (std::min(one, other) + 0.05);
 }
 
 constexpr Pixel whitePanel{255, 255, 255, 255};
