@@ -1,0 +1,75 @@
+// How many D-Bus calls one poll of Teams' mute state makes on a real browser, the button cached,
+// and how many the first look and a press make.
+
+#include <cstdio>
+#include <exception>
+#include <optional>
+
+#include "platform/Platform.h"
+#include "platform/linux/AtspiAccessibilityTree.h"
+#include "platform/linux/AutostartLoginItem.h"
+#include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/GLibMainLoop.h"
+#include "platform/linux/JournalLog.h"
+#include "platform/linux/PulseAudioHardware.h"
+#include "platform/linux/SessionLocale.h"
+#include "platform/linux/SpawnedChildProcesses.h"
+#include "platform/linux/StatusNotifierMenuBar.h"
+#include "rehearsal/Desk.h"
+#include "rehearsal/Waiting.h"
+#include "teams/TeamsUI.h"
+
+namespace hushbox {
+namespace {
+
+using rehearsal::Milliseconds;
+
+int measure() {
+  rehearsal::Desk desk;
+  rehearsal::MeetingPage meeting(desk.browser());
+  GLibMainLoop mainLoop;
+  JournalLog log;
+  PulseAudioHardware audio;
+  AtspiAccessibilityTree tree;
+  SpawnedChildProcesses childProcesses{ChildProcessRules{}};
+  DesktopNotifications notifications(mainLoop);
+  AutostartLoginItem loginItem(AutostartLoginItem::sessionFolder(),
+                               AutostartLoginItem::runningProgram());
+  StatusNotifierMenuBar menuBar(log);
+  SessionLocale locale;
+  const PlatformScope scope({mainLoop, audio, tree, tree.workspace(), childProcesses, notifications,
+                             loginItem, menuBar, log, locale});
+  const auto count = [&tree](auto operation) {
+    const auto before = tree.callCount();
+    operation();
+    return static_cast<unsigned long long>(tree.callCount() - before);
+  };
+  std::optional<bool> state;
+  std::printf("first look at Teams:        %3llu calls\n",
+              count([&] { state = TeamsUI::currentMuteState(); }));
+  if (state != std::optional(false)) {
+    std::fprintf(stderr, "Teams was not found.\n");
+    return 1;
+  }
+  unsigned long long most = 0;
+  for (int tick = 0; tick < 20; ++tick) {
+    rehearsal::letPass(Milliseconds{200});
+    most = std::max(most, count([] { TeamsUI::currentMuteState(); }));
+  }
+  std::printf("poll with cached button:    %3llu calls at most (limit 12)\n", most);
+  std::printf("press with cached button:   %3llu calls\n",
+              count([] { TeamsUI::setMuted(std::nullopt); }));
+  return most <= 12 ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace hushbox
+
+int main() {
+  try {
+    return hushbox::measure();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "poll_tick_calls: %s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+
+#include "coordinator/MuteCoordinator.h"
+#include "platform/simulated/SimulatedDesk.h"
+
+namespace hushbox {
+
+/// A call on the simulated desk, for pressing the speakerphone's button again and again.
+class PressCycle {
+ public:
+  PressCycle() {
+    desk_.journal.keepLines(false);
+    desk_.teams.joinMeeting();
+    device_ = desk_.plugSpeakerphone();
+    coordinator_.emplace();
+    desk_.audio.setRunning(device_, true);
+    desk_.advance(TimeInterval{1.5});
+  }
+
+  /// Mute and unmute, each with everything that follows: two presses of Teams' button.
+  void run() {
+    desk_.audio.setInputVolume(device_, 0.0F);
+    desk_.advance(TimeInterval{0.5});
+    desk_.audio.setInputVolume(device_, 0.8F);
+    desk_.advance(TimeInterval{0.5});
+  }
+
+  /// One second of a call in which nothing happens: one poll.
+  void idleSecond() { desk_.advance(TimeInterval{1.0}); }
+
+  std::size_t presses() const { return desk_.teams.pressCount(); }
+
+ private:
+  SimulatedDesk desk_;
+  AudioObjectID device_ = 0;
+  std::optional<MuteCoordinator> coordinator_;
+};
+
+}  // namespace hushbox

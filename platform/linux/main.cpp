@@ -1,0 +1,61 @@
+// Hushbox on the Linux desktop: puts the platform together and runs the application on it.
+
+#include <cstdio>
+#include <filesystem>
+
+#include "app/HushboxApp.h"
+#include "platform/Platform.h"
+#include "platform/linux/AtspiAccessibilityTree.h"
+#include "platform/linux/AutostartLoginItem.h"
+#include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/GLibMainLoop.h"
+#include "platform/linux/JournalLog.h"
+#include "platform/linux/PulseAudioHardware.h"
+#include "platform/linux/SessionLocale.h"
+#include "platform/linux/SingleInstance.h"
+#include "platform/linux/SpawnedChildProcesses.h"
+#include "platform/linux/StatusNotifierMenuBar.h"
+
+namespace hushbox {
+namespace {
+
+/// The program that prints the power report here: installed beside us, or as it was built.
+std::string powerReport() {
+  std::error_code error;
+  const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+  const auto built = self.parent_path() / "power-report" / "hushbox-power-report";
+  if (!error && std::filesystem::exists(built, error)) return built;
+  return HUSHBOX_LIBEXEC_DIR "/hushbox-power-report";
+}
+
+int run() {
+  const SingleInstance instance;
+  if (!instance.isFirst()) {
+    std::fprintf(stderr, "Hushbox is running in this session already.\n");
+    return 0;
+  }
+  GLibMainLoop mainLoop;
+  JournalLog log;
+  PulseAudioHardware audio;
+  AtspiAccessibilityTree accessibility;
+  SpawnedChildProcesses childProcesses({.standIns = {{"/usr/bin/pmset", powerReport()}}});
+  DesktopNotifications notifications(mainLoop);
+  AutostartLoginItem loginItem(AutostartLoginItem::sessionFolder(),
+                               AutostartLoginItem::runningProgram());
+  StatusNotifierMenuBar menuBar(log);
+  SessionLocale locale;
+  const PlatformScope scope({mainLoop, audio, accessibility, accessibility.workspace(),
+                             childProcesses, notifications, loginItem, menuBar, log, locale});
+  const int status = HushboxApp::main();
+  // A battery reading may be under way on another thread, which still needs the platform.
+  childProcesses.endAll();
+  mainLoop.finishUtilityWork();
+  return status;
+}
+
+}  // namespace
+}  // namespace hushbox
+
+int main() {
+  return hushbox::run();
+}
