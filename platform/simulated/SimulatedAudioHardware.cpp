@@ -79,7 +79,7 @@ void SimulatedAudioHardware::plugAs(AudioObjectID id, SimulatedDevice device,
   }
   nextID_ = std::max(nextID_, id + 1);
   const float volume = device.inputVolume.value_or(0);
-  devices_[id] = {std::move(device), volume};
+  devices_[id] = {std::move(device), volume > 0 ? volume : 1};
   const std::size_t at = std::min(place.value_or(order_.size()), order_.size());
   order_.insert(order_.begin() + static_cast<std::ptrdiff_t>(at), id);
   announce(audio::systemObject, audio::deviceList);

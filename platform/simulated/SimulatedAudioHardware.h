@@ -45,7 +45,8 @@ class SimulatedAudioHardware final : public AudioHardware {
 
   /// Another program, or the device itself, sets the input volume.
   void setInputVolume(AudioObjectID id, float volume);
-  /// The device's own mute button: drives the input volume to zero, and back the next time.
+  /// The device's own mute button: drives the input volume to zero, and the next time back to what
+  /// it was (to full volume if it was never above zero).
   void pressMuteButton(AudioObjectID id);
   /// Some process starts or stops using the device.
   void setRunning(AudioObjectID id, bool running);
@@ -87,7 +88,7 @@ class SimulatedAudioHardware final : public AudioHardware {
  private:
   struct Device {
     SimulatedDevice data;
-    float volumeBeforeMute = 0;
+    float volumeBeforeMute = 1;
   };
   struct Listener {
     AudioObjectID object;

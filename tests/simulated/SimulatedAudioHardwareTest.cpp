@@ -157,9 +157,9 @@ TEST_F(SimulatedAudioHardwareTest, IdentifiersAreNeverUsedTwiceUnlessInsistedOn)
   audio.unplug(first);
   const AudioObjectID second = plug();
   EXPECT_GT(second, first);
-  audio.plugAs(first, {.name = "Back again"});
-  EXPECT_THAT(audio.deviceList(), ElementsAre(second, first));
   audio.plugAs(90, {.name = "High"});
+  audio.plugAs(first, {.name = "Back again"});
+  EXPECT_THAT(audio.deviceList(), ElementsAre(second, 90U, first));
   EXPECT_EQ(plug(), 91U);
 }
 
@@ -202,6 +202,13 @@ TEST_F(SimulatedAudioHardwareTest, MuteButtonDrivesTheVolumeToZeroAndBack) {
   EXPECT_EQ(audio.inputVolume(device), 0.0F);
   audio.pressMuteButton(device);
   EXPECT_EQ(audio.inputVolume(device), 0.7F);
+  audio.setInputVolume(device, 0.4F);
+  audio.pressMuteButton(device);
+  audio.pressMuteButton(device);
+  EXPECT_EQ(audio.inputVolume(device), 0.4F);
+  const AudioObjectID silent = plug("Silent from the start", 0);
+  audio.pressMuteButton(silent);
+  EXPECT_EQ(audio.inputVolume(silent), 1.0F);
 }
 
 TEST_F(SimulatedAudioHardwareTest, HostPutsTheVolumeBackAfterItsDelay) {
