@@ -3,6 +3,9 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "platform/linux/AsyncCallback.h"
+#include "platform/linux/SessionBusAddress.h"
+
 namespace hushbox {
 namespace {
 
@@ -16,7 +19,28 @@ bool isGnome() {
 
 }  // namespace
 
+DesktopClockSetting::DesktopClockSetting() {
+  if (sessionBusAddress().empty()) return;
+  // The settings' storage listens for changes on the connection that all of GLib shares, which ends
+  // the program together with the bus unless it is told not to, and before.
+  g_bus_get(G_BUS_TYPE_SESSION, cancellable_.get(), AsyncCallback::invoke,
+            AsyncCallback::data([connected = lifetime_.weakly([this](GAsyncResult* result) {
+              bus_.reset(g_bus_get_finish(result, nullptr));
+              if (!bus_) return;
+              g_dbus_connection_set_exit_on_close(bus_.get(), FALSE);
+              open(nullptr);
+            })](GObject*, GAsyncResult* result) { connected(result); }));
+}
+
 DesktopClockSetting::DesktopClockSetting(GSettingsBackend* backend) {
+  open(backend);
+}
+
+DesktopClockSetting::~DesktopClockSetting() {
+  g_cancellable_cancel(cancellable_.get());
+}
+
+void DesktopClockSetting::open(GSettingsBackend* backend) {
   // To ask for a schema or a key that is not installed ends the program.
   GSettingsSchemaSource* const source = g_settings_schema_source_get_default();
   if (!source) return;
@@ -29,15 +53,13 @@ DesktopClockSetting::DesktopClockSetting(GSettingsBackend* backend) {
 
 std::optional<ClockStyle> DesktopClockSetting::style() const {
   if (!settings_) return std::nullopt;
-  GVariant* const value = isGnome() ? g_settings_get_value(settings_.get(), key)
-                                    : g_settings_get_user_value(settings_.get(), key);
-  if (!value) return std::nullopt;
-  const std::string_view chosen = g_variant_get_string(value, nullptr);
-  const auto style = chosen == "12h"   ? std::optional(ClockStyle::twelveHours)
-                     : chosen == "24h" ? std::optional(ClockStyle::twentyFourHours)
-                                       : std::nullopt;
-  g_variant_unref(value);
-  return style;
+  const VariantPointer value(isGnome() ? g_settings_get_value(settings_.get(), key)
+                                       : g_settings_get_user_value(settings_.get(), key));
+  if (!value || !g_variant_is_of_type(value.get(), G_VARIANT_TYPE_STRING)) return std::nullopt;
+  const std::string_view chosen = g_variant_get_string(value.get(), nullptr);
+  if (chosen == "12h") return ClockStyle::twelveHours;
+  if (chosen == "24h") return ClockStyle::twentyFourHours;
+  return std::nullopt;
 }
 
 }  // namespace hushbox

@@ -38,11 +38,8 @@ std::string toUtf8(std::string_view text, const char* codeset) {
 }  // namespace
 
 SessionLocale::SessionLocale()
-    : SessionLocale([setting = std::shared_ptr<DesktopClockSetting>()]() mutable {
-        // Made when the first time is shown: an idle program has no use for it.
-        if (!setting) setting = std::make_shared<DesktopClockSetting>();
-        return setting->style();
-      }) {}
+    : SessionLocale(
+          [setting = std::make_shared<const DesktopClockSetting>()] { return setting->style(); }) {}
 
 SessionLocale::SessionLocale(DesktopClock desktopClock)
     : desktopClock_(std::move(desktopClock)), locale_(openLocale()) {}

@@ -4,12 +4,18 @@
 #include <gio/gsettingsbackend.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <memory>
+#include <optional>
 
+#include "rehearsal/Session.h"
+#include "rehearsal/Waiting.h"
 #include "tests/linux/ScopedEnvironment.h"
 
 namespace hushbox {
 namespace {
+
+using namespace std::chrono_literals;
 
 class DesktopClockSettingTest : public testing::Test {
  protected:
@@ -41,6 +47,37 @@ TEST_F(DesktopClockSettingTest, DefaultCountsOnlyOnTheDesktopThatItBelongsTo) {
   EXPECT_EQ(style(), std::nullopt);
   environment_.set("XDG_CURRENT_DESKTOP", "ubuntu:GNOME");
   EXPECT_EQ(style(), ClockStyle::twentyFourHours);
+}
+
+void outliveTheBus() {
+  rehearsal::Session session;
+  session.applyToThisProcess();
+  unsetenv("GSETTINGS_BACKEND");
+  const DesktopClockSetting setting;
+  rehearsal::letPass(300ms);
+  setting.style();
+  session.bus().kill();
+  rehearsal::letPass(300ms);
+}
+
+TEST(DesktopClockSettingSessionTest, EndOfTheSessionBusDoesNotEndTheProgram) {
+  // In a program of its own, since GLib keeps its first session bus for the life of the process.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        outliveTheBus();
+        std::_Exit(0);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST(DesktopClockSettingSessionTest, WithoutASessionBusThereIsNoChoice) {
+  ScopedEnvironment environment;
+  environment.set("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
+  environment.set("XDG_RUNTIME_DIR", "/nowhere");
+  const DesktopClockSetting setting;
+  rehearsal::letPass(20ms);
+  EXPECT_EQ(setting.style(), std::nullopt);
 }
 
 }  // namespace
