@@ -56,7 +56,11 @@ ShownNotification parse(GVariant* body) {
 }  // namespace
 
 NotificationMonitor::NotificationMonitor(const std::string& busAddress) : bus_(busAddress) {
-  filter_ = g_dbus_connection_add_filter(bus_.get(), overhear, this, nullptr);
+  {
+    // Hands the members over to GDBus's thread in a way that a race detector sees too.
+    const std::scoped_lock lock(mutex_);
+    filter_ = g_dbus_connection_add_filter(bus_.get(), overhear, this, nullptr);
+  }
   bus_.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.Monitoring",
             "BecomeMonitor", g_variant_new("(asu)", nullptr, 0));
 }
@@ -65,6 +69,7 @@ NotificationMonitor::~NotificationMonitor() {
   // Closing first: removing a filter does not wait for one that is just running.
   g_dbus_connection_close_sync(bus_.get(), nullptr, nullptr);
   g_dbus_connection_remove_filter(bus_.get(), filter_);
+  const std::scoped_lock takenBack(mutex_);
 }
 
 GDBusMessage* NotificationMonitor::overhear(GDBusConnection*, GDBusMessage* message,

@@ -13,7 +13,11 @@ constexpr guint32 doNotQueue = 4;
 
 SilentNotificationDaemon::SilentNotificationDaemon(const std::string& busAddress)
     : bus_(busAddress) {
-  filter_ = g_dbus_connection_add_filter(bus_.get(), swallow, this, nullptr);
+  {
+    // Hands the members over to GDBus's thread in a way that a race detector sees too.
+    const std::scoped_lock lock(mutex_);
+    filter_ = g_dbus_connection_add_filter(bus_.get(), swallow, this, nullptr);
+  }
   const Variant answer =
       bus_.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
                 "RequestName", g_variant_new("(su)", "org.freedesktop.Notifications", doNotQueue));
@@ -26,6 +30,12 @@ SilentNotificationDaemon::~SilentNotificationDaemon() {
   // Closing first: removing a filter does not wait for one that is just running.
   g_dbus_connection_close_sync(bus_.get(), nullptr, nullptr);
   g_dbus_connection_remove_filter(bus_.get(), filter_);
+  const std::scoped_lock takenBack(mutex_);
+}
+
+int SilentNotificationDaemon::calls() const {
+  const std::scoped_lock lock(mutex_);
+  return calls_;
 }
 
 GDBusMessage* SilentNotificationDaemon::swallow(GDBusConnection*, GDBusMessage* message,
@@ -33,7 +43,11 @@ GDBusMessage* SilentNotificationDaemon::swallow(GDBusConnection*, GDBusMessage* 
   const bool call =
       incoming && g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_METHOD_CALL;
   if (!call) return message;
-  ++static_cast<SilentNotificationDaemon*>(self)->calls_;
+  auto* daemon = static_cast<SilentNotificationDaemon*>(self);
+  {
+    const std::scoped_lock lock(daemon->mutex_);
+    ++daemon->calls_;
+  }
   wakeWaiters();
   g_object_unref(message);
   return nullptr;

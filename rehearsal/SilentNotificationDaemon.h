@@ -1,6 +1,6 @@
 #pragma once
 
-#include <atomic>
+#include <mutex>
 #include <string>
 
 #include "rehearsal/BusConnection.h"
@@ -18,13 +18,14 @@ class SilentNotificationDaemon {
   ~SilentNotificationDaemon();
 
   /// How many calls it has swallowed.
-  int calls() const { return calls_; }
+  int calls() const;
 
  private:
   static GDBusMessage* swallow(GDBusConnection* connection, GDBusMessage* message,
                                gboolean incoming, gpointer self);
 
-  std::atomic<int> calls_{0};
+  mutable std::mutex mutex_;
+  int calls_ = 0;
   BusConnection bus_;
   unsigned filter_ = 0;
 };

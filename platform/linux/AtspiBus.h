@@ -42,6 +42,9 @@ class AtspiBus {
   AtspiReply ask(AtspiCall call);
   bool isSilent(const std::string& busName) const { return accessibility_.isSilent(busName); }
 
+  /// How long programs on the accessibility bus have been waited for in vain since the beginning.
+  std::chrono::microseconds lostTime() const { return accessibility_.lostTime(); }
+
   /// How many calls have been made on both buses since the beginning.
   std::uint64_t callCount() const { return session_.callCount() + accessibility_.callCount(); }
 

@@ -127,11 +127,13 @@ std::vector<AtspiReply> AtspiConnection::ask(std::vector<AtspiCall> calls) {
   const auto batch = std::make_shared<Batch>();
   batch->replies.resize(calls.size());
   batch->waits.resize(calls.size());
+  const gint64 began = g_get_monotonic_time();
   const InContext inContext(context_);
   for (std::size_t i = 0; i < calls.size(); ++i) start(calls[i], batch, i);
   iterate([&] { return batch->isComplete(); }, [&] { return batch->lastWait(); });
   for (std::size_t i = 0; i < calls.size(); ++i)
     if (batch->waits[i] != 0) ++unanswered_->overdue[calls[i].object.busName];
+  if (!batch->isComplete()) lostTime_ += std::chrono::microseconds(g_get_monotonic_time() - began);
   return std::move(batch->replies);
 }
 

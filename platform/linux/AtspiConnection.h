@@ -60,6 +60,10 @@ class AtspiConnection {
   /// Handles the signals and late answers that have arrived; does not wait.
   void dispatch();
 
+  /// How long has been waited in vain since the beginning: in calls of `ask()` that left something
+  /// unanswered.
+  std::chrono::microseconds lostTime() const { return lostTime_; }
+
   /// How many calls have been made since the beginning.
   std::uint64_t callCount() const { return callCount_; }
 
@@ -78,6 +82,7 @@ class AtspiConnection {
   std::vector<guint> subscriptions_;
   std::shared_ptr<Unanswered> unanswered_;
   std::uint64_t callCount_ = 0;
+  std::chrono::microseconds lostTime_{};
 };
 
 }  // namespace hushbox

@@ -65,6 +65,7 @@ bool isOfTeams(AtspiSurface& surface, GVariant* answer, const std::string& name)
 void AtspiTeams::beginReading() {
   searched_ = false;
   readingBegan_ = steady_clock::now();
+  lostBefore_ = bus_.lostTime();
 }
 
 bool AtspiTeams::isRunning() {
@@ -93,17 +94,23 @@ void AtspiTeams::search() {
 void AtspiTeams::bringLabelsUpToDate(AtspiSurface& surface) {
   if (!surface.labelsLag) return;
   if (surface.toldAt < readingBegan_ || steady_clock::now() - surface.toldAt > freshness) {
-    if (bus_.ask(updateLabels(surface.object, timeout_)).outcome == AtspiReply::Outcome::silent)
+    if (bus_.ask(updateLabels(surface.object, timeout())).outcome == AtspiReply::Outcome::silent)
       return;
     surface.toldAt = steady_clock::now();
   }
   std::this_thread::sleep_until(surface.toldAt + labelWait);
 }
 
+milliseconds AtspiTeams::timeout() const {
+  constexpr milliseconds least{20};
+  const auto lost = std::chrono::ceil<milliseconds>(bus_.lostTime() - lostBefore_);
+  return std::max(timeout_ - lost, least);
+}
+
 AtspiReply AtspiTeams::askForName(const AtspiObject& object, const AtspiSurface& surface) {
   std::vector<AtspiCall> calls;
-  calls.push_back(property(object, accessible, "Name", timeout_));
-  if (surface.labelsLag) calls.push_back(updateLabels(surface.object, timeout_));
+  calls.push_back(property(object, accessible, "Name", timeout()));
+  if (surface.labelsLag) calls.push_back(updateLabels(surface.object, timeout()));
   return std::move(bus_.ask(std::move(calls)).front());
 }
 
@@ -116,7 +123,7 @@ void AtspiTeams::forgetAfterReconnection() {
 bool AtspiTeams::meetPrograms() {
   const AtspiObject registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
   const AtspiReply reply =
-      bus_.ask({registry, accessible, "GetChildren", "(a(so))", timeout_, nullptr});
+      bus_.ask({registry, accessible, "GetChildren", "(a(so))", timeout(), nullptr});
   if (!reply) return false;
   const auto roots = atspi_value::objects(reply.value.get(), {}, mostPrograms);
   std::set<std::string_view> present;
@@ -133,9 +140,9 @@ bool AtspiTeams::identify(const std::vector<AtspiObject>& roots) {
   std::vector<AtspiCall> calls;
   for (const AtspiObject& root : roots) {
     calls.push_back({busDaemon, "org.freedesktop.DBus", "GetConnectionUnixProcessID", "(u)",
-                     timeout_, takeArguments(g_variant_new("(s)", root.busName.c_str()))});
-    calls.push_back(property(root, accessible, "Name", strangerWait));
-    calls.push_back(property(root, "org.a11y.atspi.Application", "ToolkitName", strangerWait));
+                     timeout(), takeArguments(g_variant_new("(s)", root.busName.c_str()))});
+    calls.push_back(property(root, accessible, "Name", timeout()));
+    calls.push_back(property(root, "org.a11y.atspi.Application", "ToolkitName", timeout()));
   }
   const auto replies = bus_.ask(std::move(calls));
   bool metBrowser = false;
@@ -159,39 +166,18 @@ bool AtspiTeams::identify(const std::vector<AtspiObject>& roots) {
   return metBrowser;
 }
 
-std::vector<AtspiReply> AtspiTeams::askForDocuments(const std::vector<Program*>& asked) {
-  const auto documentsOf = [this](const Program& program) {
-    const milliseconds wait = isKnown(program.root.busName) ? timeout_ : strangerWait;
-    return AtspiCall{program.root, "org.a11y.atspi.Collection", "GetMatches", "(a(so))", wait,
-                     atspi_value::matchRoles({atspi_role::documentWeb}, mostDocuments)};
-  };
-  std::vector<AtspiCall> calls;
-  for (const Program* program : asked) calls.push_back(documentsOf(*program));
-  for (const Program* program : asked) {
-    if (!program->labelsLag) continue;
-    calls.push_back(
-        {program->root, accessible, "GetAttributes", "(a{ss})", strangerWait, nullptr});
-  }
-  auto replies = bus_.ask(std::move(calls));
-  const auto limit = steady_clock::now() + treeWait;
-  for (std::size_t i = 0; i < asked.size(); ++i) {
-    if (!asked[i]->labelsLag || std::exchange(asked[i]->treeAwaited, true)) continue;
-    while (replies[i] && steady_clock::now() < limit &&
-           atspi_value::objects(replies[i].value.get(), asked[i]->root.busName, mostDocuments)
-               .empty()) {
-      std::this_thread::sleep_for(milliseconds{5});
-      replies[i] = bus_.ask(documentsOf(*asked[i]));
-    }
-  }
-  return replies;
-}
-
 std::vector<AtspiSurfaceRef> AtspiTeams::findSurfaces() {
-  std::vector<Program*> asked;
-  for (auto& [busName, program] : programs_) {
-    if (program.isBrowser || program.isClient) asked.push_back(&program);
+  std::vector<const Program*> asked;
+  std::vector<AtspiCall> calls;
+  for (const auto& [busName, program] : programs_) {
+    if (!program.isBrowser && !program.isClient) continue;
+    asked.push_back(&program);
+    calls.push_back({program.root, "org.a11y.atspi.Collection", "GetMatches", "(a(so))", timeout(),
+                     atspi_value::matchRoles({atspi_role::documentWeb}, mostDocuments)});
   }
-  const auto replies = askForDocuments(asked);
+  for (const Program* program : asked)
+    calls.push_back({program->root, accessible, "GetAttributes", "(a{ss})", timeout(), nullptr});
+  const auto replies = bus_.ask(std::move(calls));
   std::vector<AtspiSurfaceRef> found;
   for (std::size_t i = 0; i < asked.size(); ++i) {
     const Program& program = *asked[i];
@@ -227,15 +213,14 @@ AtspiSurfaceRef AtspiTeams::surface(const AtspiObject& object, const Program& pr
 std::vector<AtspiSurfaceRef> AtspiTeams::confirmed(const std::vector<AtspiSurfaceRef>& surfaces) {
   std::vector<AtspiCall> calls;
   for (const AtspiSurfaceRef& surface : surfaces) {
-    const milliseconds wait = isKnown(surface->object.busName) ? timeout_ : strangerWait;
-    calls.push_back(lifeSign(*surface, wait));
-    calls.push_back(property(surface->object, accessible, "Name", wait));
+    calls.push_back(lifeSign(*surface, timeout()));
+    calls.push_back(property(surface->object, accessible, "Name", timeout()));
   }
   // Told along with them, pages have the time of the other calls for it.
   std::vector<AtspiSurface*> told;
   for (const AtspiSurfaceRef& surface : surfaces_) {
     if (!surface->labelsLag || surface->toldAt >= readingBegan_) continue;
-    calls.push_back(updateLabels(surface->object, timeout_));
+    calls.push_back(updateLabels(surface->object, timeout()));
     told.push_back(surface.get());
   }
   const auto replies = bus_.ask(std::move(calls));

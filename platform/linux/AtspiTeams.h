@@ -31,18 +31,11 @@ namespace hushbox {
 /// Chromium that was started while accessibility was off is not on the bus at all.
 class AtspiTeams {
  public:
-  /// A program that has not shown itself to be Teams may take this long. A healthy one needs 1 to
-  /// 30 ms, but on a machine that is starting a call much more, and taking Teams for absent would
-  /// lose a press. One that takes longer is left out until it has answered, so it costs this once.
-  static constexpr std::chrono::milliseconds strangerWait{1000};
   /// How long a browser met for the first time may take to present its pages: 50 to 300 ms.
   static constexpr std::chrono::milliseconds wakingWait{500};
   /// From the question to the page's reply it took 20 ms at most, and 80 ms with three busy
   /// programs to each processor.
   static constexpr std::chrono::milliseconds labelWait{30};
-  /// How long Chromium is given, once, to make its tree: it took 7 ms on a busy machine, but a
-  /// browser without a page never has a document.
-  static constexpr std::chrono::milliseconds treeWait{250};
   /// For how long something read is taken for what is so now.
   static constexpr std::chrono::milliseconds freshness{100};
   /// No sane desktop has more; what a program claims beyond is not looked at.
@@ -81,8 +74,9 @@ class AtspiTeams {
   /// without waiting for that: it shows in a later answer.
   AtspiReply askForName(const AtspiObject& object, const AtspiSurface& surface);
 
-  /// How long a question to Teams is waited for.
-  std::chrono::milliseconds timeout() const { return timeout_; }
+  /// How long a question is waited for: the time-out, less what has been lost on silent programs in
+  /// this reading. So a reading loses one time-out, however many programs are frozen.
+  std::chrono::milliseconds timeout() const;
   void setTimeout(std::chrono::milliseconds timeout) { timeout_ = timeout; }
 
  private:
@@ -93,17 +87,12 @@ class AtspiTeams {
     bool isClient = false;
     bool isBrowser = false;
     bool labelsLag = false;
-    bool treeAwaited = false;
   };
 
   void forgetAfterReconnection();
   /// Both say whether a browser was met for the first time.
   bool meetPrograms();
   bool identify(const std::vector<AtspiObject>& roots);
-  /// The answers to "which documents do you have?", one for each program. Chromium begins to make
-  /// its tree only when it is asked for an object's attributes, so that is asked too; when it is met
-  /// for the first time, the tree is waited for.
-  std::vector<AtspiReply> askForDocuments(const std::vector<Program*>& asked);
   std::vector<AtspiSurfaceRef> findSurfaces();
   AtspiSurfaceRef surface(const AtspiObject& object, const Program& program);
   /// Keeps of `surfaces` those that are of Teams and there, or whose program is silent.
@@ -116,6 +105,7 @@ class AtspiTeams {
   std::map<std::string, Program> programs_;
   std::vector<AtspiSurfaceRef> surfaces_;
   std::chrono::steady_clock::time_point readingBegan_{};
+  std::chrono::microseconds lostBefore_{};
   bool searched_ = false;
 };
 

@@ -269,8 +269,9 @@ TEST_F(CoordinatorPress, StatusBeginsWithTheTimeInTheUsersStyle) {
 TEST_F(CoordinatorPress, StatusGoesToTheLogWithoutTheTime) {
   startWithSpeakerphone();
   press(ButtonEvent::muted);
-  EXPECT_EQ(desk.log.records().back(), (LogRecord{"org.hushbox.Hushbox", "coordinator",
-                                                  LogLevel::info, "Mute — Teams not running"}));
+  EXPECT_THAT(desk.log.records(),
+              testing::Contains(LogRecord{"org.hushbox.Hushbox", "coordinator", LogLevel::info,
+                                          "Mute — Teams not running"}));
 }
 
 }  // namespace

@@ -36,6 +36,11 @@ class JabraMonitorFixture : public testing::Test {
     startWithSpeakerphone(volume);
   }
 
+  /// Plugs in any other device.
+  AudioObjectID plug(const std::string& name, std::optional<float> volume = 0.5F) {
+    return desk.audio.plug({.name = name, .inputVolume = volume});
+  }
+
   void release() {
     subscription = {};
     monitor.reset();
@@ -60,6 +65,11 @@ class JabraMonitorFixture : public testing::Test {
     Lines events = desk.journal.take("monitor");
     std::erase(events, "will change");
     return events;
+  }
+
+  /// The text of the last log record; empty when there is none.
+  std::string lastRecord() const {
+    return desk.log.records().empty() ? "" : desk.log.records().back().text;
   }
 
   static std::string nameOf(ButtonEvent event) {

@@ -131,8 +131,7 @@ TEST_F(JabraSetMuted, AChangeInsideTheEchoWindowCountsForTheLevel) {
   monitor->setMuted(false);
   desk.advance(100ms);
   setVolume(0.4F);
-  EXPECT_EQ(desk.log.texts("jabra").back(),
-            "Jabra input volume 0.400000 -> muted=false selfInitiated=true");
+  EXPECT_EQ(lastRecord(), "Jabra input volume 0.400000 -> muted=false selfInitiated=true");
   desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
   monitor->setMuted(true);
   desk.journal.take();
@@ -210,7 +209,7 @@ TEST_F(JabraSetMuted, RefusedWriteShowsInTheLogOnly) {
   startWithSpeakerphone(0.8F);
   desk.audio.addFault({.operation = AudioOperation::setPropertyData, .status = -50});
   monitor->setMuted(true);
-  EXPECT_EQ(desk.log.texts("jabra").back(), "Set Jabra input volume to 0.000000 (status -50)");
+  EXPECT_EQ(lastRecord(), "Set Jabra input volume to 0.000000 (status -50)");
   EXPECT_EQ(monitor->isMuted(), true);
   desk.journal.take();
   desk.advance(10s);
@@ -236,8 +235,7 @@ TEST_F(JabraSetMuted, MutingDoesNotCancelAPendingMute) {
   desk.advance(100ms);
   monitor->setMuted(true);
   announceVolume();
-  EXPECT_EQ(desk.log.texts("jabra").back(),
-            "Jabra input volume 0.000000 -> muted=true selfInitiated=true");
+  EXPECT_EQ(lastRecord(), "Jabra input volume 0.000000 -> muted=true selfInitiated=true");
   desk.journal.take();
   desk.advance(199ms);
   EXPECT_THAT(desk.journal.take(), IsEmpty());

@@ -1,30 +1,11 @@
 #include "tests/linux/CallFixture.h"
 
-#include <algorithm>
-
 #include "rehearsal/Waiting.h"
 
 namespace hushbox {
 
 using rehearsal::patience;
 using rehearsal::waitUntil;
-
-void KeptLog::write(std::string_view, std::string_view category, LogLevel, std::string_view text) {
-  const std::lock_guard lock(mutex_);
-  lines_.push_back(std::string(category) + ": " + std::string(text));
-}
-
-std::size_t KeptLog::count(const std::string& line) const {
-  const std::lock_guard lock(mutex_);
-  return static_cast<std::size_t>(std::count(lines_.begin(), lines_.end(), line));
-}
-
-std::string KeptLog::text() const {
-  const std::lock_guard lock(mutex_);
-  std::string all;
-  for (const std::string& line : lines_) all += line + "\n";
-  return all;
-}
 
 ProgramOnDesk::ProgramOnDesk() {
   coordinator.emplace();
@@ -59,7 +40,9 @@ void CallFixture::putUp(rehearsal::AudioFlavour flavour) {
 }
 
 void CallFixture::TearDown() {
-  if (HasFailure() && program) ADD_FAILURE() << "the program logged:\n" << program->log.text();
+  if (HasFailure() && program) {
+    for (const std::string& line : program->log.lines) ADD_FAILURE() << "logged: " << line;
+  }
   program.reset();
   call.reset();
   if (damaged_) return;

@@ -4,14 +4,11 @@
 
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "coordinator/MuteCoordinator.h"
 #include "platform/Platform.h"
-#include "platform/UnifiedLog.h"
 #include "platform/linux/AtspiAccessibilityTree.h"
 #include "platform/linux/AutostartLoginItem.h"
 #include "platform/linux/DesktopNotifications.h"
@@ -21,23 +18,9 @@
 #include "platform/linux/SpawnedChildProcesses.h"
 #include "platform/linux/StatusNotifierMenuBar.h"
 #include "rehearsal/Desk.h"
+#include "tests/linux/KeptLog.h"
 
 namespace hushbox {
-
-/// Keeps every record as "category: text". Any thread.
-class KeptLog final : public UnifiedLog {
- public:
-  void write(std::string_view subsystem, std::string_view category, LogLevel level,
-             std::string_view text) override;
-
-  /// How many records are that line.
-  std::size_t count(const std::string& line) const;
-  std::string text() const;
-
- private:
-  mutable std::mutex mutex_;
-  std::vector<std::string> lines_;
-};
 
 /// The program in this process: every Linux adapter, and the coordinator on them.
 struct ProgramOnDesk {

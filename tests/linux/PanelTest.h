@@ -10,22 +10,13 @@
 #include <vector>
 
 #include "app/LuchadorArt.h"
-#include "platform/UnifiedLog.h"
 #include "platform/linux/StatusNotifierMenuBar.h"
 #include "rehearsal/Session.h"
 #include "rehearsal/Waiting.h"
 #include "tests/linux/BusClient.h"
+#include "tests/linux/KeptLog.h"
 
 namespace hushbox {
-
-/// Keeps what was logged.
-class KeptLog final : public UnifiedLog {
- public:
-  void write(std::string_view, std::string_view, LogLevel, std::string_view text) override {
-    lines.emplace_back(text);
-  }
-  std::vector<std::string> lines;
-};
 
 /// A watcher as panels run it, that keeps who registers. In this process, with a connection of its
 /// own; it leaves the bus at its end, as one that dies does.

@@ -290,8 +290,12 @@ TEST_P(PulseAudioBounceTest, DropsThatAProgramUndoesAsSoonAsItLearnsOfThemAreSee
     }
   });
   for (int drop = 1; drop <= limit && seen() < wanted; ++drop) {
+    const int before = undone;
     meanwhile([&] { server_->setVolume(0.0); });
-    eventually([&] { return undone == drop; });
+    // The host itself may miss a drop that comes on the heels of the last change.
+    if (!rehearsal::holdsWithin([&] { return undone > before; }, Milliseconds{1000})) {
+      meanwhile([&] { server_->setVolume(0.75); });
+    }
     eventuallyAt(device_, 0.75F);
   }
   server_->observer().onVolumeChanged({});

@@ -76,10 +76,10 @@ TEST_F(StatusNotifierMenuBarTest, WaitsForItsIconBeforeItRegisters) {
 }
 
 TEST_F(StatusNotifierMenuBarTest, DesktopWithoutAWatcherIsLoggedOnceAndLateOnly) {
+  const auto begin = Clock::now();
   startMenuBar(150ms);
-  letPass(50ms);
-  EXPECT_THAT(log_.lines, IsEmpty());
   waitForLog();
+  EXPECT_GE(Clock::now() - begin, 150ms);
   menuBar_->setIcon(icon(Color::systemRed), "On a call");
   letPass(400ms);
   EXPECT_THAT(log_.lines, ElementsAre(AllOf(HasSubstr("StatusNotifierWatcher"),
@@ -90,27 +90,27 @@ TEST_F(StatusNotifierMenuBarTest, DesktopWithoutAWatcherIsLoggedOnceAndLateOnly)
 
 TEST_F(StatusNotifierMenuBarTest, WatcherInTimeLeavesTheLogAlone) {
   startWatcher();
-  startMenuBar(500ms);
+  startMenuBar(3s);
   watcher_->waitForItem();
-  letPass(600ms);
+  letPass(3200ms);
   EXPECT_THAT(log_.lines, IsEmpty());
 }
 
 TEST_F(StatusNotifierMenuBarTest, WatcherThatRefusesIsLogged) {
   startWatcher(true);
-  startMenuBar(100ms);
+  startMenuBar(3s);
   waitForLog();
-  letPass(200ms);
+  letPass(3200ms);
   EXPECT_THAT(log_.lines, ElementsAre(HasSubstr("full up")));
 }
 
 TEST_F(StatusNotifierMenuBarTest, AbsentBusIsLoggedAndNothingWaitsForIt) {
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
-  startMenuBar(100ms);
+  startMenuBar(3s);
   waitForLog();
   menuBar_->setIcon(icon(Color::systemRed), "On a call");
   menuBar_->setRows({});
-  letPass(200ms);
+  letPass(3200ms);
   EXPECT_THAT(log_.lines, ElementsAre(AllOf(HasSubstr("no session bus"),
                                             HasSubstr("works on without its icon"))));
 }
@@ -130,10 +130,12 @@ TEST_F(StatusNotifierMenuBarTest, BusThatDiesIsLoggedAndOneThatComesBackIsFound)
   menuBar_->setIcon(icon(Color::systemRed), "On a call");
   std::filesystem::remove(session_.folder() / "bus" / "session");
   const auto bus = session_.start(
-      "second-bus.log", {"dbus-daemon", "--nofork", "--nopidfile",
+      "second-bus.log", {"dbus-daemon", "--nofork", "--nopidfile", "--print-address",
                          "--config-file=" + (session_.folder() / "bus/session.conf").string()});
+  // It prints its address when it listens.
   bus->waitUntilReady(
-      [&] { return std::filesystem::exists(session_.folder() / "bus" / "session"); }, "a bus");
+      [&] { return std::filesystem::file_size(session_.folder() / "second-bus.log") > 0; },
+      "a bus");
   watcher_.reset();
   startWatcher();
   // As the program's own changes do, every now and then.
@@ -150,12 +152,12 @@ TEST_F(StatusNotifierMenuBarTest, FrozenBusKeepsNobodyWaiting) {
   session_.bus().freeze();
   const auto begin = Clock::now();
   startMenuBar(100ms);
-  EXPECT_LT(Clock::now() - begin, 2s);
+  EXPECT_LT(Clock::now() - begin, 10s);
   waitForLog();
   EXPECT_THAT(log_.lines, ElementsAre(HasSubstr("does not answer")));
   const auto end = Clock::now();
   menuBar_.reset();
-  EXPECT_LT(Clock::now() - end, 2s);
+  EXPECT_LT(Clock::now() - end, 10s);
   session_.bus().thaw();
 }
 
@@ -164,10 +166,11 @@ TEST_F(StatusNotifierMenuBarTest, BusThatFreezesLaterKeepsNobodyWaiting) {
   session_.bus().freeze();
   const auto begin = Clock::now();
   // More than a socket holds.
-  for (int i = 0; i < 5000; ++i)
-    menuBar_->setRows({{.kind = MenuRow::Kind::text, .text = std::to_string(i)}});
+  const std::string filling(4000, 'x');
+  for (int i = 0; i < 200; ++i)
+    menuBar_->setRows({{.kind = MenuRow::Kind::text, .text = filling + std::to_string(i)}});
   menuBar_.reset();
-  EXPECT_LT(Clock::now() - begin, 5s);
+  EXPECT_LT(Clock::now() - begin, 20s);
   session_.bus().thaw();
 }
 

@@ -191,9 +191,10 @@ TEST_F(TeamsControl, FailedPressIsLoggedWithItsStatusAndIsNoMeeting) {
     app->removeChildren();
     show("Mute", status);
     EXPECT_EQ(TeamsUI::setMuted(true), Result::noMeeting);
-    EXPECT_EQ(desk.log.records().back().text,
-              "Pressed Teams mic button 'Mute' -> " + std::to_string(status));
-    EXPECT_EQ(desk.log.records().back().level, LogLevel::info);
+    ASSERT_FALSE(desk.log.records().empty());
+    EXPECT_EQ(desk.log.records().back(),
+              (LogRecord{"org.hushbox.Hushbox", "teams-ui", LogLevel::info,
+                         "Pressed Teams mic button 'Mute' -> " + std::to_string(status)}));
   }
   EXPECT_EQ(presses.size(), 4U);
 }

@@ -46,6 +46,7 @@ TEST_F(TeamsWalk, EndsAtTheButtonWithoutReadingItsChildren) {
   app->append("b");
   TeamsUI::currentMuteState();
   const Lines lines = desk.journal.take("accessibility");
+  ASSERT_FALSE(lines.empty());
   EXPECT_EQ(lines.back(), "copy a AXDOMIdentifier -> -25205");
 }
 

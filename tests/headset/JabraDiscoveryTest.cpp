@@ -1,0 +1,291 @@
+#include <gmock/gmock.h>
+
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "tests/headset/JabraMonitorFixture.h"
+
+namespace hushbox {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class JabraDiscovery : public JabraMonitorFixture {};
+
+// Finding the device
+
+TEST_F(JabraDiscovery, StartsUnattachedAndSilentWithoutADevice) {
+  start();
+  EXPECT_THAT(desk.journal.take(), ElementsAre("audio: add listener 1 device list -> added",
+                                               "audio: size 1 device list: 0 bytes -> 0",
+                                               "audio: get 1 device list (0 bytes):  -> 0"));
+  EXPECT_EQ(monitor->deviceName(), std::nullopt);
+  EXPECT_EQ(monitor->isMuted(), std::nullopt);
+  EXPECT_FALSE(monitor->isInCall());
+}
+
+TEST_F(JabraDiscovery, AttachStepsInOrder) {
+  plug("Built-in Microphone");
+  plug("Jabra Speak2 75", 0.8F);
+  start();
+  EXPECT_THAT(
+      desk.journal.take(),
+      ElementsAre(
+          "audio: add listener 1 device list -> added", "audio: size 1 device list: 8 bytes -> 0",
+          "audio: get 1 device list (8 bytes): 2 3 -> 0",
+          "audio: text 2 name: \"Built-in Microphone\" -> 0",
+          "audio: text 3 name: \"Jabra Speak2 75\" -> 0", "audio: has 3 input volume: true",
+          "audio: text 3 name: \"Jabra Speak2 75\" -> 0",
+          "audio: get 3 input volume (4 bytes): 0.8 -> 0",
+          "audio: add listener 3 input volume -> added", "audio: get 3 running (4 bytes): 0 -> 0",
+          "audio: add listener 3 running -> added",
+          "log: jabra info: Attached to Jabra Speak2 75 (id 3)"));
+  EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
+  EXPECT_EQ(monitor->isMuted(), false);
+  EXPECT_FALSE(monitor->isInCall());
+}
+
+TEST_F(JabraDiscovery, RecordsGoToTheLogOfTheApplication) {
+  startWithSpeakerphone();
+  EXPECT_THAT(desk.log.records(),
+              ElementsAre(LogRecord{"org.hushbox.Hushbox", "jabra", LogLevel::info,
+                                    "Attached to Jabra Speak2 75 (id 2)"}));
+}
+
+TEST_F(JabraDiscovery, DeviceWithoutInputVolumeIsSkipped) {
+  plug("Jabra Speak2 75", std::nullopt);
+  plug("Jabra Evolve");
+  start();
+  EXPECT_EQ(monitor->deviceName(), "Jabra Evolve");
+}
+
+TEST_F(JabraDiscovery, FirstMatchInTheListWinsAndEndsTheSearch) {
+  plug("Jabra one");
+  plug("Jabra two");
+  start();
+  EXPECT_EQ(monitor->deviceName(), "Jabra one");
+  for (const std::string& line : desk.journal.take("audio")) {
+    EXPECT_THAT(line, testing::Not(testing::HasSubstr(" 3 name")));
+  }
+}
+
+TEST_F(JabraDiscovery, NameMustContainTheWordAsWritten) {
+  const std::vector<std::pair<std::string, bool>> cases = {{"Jabra", true},
+                                                           {"My Jabra Link", true},
+                                                           {"GN Jabras", true},
+                                                           {"jabra Speak2 75", false},
+                                                           {"JABRA Speak2 75", false},
+                                                           {"Jab ra", false},
+                                                           {"", false},
+                                                           {"Jabra\u0301 75", false},
+                                                           {"\u0301Jabra", true}};
+  for (const auto& [name, matches] : cases) {
+    const AudioObjectID id = plug(name);
+    start();
+    EXPECT_EQ(monitor->deviceName().has_value(), matches) << name;
+    release();
+    desk.audio.unplug(id);
+    desk.loop.runUntilIdle();
+  }
+}
+
+TEST_F(JabraDiscovery, DeviceWhoseNameCannotBeReadIsSkipped) {
+  desk.audio.plug({.name = std::nullopt, .inputVolume = 0.5F});
+  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
+                       .address = audio::deviceName,
+                       .status = audio::badObject,
+                       .object = plug("Jabra broken")});
+  plug("Jabra Speak2 75");
+  start();
+  EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
+}
+
+TEST_F(JabraDiscovery, SizeOfTheDeviceListThatCannotBeReadMeansNoDevices) {
+  desk.audio.addFault({.operation = AudioOperation::getPropertyDataSize,
+                       .address = audio::deviceList,
+                       .status = audio::hardwareNotRunning});
+  desk.plugSpeakerphone();
+  start();
+  EXPECT_THAT(desk.journal.take("audio"), ElementsAre("add listener 1 device list -> added",
+                                                      "size 1 device list: 0 bytes -> stop",
+                                                      "get 1 device list (0 bytes):  -> 0"));
+  EXPECT_EQ(monitor->deviceName(), std::nullopt);
+}
+
+TEST_F(JabraDiscovery, DeviceListThatCannotBeReadIsZerosThatMatchNothing) {
+  desk.audio.addFault({.operation = AudioOperation::getPropertyData,
+                       .address = audio::deviceList,
+                       .status = audio::hardwareNotRunning});
+  desk.plugSpeakerphone();
+  plug("Jabra two");
+  start();
+  EXPECT_THAT(desk.journal.take("audio"),
+              ElementsAre("add listener 1 device list -> added", "size 1 device list: 8 bytes -> 0",
+                          "get 1 device list (8 bytes): -> stop", "text 0 name: -> !obj",
+                          "text 0 name: -> !obj"));
+  EXPECT_EQ(monitor->deviceName(), std::nullopt);
+}
+
+TEST_F(JabraDiscovery, StatusesOfTheDeviceListAreIgnoredEvenBesideGoodValues) {
+  desk.audio.addFault({.operation = AudioOperation::getPropertyDataSize,
+                       .address = audio::deviceList,
+                       .status = audio::hardwareNotRunning,
+                       .size = 4});
+  desk.plugSpeakerphone();
+  start();
+  EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
+}
+
+TEST_F(JabraDiscovery, DeviceListHasAsManyEntriesAsFitItsSize) {
+  for (const auto& [size, line] : {std::pair{3U, "get 1 device list (0 bytes):  -> 0"},
+                                   {4U, "get 1 device list (4 bytes): 2 -> 0"},
+                                   {7U, "get 1 device list (4 bytes): 2 -> 0"},
+                                   {9U, "get 1 device list (8 bytes): 2 3 -> 0"},
+                                   {16U, "get 1 device list (16 bytes): 2 3 -> 0"}}) {
+    SCOPED_TRACE(size);
+    if (desk.audio.deviceList().empty()) {
+      plug("Microphone");
+      plug("Loopback");
+    }
+    desk.audio.clearFaults();
+    desk.audio.addFault({.operation = AudioOperation::getPropertyDataSize,
+                         .address = audio::deviceList,
+                         .size = size});
+    desk.journal.take();
+    start();
+    EXPECT_THAT(desk.journal.take("audio"), testing::Contains(line));
+    release();
+  }
+}
+
+// What attaching reads
+
+TEST_F(JabraDiscovery, VolumeOfExactlyZeroIsMutedAndAnyOtherIsNot) {
+  for (const auto& [volume, muted] : {std::pair{0.0F, true}, {1e-30F, false}, {1.0F, false}}) {
+    const AudioObjectID id = desk.plugSpeakerphone(volume);
+    start();
+    EXPECT_EQ(monitor->isMuted(), muted) << volume;
+    release();
+    desk.audio.unplug(id);
+    desk.loop.runUntilIdle();
+  }
+}
+
+TEST_F(JabraDiscovery, VolumeAboveZeroIsWhatUnmutingBringsBack) {
+  startWithSpeakerphone(0.3F);
+  desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
+  monitor->setMuted(true);
+  monitor->setMuted(false);
+  EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.3F);
+}
+
+TEST_F(JabraDiscovery, VolumeThatCannotBeReadLeavesTheStateUnknown) {
+  startWithUnknownState(0.3F);
+  EXPECT_EQ(monitor->isMuted(), std::nullopt);
+  EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
+  monitor->setMuted(false);
+  EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.6F);
+}
+
+TEST_F(JabraDiscovery, VolumeOfTheNextDeviceThatCannotBeReadLeavesTheStateAsItWas) {
+  startWithSpeakerphone(0);
+  const AudioObjectID next = desk.audio.plug({"Jabra next", 0.5F}, 0);
+  desk.audio.addFault({.status = audio::hardwareNotRunning, .object = next});
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(monitor->deviceName(), "Jabra next");
+  EXPECT_EQ(monitor->isMuted(), true);
+}
+
+TEST_F(JabraDiscovery, AttachingToADeviceInUseIsACallWithoutACallStart) {
+  start();
+  desk.audio.plug({.name = "Jabra Speak2 75", .inputVolume = 0.5F, .running = true});
+  desk.loop.runUntilIdle();
+  EXPECT_TRUE(monitor->isInCall());
+  EXPECT_THAT(takeEvents(), IsEmpty());
+  EXPECT_THAT(desk.log.texts("jabra"), ElementsAre("Attached to Jabra Speak2 75 (id 2)"));
+}
+
+TEST_F(JabraDiscovery, UseThatCannotBeReadIsNoCall) {
+  desk.audio.addFault({.address = audio::runningSomewhere, .status = audio::hardwareNotRunning});
+  desk.audio.plug({.name = "Jabra Speak2 75", .inputVolume = 0.5F, .running = true});
+  start();
+  EXPECT_FALSE(monitor->isInCall());
+}
+
+TEST_F(JabraDiscovery, NameThatCanNoLongerBeReadIsEmpty) {
+  // Good for the search, gone when it is asked for again.
+  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
+                       .address = audio::deviceName,
+                       .status = audio::noError,
+                       .times = 1});
+  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
+                       .address = audio::deviceName,
+                       .status = audio::badObject});
+  desk.plugSpeakerphone();
+  start();
+  EXPECT_EQ(monitor->deviceName(), "");
+  EXPECT_THAT(desk.log.texts("jabra"), ElementsAre("Attached to  (id 2)"));
+}
+
+/// The desk's audio hardware, but a read that fails leaves rubbish behind.
+class ScribblingAudioHardware final : public AudioHardware {
+ public:
+  explicit ScribblingAudioHardware(AudioHardware& real) : real_(real) {}
+
+  bool hasProperty(AudioObjectID object, const AudioPropertyAddress& address) override {
+    return real_.hasProperty(object, address);
+  }
+  AudioStatus getPropertyDataSize(AudioObjectID object, const AudioPropertyAddress& address,
+                                  std::uint32_t& size) override {
+    return real_.getPropertyDataSize(object, address, size);
+  }
+  AudioStatus getPropertyData(AudioObjectID object, const AudioPropertyAddress& address,
+                              std::uint32_t& size, void* data) override {
+    const AudioStatus status = real_.getPropertyData(object, address, size, data);
+    if (status != audio::noError) std::memset(data, 0x3F, size);
+    return status;
+  }
+  AudioStatus getPropertyText(AudioObjectID object, const AudioPropertyAddress& address,
+                              std::string& text) override {
+    const AudioStatus status = real_.getPropertyText(object, address, text);
+    if (status != audio::noError) text = "Jabra rubbish";
+    return status;
+  }
+  AudioStatus setPropertyData(AudioObjectID object, const AudioPropertyAddress& address,
+                              std::uint32_t size, const void* data) override {
+    return real_.setPropertyData(object, address, size, data);
+  }
+  Registration addPropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
+                                   std::function<void()> listener) override {
+    return real_.addPropertyListener(object, address, std::move(listener));
+  }
+  AudioStatus removePropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
+                                     Registration listener) override {
+    return real_.removePropertyListener(object, address, std::move(listener));
+  }
+
+ private:
+  AudioHardware& real_;
+};
+
+TEST_F(JabraDiscovery, WhatAFailedReadLeavesBehindIsNotUsed) {
+  desk.close();
+  ScribblingAudioHardware scribbling(desk.audio);
+  const PlatformScope scope({desk.loop, scribbling, desk.accessibility, desk.workspace,
+                             desk.childProcesses, desk.notifications, desk.loginItem, desk.menuBar,
+                             desk.log, desk.locale});
+  desk.audio.plug({.name = std::nullopt, .inputVolume = 0.5F});
+  desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
+  desk.audio.addFault({.address = audio::runningSomewhere, .status = audio::hardwareNotRunning});
+  desk.plugSpeakerphone();
+  start();
+  EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
+  EXPECT_EQ(monitor->isMuted(), std::nullopt);
+  EXPECT_FALSE(monitor->isInCall());
+  release();
+}
+
+}  // namespace
+}  // namespace hushbox

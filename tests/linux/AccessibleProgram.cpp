@@ -1,0 +1,196 @@
+#include "tests/linux/AccessibleProgram.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace hushbox {
+
+namespace {
+
+GVariant* dictionary(const std::map<std::string, std::string>& entries) {
+  GVariantBuilder builder;
+  g_variant_builder_init(&builder, G_VARIANT_TYPE("a{ss}"));
+  for (const auto& [key, value] : entries)
+    g_variant_builder_add(&builder, "{ss}", key.c_str(), value.c_str());
+  return g_variant_builder_end(&builder);
+}
+
+}  // namespace
+
+AccessibleProgram::AccessibleProgram(const std::string& busAddress, const std::string& name,
+                                     const std::string& toolkit)
+    : name_(name), toolkit_(toolkit), bus_(busAddress) {
+  objects_[root] = {.role = 75, .name = name};
+  filter_ = g_dbus_connection_add_filter(bus_.get(), &AccessibleProgram::filter, this, nullptr);
+  bus_.call("org.a11y.atspi.Registry", root, "org.a11y.atspi.Socket", "Embed",
+            g_variant_new("((so))", busName().c_str(), root));
+}
+
+AccessibleProgram::~AccessibleProgram() {
+  g_dbus_connection_remove_filter(bus_.get(), filter_);
+  g_dbus_connection_close_sync(bus_.get(), nullptr, nullptr);
+  for (GDBusMessage* const message : waiting_) g_object_unref(message);
+}
+
+void AccessibleProgram::put(const std::string& path, Object object) {
+  // The application object is always called as the program is.
+  if (path == root) object.name = name_;
+  const std::lock_guard lock(mutex_);
+  objects_[path] = std::move(object);
+}
+
+void AccessibleProgram::remove(const std::string& path) {
+  const std::lock_guard lock(mutex_);
+  objects_.erase(path);
+}
+
+void AccessibleProgram::answerWith(Answer answer) {
+  const std::lock_guard lock(mutex_);
+  answer_ = std::move(answer);
+}
+
+void AccessibleProgram::freeze() {
+  const std::lock_guard lock(mutex_);
+  frozen_ = true;
+}
+
+void AccessibleProgram::thaw() {
+  std::vector<GDBusMessage*> waiting;
+  {
+    const std::lock_guard lock(mutex_);
+    frozen_ = false;
+    waiting.swap(waiting_);
+  }
+  for (GDBusMessage* const message : waiting) {
+    answer(message);
+    g_object_unref(message);
+  }
+}
+
+std::string AccessibleProgram::busName() const {
+  return g_dbus_connection_get_unique_name(bus_.get());
+}
+
+std::vector<std::string> AccessibleProgram::performed() const {
+  const std::lock_guard lock(mutex_);
+  return performed_;
+}
+
+GDBusMessage* AccessibleProgram::filter(GDBusConnection*, GDBusMessage* message, gboolean incoming,
+                                        gpointer self) {
+  auto& program = *static_cast<AccessibleProgram*>(self);
+  if (!incoming || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL)
+    return message;
+  ++program.calls_;
+  {
+    const std::lock_guard lock(program.mutex_);
+    if (program.frozen_) {
+      program.waiting_.push_back(message);
+      return nullptr;
+    }
+  }
+  program.answer(message);
+  g_object_unref(message);
+  return nullptr;
+}
+
+void AccessibleProgram::answer(GDBusMessage* call) {
+  GVariant* const result = resultOf(call);
+  GDBusMessage* const reply =
+      result ? g_dbus_message_new_method_reply(call)
+             : g_dbus_message_new_method_error_literal(
+                   call, "org.freedesktop.DBus.Error.UnknownMethod", "There is no such method");
+  if (result) g_dbus_message_set_body(reply, result);
+  g_dbus_connection_send_message(bus_.get(), reply, G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr,
+                                 nullptr);
+  g_object_unref(reply);
+}
+
+GVariant* AccessibleProgram::resultOf(GDBusMessage* call) {
+  const std::lock_guard lock(mutex_);
+  const std::string path = g_dbus_message_get_path(call);
+  const std::string method = g_dbus_message_get_member(call);
+  const std::string interface = g_dbus_message_get_interface(call);
+  GVariant* const arguments = g_dbus_message_get_body(call);
+  if (answer_) {
+    if (GVariant* const given = answer_(path, method)) return given;
+  }
+  const auto found = objects_.find(path);
+  if (found == objects_.end()) return nullptr;
+  const Object& object = found->second;
+  if (method == "GetRole") return g_variant_new("(u)", object.role);
+  if (method == "GetChildren") return g_variant_new("(@a(so))", references(object.children));
+  if (method == "GetAll") return g_variant_new("(@a{sv})", properties(object));
+  if (method == "GetAttributes") {
+    const bool ofDocument = interface.ends_with("Document");
+    return g_variant_new("(@a{ss})",
+                         dictionary(ofDocument ? object.documentAttributes : object.attributes));
+  }
+  if (method == "Get") {
+    const char* name = nullptr;
+    g_variant_get(arguments, "(s&s)", nullptr, &name);
+    const std::string wanted = name;
+    const std::string& value = wanted == "ToolkitName"   ? toolkit_
+                               : wanted == "Description" ? object.description
+                                                         : object.name;
+    return g_variant_new("(v)", g_variant_new_string(value.c_str()));
+  }
+  if (method == "GetMatches" && collection_) {
+    std::vector<std::string> matches;
+    GVariant* const rule = g_variant_get_child_value(arguments, 0);
+    GVariant* const roles = g_variant_get_child_value(rule, 4);
+    collect(path, roles, matches);
+    g_variant_unref(roles);
+    g_variant_unref(rule);
+    return g_variant_new("(@a(so))", references(matches));
+  }
+  if (method == "GetAccessibleAtPoint") return g_variant_new("(@(so))", reference(path));
+  gint32 index = 0;
+  if (method == "GetName" || method == "DoAction") g_variant_get(arguments, "(i)", &index);
+  const auto actions = static_cast<gint32>(object.actions.size());
+  if (method == "GetName")
+    return g_variant_new("(s)", index < actions ? object.actions[index].c_str() : "");
+  if (method == "DoAction") {
+    performed_.push_back(path + " " + std::to_string(index));
+    return g_variant_new("(b)", object.takesActions);
+  }
+  return nullptr;
+}
+
+GVariant* AccessibleProgram::properties(const Object& object) const {
+  GVariantBuilder builder;
+  g_variant_builder_init(&builder, G_VARIANT_TYPE_VARDICT);
+  g_variant_builder_add(&builder, "{sv}", "Name", g_variant_new_string(object.name.c_str()));
+  g_variant_builder_add(&builder, "{sv}", "Description",
+                        g_variant_new_string(object.description.c_str()));
+  if (attributesInProperties_)
+    g_variant_builder_add(&builder, "{sv}", "Attributes", dictionary(object.attributes));
+  return g_variant_builder_end(&builder);
+}
+
+GVariant* AccessibleProgram::reference(const std::string& path) const {
+  return g_variant_new("(so)", busName().c_str(), path.c_str());
+}
+
+GVariant* AccessibleProgram::references(const std::vector<std::string>& paths) const {
+  GVariantBuilder builder;
+  g_variant_builder_init(&builder, G_VARIANT_TYPE("a(so)"));
+  for (const std::string& path : paths) g_variant_builder_add_value(&builder, reference(path));
+  return g_variant_builder_end(&builder);
+}
+
+void AccessibleProgram::collect(const std::string& path, GVariant* roles,
+                                std::vector<std::string>& found) const {
+  const auto object = objects_.find(path);
+  if (object == objects_.end()) return;
+  for (const std::string& child : object->second.children) {
+    const auto known = objects_.find(child);
+    if (known == objects_.end()) continue;
+    gint32 bits = 0;
+    g_variant_get_child(roles, known->second.role / 32, "i", &bits);
+    if (static_cast<guint32>(bits) >> known->second.role % 32 & 1U) found.push_back(child);
+    collect(child, roles, found);
+  }
+}
+
+}  // namespace hushbox

@@ -1,0 +1,80 @@
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <tuple>
+
+#include "platform/linux/AtspiAccessibilityTree.h"
+#include "rehearsal/Desk.h"
+#include "tests/linux/TeamsReader.h"
+
+namespace hushbox {
+namespace {
+
+using rehearsal::Desk;
+using rehearsal::holdsWithin;
+using rehearsal::MeetingPage;
+using rehearsal::patience;
+
+constexpr const char* live = MeetingPage::labelWhenLive;
+constexpr const char* muted = MeetingPage::labelWhenMuted;
+
+/// A meeting whose window nobody sees: a browser then leaves its tree as it was.
+class AtspiHiddenWindow : public testing::TestWithParam<bool> {
+ protected:
+  static Desk::Options options() {
+    Desk::Options options;
+    options.audio.reset();
+    options.display = true;
+    options.headlessBrowser = GetParam();
+    return options;
+  }
+
+  void findMeeting() {
+    ASSERT_TRUE(holdsWithin([&] { return reader_.read() == live; }, patience));
+  }
+
+  /// Changes the meeting from inside and from outside, and reads right after each change.
+  void expectTrueLabels() {
+    bool wanted = false;
+    for (int change = 0; change < 12; ++change) {
+      meeting_.pressMicrophone();
+      wanted = !wanted;
+      EXPECT_EQ(reader_.read(), wanted ? muted : live) << "changed in the page, " << change;
+      EXPECT_EQ(reader_.press(), accessibility::success);
+      wanted = !wanted;
+      EXPECT_EQ(reader_.read(), wanted ? muted : live) << "pressed, " << change;
+      EXPECT_EQ(meeting_.isMuted(), wanted);
+    }
+  }
+
+  Desk desk_{options()};
+  MeetingPage meeting_{desk_.browser()};
+  AtspiAccessibilityTree tree_;
+  TeamsReader reader_{tree_, tree_.workspace()};
+};
+
+TEST_P(AtspiHiddenWindow, LabelsAreTrueAtOnceWhileItIsMinimised) {
+  findMeeting();
+  meeting_.page().minimise();
+  expectTrueLabels();
+  meeting_.page().restore();
+  expectTrueLabels();
+}
+
+INSTANTIATE_TEST_SUITE_P(Headless, AtspiHiddenWindow, testing::Values(true));
+INSTANTIATE_TEST_SUITE_P(Windows, AtspiHiddenWindow, testing::Values(false));
+
+/// Only windows on a display can cover one another.
+using AtspiCoveredWindow = AtspiHiddenWindow;
+
+TEST_P(AtspiCoveredWindow, LabelsAreTrueAtOnceWhileItIsCovered) {
+  findMeeting();
+  const auto cover = meeting_.page().cover();
+  expectTrueLabels();
+  cover->close();
+}
+
+INSTANTIATE_TEST_SUITE_P(Windows, AtspiCoveredWindow, testing::Values(false));
+
+}  // namespace
+}  // namespace hushbox
