@@ -35,7 +35,7 @@ class AtspiTeams {
   static constexpr std::chrono::milliseconds wakingWait{500};
   /// From the question to the page's reply it took 20 ms at most, and 80 ms with three busy
   /// programs to each processor.
-  static constexpr std::chrono::milliseconds labelWait{30};
+  static constexpr std::chrono::milliseconds labelWait{50};
   /// For how long something read is taken for what is so now.
   static constexpr std::chrono::milliseconds freshness{100};
   /// No sane desktop has more; what a program claims beyond is not looked at.

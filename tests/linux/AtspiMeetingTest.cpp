@@ -80,7 +80,7 @@ TEST_F(AtspiMeeting, CheckBoxAndToggleButtonAreRecognisedAndPressed) {
     ASSERT_TRUE(reads(live)) << role;
     EXPECT_EQ(reader_.text(reader_.button(), "AXRole"), role);
     EXPECT_EQ(reader_.press(), accessibility::success);
-    EXPECT_EQ(reader_.read(), muted);
+    EXPECT_TRUE(reads(muted));
     EXPECT_TRUE(meeting->isMuted());
     meeting->close();
     ASSERT_TRUE(reads(TeamsReader::notRunning)) << role;
@@ -128,10 +128,10 @@ TEST_F(AtspiMeeting, MeetingInATabBehindIsStillReadAndPressed) {
   ASSERT_TRUE(holdsWithin([&] { return meeting->page().isHidden(); }, patience));
   for (const bool wanted : {true, false, true}) {
     meeting->pressMicrophone();
-    EXPECT_EQ(reader_.read(), wanted ? muted : live);
+    EXPECT_TRUE(reads(wanted ? muted : live));
   }
   EXPECT_EQ(reader_.press(), accessibility::success);
-  EXPECT_EQ(reader_.read(), live);
+  EXPECT_TRUE(reads(live));
   EXPECT_FALSE(meeting->isMuted());
   // Also found anew: the document is remembered, not only the button.
   TeamsReader another(tree_, tree_.workspace());
@@ -151,7 +151,7 @@ TEST_F(AtspiMeeting, ReloadMakesTheButtonInvalidAndItIsFoundAgain) {
   EXPECT_EQ(tree_.copyAttributeValue(before, "AXRole", value), accessibility::invalidElement);
   EXPECT_EQ(tree_.performAction(before, "AXPress"), accessibility::invalidElement);
   EXPECT_EQ(reader_.press(), accessibility::success);
-  EXPECT_EQ(reader_.read(), muted);
+  EXPECT_TRUE(reads(muted));
   meeting->close();
 }
 
@@ -172,7 +172,7 @@ TEST_F(AtspiMeeting, PressThatChangesNothingIsStillAPress) {
   const auto meeting = meet(options);
   ASSERT_TRUE(reads(live));
   EXPECT_EQ(reader_.press(), accessibility::success);
-  EXPECT_EQ(reader_.read(), live);
+  EXPECT_TRUE(reads(live));
   EXPECT_THAT(meeting->presses(), SizeIs(1));
   meeting->close();
 }
