@@ -91,8 +91,8 @@ class StreamMover {
       : client_(session.environment().at("PULSE_SERVER"), "Mixer") {}
 
   void moveTo(const char* source) {
-    source_ = source;
     const rehearsal::AudioClient::Lock lock(client_);
+    source_ = source;
     pa_operation_unref(pa_context_get_source_output_info_list(client_.context(), move, this));
   }
 
