@@ -1,3 +1,7 @@
+# What the sanitizers need to know; every run of ours gets it.
+set(HUSHBOX_TEST_ENVIRONMENT
+  "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/tsan.supp:ignore_noninstrumented_modules=1:history_size=4;UBSAN_OPTIONS=print_stacktrace=1;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/lsan.supp:print_suppressions=0")
+
 # hushbox_add_test(NAME TARGET [FILTER <gtest filter>] [TIMEOUT <seconds>] [REAL_SERVERS])
 # Registers one run of a GoogleTest binary. Its results go to results/NAME.xml in the build folder,
 # where the closing line of script/test is counted from. Runs with REAL_SERVERS have the machine
@@ -14,7 +18,7 @@ function(hushbox_add_test NAME TARGET)
     COMMAND ${TARGET} --gtest_filter=${ARG_FILTER}
       --gtest_output=xml:${CMAKE_BINARY_DIR}/results/${NAME}.xml)
   set_tests_properties(${NAME} PROPERTIES TIMEOUT ${ARG_TIMEOUT}
-    ENVIRONMENT "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/tsan.supp:ignore_noninstrumented_modules=1:history_size=4;UBSAN_OPTIONS=print_stacktrace=1;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/lsan.supp:print_suppressions=0")
+    ENVIRONMENT "${HUSHBOX_TEST_ENVIRONMENT}")
   if(ARG_REAL_SERVERS)
     set_tests_properties(${NAME} PROPERTIES RUN_SERIAL ON)
   endif()

@@ -142,7 +142,7 @@ TEST_F(AtspiPrograms, ProgramThatCannotSearchIsWalked) {
   client->put("/text", {.role = 61, .name = "Mute mic"});
   client->put("/bar", {.role = 63, .children = {"/text", "/mic"}});
   Object frame{.role = 23, .name = "Weekly sync"};
-  for (int i = 0; i < 300; ++i) {
+  for (int i = 0; i < 80; ++i) {
     const std::string path = "/panel" + std::to_string(i);
     client->put(path, {.role = 39, .name = "Panel"});
     frame.children.push_back(path);
