@@ -152,12 +152,12 @@ TEST_F(StatusNotifierMenuBarTest, FrozenBusKeepsNobodyWaiting) {
   session_.bus().freeze();
   const auto begin = Clock::now();
   startMenuBar(100ms);
-  EXPECT_LT(Clock::now() - begin, 10s);
+  EXPECT_LT(Clock::now() - begin, patience);
   waitForLog();
   EXPECT_THAT(log_.lines, ElementsAre(HasSubstr("does not answer")));
   const auto end = Clock::now();
   menuBar_.reset();
-  EXPECT_LT(Clock::now() - end, 10s);
+  EXPECT_LT(Clock::now() - end, patience);
   session_.bus().thaw();
 }
 
@@ -170,7 +170,8 @@ TEST_F(StatusNotifierMenuBarTest, BusThatFreezesLaterKeepsNobodyWaiting) {
   for (int i = 0; i < 200; ++i)
     menuBar_->setRows({{.kind = MenuRow::Kind::text, .text = filling + std::to_string(i)}});
   menuBar_.reset();
-  EXPECT_LT(Clock::now() - begin, 20s);
+  // Waiting for such a bus would have no end.
+  EXPECT_LT(Clock::now() - begin, 2 * patience);
   session_.bus().thaw();
 }
 
