@@ -13,8 +13,8 @@ namespace {
 constexpr const char* daemonName = "org.freedesktop.Notifications";
 constexpr const char* daemonPath = "/org/freedesktop/Notifications";
 
-// As the desktop notifications protocol writes it: an urgency of "normal", and the daemon's own choice
-// of how long to show.
+// As the desktop notifications protocol writes it: an urgency of "normal", and the daemon's own
+// choice of how long to show.
 constexpr guchar normalUrgency = 1;
 constexpr gint32 defaultExpiry = -1;
 
