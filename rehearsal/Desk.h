@@ -25,6 +25,7 @@ namespace hushbox::rehearsal {
 /// - AudioServer: PulseAudio or PipeWire, a speakerphone to plug in, press, record from; decoys.
 /// - Browser, BrowserPage, MeetingPage: a real Chromium driven over a pipe, the meeting window.
 /// - NotificationDaemon (dunst), NotificationMonitor, SilentNotificationDaemon.
+/// - Made apart, in its session: Panel (xfce4-panel's tray), PowerDaemon (UPower with a battery).
 ///
 /// How to use it in a test, one desk for a whole suite (it is up in one to three seconds):
 ///

@@ -1,12 +1,7 @@
 #include "rehearsal/Hushbox.h"
 
-#include <sys/wait.h>
-
-#include <csignal>
 #include <fstream>
 #include <iterator>
-
-#include "rehearsal/DeskError.h"
 
 namespace hushbox::rehearsal {
 namespace {
@@ -54,13 +49,9 @@ void Hushbox::mark() {
   mark_ = log().size();
 }
 
-int Hushbox::quit() {
-  ::kill(process_->pid(), SIGTERM);
-  waitUntil([this] { return !process_->isRunning(); }, patience, "Hushbox's end");
-  siginfo_t info{};
-  waitid(P_PID, static_cast<id_t>(process_->pid()), &info, WEXITED | WNOHANG | WNOWAIT);
-  if (info.si_code != CLD_EXITED) throw DeskError("Hushbox was ended by a signal");
-  return info.si_status;
+int Hushbox::quit(int signal) {
+  ::kill(process_->pid(), signal);
+  return waitForEnd();
 }
 
 }  // namespace hushbox::rehearsal

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <memory>
 #include <string>
 
@@ -22,8 +23,12 @@ class Hushbox {
   /// Forgets the log up to here for `waitForLog`.
   void mark();
 
-  /// Asks it to end (SIGTERM) and returns its exit status.
-  int quit();
+  pid_t pid() const { return process_->pid(); }
+
+  /// Asks it to end by a signal and returns its exit status.
+  int quit(int signal = SIGTERM);
+  /// Waits for it to end and returns its exit status. Throws DeskError when a signal ended it.
+  int waitForEnd() const { return process_->waitForExit(); }
 
  private:
   std::string path_;

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "rehearsal/BusConnection.h"
 #include "rehearsal/Session.h"
 
 namespace hushbox::rehearsal {
@@ -14,6 +15,9 @@ class NotificationDaemon {
   /// dunst.
   explicit NotificationDaemon(const Session& session);
 
+  /// How many notifications it says that it shows on the display at present.
+  unsigned shownNow() const;
+
   pid_t pid() const { return process_->pid(); }
   /// Ends it as a crash would.
   void kill() { process_->kill(); }
@@ -22,6 +26,7 @@ class NotificationDaemon {
   void thaw() { process_->thaw(); }
 
  private:
+  BusConnection bus_;
   std::unique_ptr<ServerProcess> process_;
 };
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <future>
 #include <sstream>
 
 #include "rehearsal/DeskError.h"
@@ -130,7 +129,8 @@ std::optional<Panel::Area> Panel::menu() const {
 }
 
 Panel::Area Panel::waitForMenu() const {
-  waitUntil([&] { return rowHeight(rows()).has_value(); }, patience, "a menu with all rows");
+  waitUntil([&] { return rowHeight(itemMenu().rows()).has_value(); }, patience,
+            "a menu with all rows");
   return *menu();
 }
 
@@ -151,37 +151,30 @@ std::optional<int> Panel::rowHeight(const std::vector<Row>& rows) const {
   return fits ? std::optional(height) : std::nullopt;
 }
 
-std::vector<Panel::Row> Panel::rows() const {
+std::string Panel::item() const {
   const std::vector<std::string> all = items();
   if (all.empty()) throw DeskError("there is no item in the panel");
-  const std::string item = all.front().substr(0, all.front().find('/'));
-  // The item may live on this thread, so this thread has to go on meanwhile.
-  auto call = std::async(std::launch::async, [&] {
-    return bus_.call(item, "/MenuBar", "com.canonical.dbusmenu", "GetLayout",
-                     g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)));
-  });
-  waitUntil([&] { return call.wait_for(Milliseconds{0}) == std::future_status::ready; }, patience,
-            "the item's menu layout");
-  const Variant answer = call.get();
-  GVariantIter* children = nullptr;
-  g_variant_get(answer.get(), "(u(ia{sv}av))", nullptr, nullptr, nullptr, &children);
-  std::vector<Row> rows;
-  for (GVariant* child = nullptr; g_variant_iter_next(children, "v", &child);) {
-    const Variant owned(child);
-    const Variant properties(g_variant_get_child_value(child, 1));
-    const char* text = nullptr;
-    Row row;
-    row.separator = !g_variant_lookup(properties.get(), "label", "&s", &text);
-    if (text) row.text = text;
-    rows.push_back(row);
-  }
-  g_variant_iter_free(children);
-  return rows;
+  return all.front().substr(0, all.front().find('/'));
+}
+
+ItemMenu Panel::itemMenu() const {
+  return {bus_, item()};
+}
+
+std::string Panel::toolTip() const {
+  const Variant answer =
+      bus_.call(item(), "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
+                g_variant_new("(ss)", "org.kde.StatusNotifierItem", "ToolTip"));
+  GVariant* boxed = nullptr;
+  g_variant_get(answer.get(), "(v)", &boxed);
+  const char* text = "";
+  g_variant_get_child(Variant(boxed).get(), 3, "&s", &text);
+  return text;
 }
 
 void Panel::clickRow(const std::string& text) {
   const Area area = waitForMenu();
-  const std::vector<Row> all = rows();
+  const std::vector<Row> all = itemMenu().rows();
   const auto wanted = std::ranges::find(all, text, &Row::text);
   if (wanted == all.end()) throw DeskError("the menu has no row \"" + text + "\"");
   const auto index = static_cast<std::size_t>(wanted - all.begin());

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "rehearsal/BusConnection.h"
+#include "rehearsal/ItemMenu.h"
 #include "rehearsal/Session.h"
 
 namespace hushbox::rehearsal {
@@ -40,6 +41,10 @@ class Panel {
   std::vector<std::string> items() const;
   /// Waits until the item is shown and returns where. Throws DeskError at the deadline.
   Area waitForItem() const;
+  /// The first item's menu. Throws DeskError when there is no item.
+  ItemMenu itemMenu() const;
+  /// What the first item's tool tip says. The item must live in another process.
+  std::string toolTip() const;
 
   /// Clicks on the item and waits for its menu, like waitForMenu().
   Area openMenu();
@@ -60,14 +65,12 @@ class Panel {
   void picture(const Area& area, const std::filesystem::path& file) const;
 
  private:
-  struct Row {
-    std::string text;
-    bool separator = false;
-  };
+  using Row = ItemMenu::Row;
   static int separatorsIn(const std::vector<Row>& rows, std::size_t count);
 
   void configure(Session& session) const;
-  std::vector<Row> rows() const;
+  /// The bus name of the first item.
+  std::string item() const;
   /// The height of one row of the open menu; nothing when it has other rows than those.
   std::optional<int> rowHeight(const std::vector<Row>& rows) const;
   std::vector<Area> windows() const;

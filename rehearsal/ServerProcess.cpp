@@ -175,6 +175,15 @@ void ServerProcess::waitUntilReady(const std::function<bool()>& predicate, std::
                   std::string(awaited) + " (" + launch_.command.front() + ")" + lastWords());
 }
 
+int ServerProcess::waitForExit(Milliseconds deadline) const {
+  const std::string& name = launch_.command.front();
+  waitUntil([this] { return !isRunning(); }, deadline, "the end of " + name);
+  siginfo_t info{};
+  waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT);
+  if (info.si_code != CLD_EXITED) throw DeskError(name + " was ended by a signal" + lastWords());
+  return info.si_status;
+}
+
 std::string ServerProcess::lastWords() const {
   constexpr std::size_t enough = 600;
   std::ifstream log(launch_.log);

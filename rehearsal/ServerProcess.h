@@ -38,6 +38,10 @@ class ServerProcess {
   pid_t pid() const { return pid_; }
   bool isRunning() const;
 
+  /// Waits for it to end by itself and returns its exit status. Throws DeskError when it does not,
+  /// or when a signal ended it.
+  int waitForExit(Milliseconds deadline = patience) const;
+
   /// Ends the process and its group: SIGTERM, and SIGKILL when the deadline has passed.
   void stop(Milliseconds deadline = Milliseconds{2000});
   /// Ends the process and its group at once, as a crash would (SIGKILL).

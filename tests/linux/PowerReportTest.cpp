@@ -1,18 +1,15 @@
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 
-#include <array>
 #include <chrono>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/SpawnedChildProcesses.h"
 #include "rehearsal/BusConnection.h"
+#include "rehearsal/PowerDaemon.h"
 #include "rehearsal/Session.h"
 #include "rehearsal/Waiting.h"
 #include "tests/linux/ScopedEnvironment.h"
@@ -42,18 +39,6 @@ class PowerReportTest : public testing::Test {
  protected:
   PowerReportTest() { session_.applyToThisProcess(); }
 
-  bool hasDevices() const {
-    try {
-      const auto answer = bus_.call(upower, upowerPath, upower, "EnumerateDevices", nullptr);
-      GVariant* const paths = g_variant_get_child_value(answer.get(), 0);
-      const bool some = g_variant_n_children(paths) > 0;
-      g_variant_unref(paths);
-      return some;
-    } catch (const std::exception&) {
-      return false;
-    }
-  }
-
   rehearsal::Session session_{{.systemBus = true}};
   rehearsal::BusConnection bus_{session_.systemBusAddress()};
 };
@@ -62,54 +47,24 @@ class PowerReportTest : public testing::Test {
 class PowerReportUPowerTest : public PowerReportTest {
  protected:
   void SetUp() override {
-    if (access("/usr/libexec/upowerd", X_OK) != 0 || access("/usr/bin/umockdev-wrapper", X_OK) != 0)
+    if (!rehearsal::PowerDaemon::isInstalled())
       GTEST_SKIP() << "UPower or umockdev is not installed.";
   }
-
-  void start(std::vector<std::string> battery) {
-    std::array<int, 2> ends{};
-    ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
-    const Descriptor reading(ends[0]);
-    commands_.reset(ends[1]);
-    std::vector<std::string> command = {"/usr/bin/umockdev-wrapper",
-                                        HUSHBOX_FIXTURES "/upower-device"};
-    command.insert(command.end(), battery.begin(), battery.end());
-    process_ = std::make_unique<rehearsal::ServerProcess>(
-        rehearsal::ServerProcess::Launch{command,
-                                         session_.environment(),
-                                         session_.folder() / "upower.log",
-                                         {{reading.get(), STDIN_FILENO}}});
-    process_->waitUntilReady([this] { return hasDevices(); }, "UPower with the battery");
-  }
-
-  void command(const std::string& line) const {
-    const std::string text = line + '\n';
-    ASSERT_EQ(write(commands_.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
-  }
-
-  static void waitForReport(const std::string& expected) {
-    std::string last;
-    rehearsal::holdsWithin([&] { return (last = report()) == expected; }, rehearsal::patience);
-    EXPECT_EQ(last, expected);
-  }
-
-  Descriptor commands_;
-  std::unique_ptr<rehearsal::ServerProcess> process_;
 };
 
 TEST_F(PowerReportUPowerTest, RealUPowerIsReportedThroughChangesAndUnplugging) {
-  start({"Jabra Speak2 75", "62", "Discharging"});
-  waitForReport(" -Jabra Speak2 75\t62%; discharging; present: true\n");
-  command("63 Charging");
-  waitForReport(" -Jabra Speak2 75\t63%; charging; present: true\n");
-  command("100 Full");
-  waitForReport(" -Jabra Speak2 75\t100%; charged; present: true\n");
-  command("unplug");
-  waitForReport("");
+  rehearsal::PowerDaemon daemon(session_, {.percent = 62});
+  EXPECT_EQ(report(), " -Jabra Speak2 75\t62%; discharging; present: true\n");
+  daemon.change(63, "Charging");
+  EXPECT_EQ(report(), " -Jabra Speak2 75\t63%; charging; present: true\n");
+  daemon.change(100, "Full");
+  EXPECT_EQ(report(), " -Jabra Speak2 75\t100%; charged; present: true\n");
+  daemon.unplug();
+  EXPECT_EQ(report(), "");
 }
 
 TEST_F(PowerReportUPowerTest, BatteryOfTheComputerIsNotReported) {
-  start({"Jabra Laptop", "62", "Discharging", "System"});
+  const rehearsal::PowerDaemon daemon(session_, {.model = "Jabra Laptop", .scope = "System"});
   EXPECT_EQ(report(), "");
 }
 
