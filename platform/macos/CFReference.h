@@ -1,0 +1,41 @@
+#pragma once
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <utility>
+
+namespace hushbox {
+
+/// Owns one reference to a Core Foundation object, or none. Any thread, as the object allows.
+template <typename Ref>
+class CFReference {
+ public:
+  CFReference() = default;
+  /// Takes over the reference that a function with Create or Copy in its name gave.
+  static CFReference adopting(Ref object) { return CFReference(object); }
+  /// Adds a reference of its own to an object that somebody else holds.
+  static CFReference retaining(Ref object) {
+    if (object) CFRetain(object);
+    return CFReference(object);
+  }
+  ~CFReference() {
+    if (object_) CFRelease(object_);
+  }
+  CFReference(CFReference&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  CFReference& operator=(CFReference&& other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+  }
+  CFReference(const CFReference&) = delete;
+  CFReference& operator=(const CFReference&) = delete;
+
+  explicit operator bool() const { return object_ != nullptr; }
+  Ref get() const { return object_; }
+
+ private:
+  explicit CFReference(Ref object) : object_(object) {}
+
+  Ref object_ = nullptr;
+};
+
+}  // namespace hushbox
