@@ -1,0 +1,126 @@
+#import "platform/macos/StatusItemMenuBar.h"
+
+#import <AppKit/AppKit.h>
+
+#include <utility>
+
+#import "platform/macos/CGCanvas.h"
+#import "platform/macos/HushboxRowAction.h"
+#import "platform/macos/StringConversion.h"
+
+namespace hushbox {
+namespace {
+
+using Kind = MenuRow::Kind;
+
+bool isCommand(const MenuRow& row) {
+  return row.kind == Kind::button || row.kind == Kind::toggle;
+}
+
+NSString* title(const MenuRow& row) {
+  NSString* text = stringFromUtf8(row.text);
+  if (!row.localized) return text;
+  return [NSBundle.mainBundle localizedStringForKey:text value:nil table:nil];
+}
+
+/// Whether the item that shows `shown` may show `row` from now on.
+bool canBecome(const MenuRow& shown, const MenuRow& row) {
+  return shown.kind == row.kind && (!isCommand(row) || shown.text == row.text);
+}
+
+void edit(NSMenuItem* item, const MenuRow& row) {
+  if (row.kind == Kind::separator) return;
+  item.title = title(row);
+  if (!isCommand(row)) {
+    item.enabled = NO;
+    return;
+  }
+  HushboxRowAction* action = [[HushboxRowAction alloc] initWithAction:row.action];
+  item.representedObject = action;
+  item.target = action;
+  item.action = @selector(run:);
+  item.enabled = row.enabled;
+  item.state = row.kind == Kind::toggle && row.on ? NSControlStateValueOn : NSControlStateValueOff;
+  item.keyEquivalent = stringFromUtf8(row.keyEquivalent);
+  item.keyEquivalentModifierMask = NSEventModifierFlagCommand;
+}
+
+NSMenuItem* makeItem(const MenuRow& row) {
+  if (row.kind == Kind::separator) return [NSMenuItem separatorItem];
+  return [[NSMenuItem alloc] initWithTitle:@"" action:nil keyEquivalent:@""];
+}
+
+NSImage* nativeImage(const Image& icon) {
+  // The image may be drawn long after this: nothing of `icon` may be left in the block.
+  const auto draw = icon.draw;
+  NSImage* image = [NSImage imageWithSize:NSMakeSize(icon.width, icon.height)
+                                  flipped:icon.flipped
+                           drawingHandler:^BOOL(NSRect) {
+                             if (!draw) return NO;
+                             CGContextRef context = NSGraphicsContext.currentContext.CGContext;
+                             if (!context) return draw(nullptr);
+                             CGCanvas canvas(context);
+                             return draw(&canvas);
+                           }];
+  [image setTemplate:icon.isTemplate];
+  return image;
+}
+
+}  // namespace
+
+struct StatusItemMenuBar::Item {
+  NSStatusItem* statusItem;
+  NSMenu* menu;
+  /// What the menu's items show, one by one.
+  std::vector<MenuRow> shown;
+};
+
+StatusItemMenuBar::StatusItemMenuBar() : item_(std::make_unique<Item>()) {
+  @autoreleasepool {
+    item_->statusItem =
+        [NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength];
+    item_->menu = [[NSMenu alloc] initWithTitle:@""];
+    // Which rows can be chosen is said by the rows.
+    item_->menu.autoenablesItems = NO;
+    item_->statusItem.menu = item_->menu;
+  }
+}
+
+StatusItemMenuBar::~StatusItemMenuBar() {
+  @autoreleasepool {
+    [NSStatusBar.systemStatusBar removeStatusItem:item_->statusItem];
+  }
+}
+
+void StatusItemMenuBar::setIcon(const Image& icon, const std::string& description) {
+  @autoreleasepool {
+    NSStatusBarButton* button = item_->statusItem.button;
+    button.image = nativeImage(icon);
+    [button setAccessibilityLabel:stringFromUtf8(description)];
+  }
+}
+
+void StatusItemMenuBar::setRows(std::vector<MenuRow> rows) {
+  @autoreleasepool {
+    NSMenu* menu = item_->menu;
+    std::vector<MenuRow>& shown = item_->shown;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      std::size_t old = i;
+      while (old < shown.size() && !canBecome(shown[old], rows[i])) ++old;
+      const auto place = shown.begin() + static_cast<std::ptrdiff_t>(i);
+      if (old >= shown.size()) {
+        shown.insert(place, rows[i]);
+        [menu insertItem:makeItem(rows[i]) atIndex:static_cast<NSInteger>(i)];
+      } else {
+        shown.erase(place, shown.begin() + static_cast<std::ptrdiff_t>(old));
+        for (; old > i; --old) [menu removeItemAtIndex:static_cast<NSInteger>(i)];
+      }
+      edit([menu itemAtIndex:static_cast<NSInteger>(i)], rows[i]);
+    }
+    while (menu.numberOfItems > static_cast<NSInteger>(rows.size()))
+      [menu removeItemAtIndex:menu.numberOfItems - 1];
+    item_->shown = std::move(rows);
+  }
+}
+
+}  // namespace hushbox
