@@ -8,9 +8,9 @@
 /// weakly and so keeps this as its represented object. Main thread only.
 @interface HushboxRowAction : NSObject
 
-- (instancetype)initWithAction:(std::function<void()>)action;
+@property(nonatomic) std::function<void()> onChoice;
 
-/// Runs the action; the sender is ignored.
+/// Calls `onChoice`; the sender is ignored.
 - (void)run:(id)sender;
 
 @end

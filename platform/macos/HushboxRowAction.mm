@@ -1,21 +1,11 @@
 #import "platform/macos/HushboxRowAction.h"
 
-#include <utility>
-
-@implementation HushboxRowAction {
-  std::function<void()> _action;
-}
-
-- (instancetype)initWithAction:(std::function<void()>)action {
-  self = [super init];
-  if (self) _action = std::move(action);
-  return self;
-}
+@implementation HushboxRowAction
 
 - (void)run:(id)sender {
   (void)sender;
-  // A copy: the action may replace the rows, and this with them.
-  const std::function<void()> action = _action;
+  // A copy: it may replace the rows, and this with them.
+  const std::function<void()> action = self.onChoice;
   if (action) action();
 }
 

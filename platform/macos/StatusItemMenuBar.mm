@@ -28,26 +28,26 @@ bool canBecome(const MenuRow& shown, const MenuRow& row) {
   return shown.kind == row.kind && (!isCommand(row) || shown.text == row.text);
 }
 
-void edit(NSMenuItem* item, const MenuRow& row) {
-  if (row.kind == Kind::separator) return;
-  item.title = title(row);
-  if (!isCommand(row)) {
-    item.enabled = NO;
-    return;
-  }
-  HushboxRowAction* action = [[HushboxRowAction alloc] initWithAction:row.action];
+NSMenuItem* makeItem(const MenuRow& row) {
+  if (row.kind == Kind::separator) return [NSMenuItem separatorItem];
+  NSMenuItem* item = [[NSMenuItem alloc] initWithTitle:@"" action:nil keyEquivalent:@""];
+  if (!isCommand(row)) return item;
+  HushboxRowAction* action = [[HushboxRowAction alloc] init];
   item.representedObject = action;
   item.target = action;
   item.action = @selector(run:);
-  item.enabled = row.enabled;
+  return item;
+}
+
+void edit(NSMenuItem* item, const MenuRow& row) {
+  if (row.kind == Kind::separator) return;
+  item.title = title(row);
+  item.enabled = isCommand(row) && row.enabled;
+  if (!isCommand(row)) return;
+  static_cast<HushboxRowAction*>(item.representedObject).onChoice = row.action;
   item.state = row.kind == Kind::toggle && row.on ? NSControlStateValueOn : NSControlStateValueOff;
   item.keyEquivalent = stringFromUtf8(row.keyEquivalent);
   item.keyEquivalentModifierMask = NSEventModifierFlagCommand;
-}
-
-NSMenuItem* makeItem(const MenuRow& row) {
-  if (row.kind == Kind::separator) return [NSMenuItem separatorItem];
-  return [[NSMenuItem alloc] initWithTitle:@"" action:nil keyEquivalent:@""];
 }
 
 NSImage* nativeImage(const Image& icon) {
