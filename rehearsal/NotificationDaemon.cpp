@@ -7,6 +7,8 @@ namespace hushbox::rehearsal {
 namespace {
 
 constexpr const char* busName = "org.freedesktop.Notifications";
+constexpr const char* path = "/org/freedesktop/Notifications";
+constexpr const char* dunst = "org.dunstproject.cmd0";
 
 }  // namespace
 
@@ -17,12 +19,16 @@ NotificationDaemon::NotificationDaemon(const Session& session) : bus_(session.bu
 }
 
 unsigned NotificationDaemon::shownNow() const {
-  const Variant answer =
-      bus_.call(busName, "/org/freedesktop/Notifications", "org.freedesktop.DBus.Properties", "Get",
-                g_variant_new("(ss)", "org.dunstproject.cmd0", "displayedLength"));
+  const Variant answer = bus_.call(busName, path, "org.freedesktop.DBus.Properties", "Get",
+                                   g_variant_new("(ss)", dunst, "displayedLength"));
   GVariant* boxed = nullptr;
   g_variant_get(answer.get(), "(v)", &boxed);
   return g_variant_get_uint32(Variant(boxed).get());
+}
+
+void NotificationDaemon::closeAll() const {
+  bus_.call(busName, path, dunst, "NotificationCloseAll", nullptr);
+  waitUntil([this] { return shownNow() == 0; }, patience, "the notifications to be taken away");
 }
 
 }  // namespace hushbox::rehearsal

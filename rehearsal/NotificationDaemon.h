@@ -17,6 +17,8 @@ class NotificationDaemon {
 
   /// How many notifications it says that it shows on the display at present.
   unsigned shownNow() const;
+  /// Takes them all off the display, as a person who clicks on each.
+  void closeAll() const;
 
   pid_t pid() const { return process_->pid(); }
   /// Ends it as a crash would.

@@ -117,6 +117,8 @@ std::string Performance::startCallOnLowBattery() {
   if (shown.size() != 1 || shown.front().title != title) {
     throw DeskError("the warning reads " + quoted(shown.front().title));
   }
+  // It would lie where the menu comes down.
+  desk_.notificationDaemon().closeAll();
   return "dunst: one notification, " + quoted(title) + ", " + quoted(shown.front().body);
 }
 

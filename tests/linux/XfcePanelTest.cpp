@@ -1,7 +1,5 @@
-#include <cairo.h>
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <array>
 #include <concepts>
 #include <cstdlib>
@@ -16,6 +14,7 @@
 #include "platform/linux/StatusNotifierMenuBar.h"
 #include "rehearsal/Panel.h"
 #include "tests/linux/PanelTest.h"
+#include "tests/linux/Picture.h"
 
 namespace hushbox {
 namespace {
@@ -28,41 +27,7 @@ using rehearsal::Session;
 using rehearsal::waitUntil;
 using std::chrono::milliseconds;
 
-using Pixel = std::array<int, 3>;
-
-/// What an area of the display shows.
-class Picture {
- public:
-  explicit Picture(const std::filesystem::path& file)
-      : surface_(cairo_image_surface_create_from_png(file.c_str())) {}
-  ~Picture() { cairo_surface_destroy(surface_); }
-  Picture(const Picture&) = delete;
-  Picture& operator=(const Picture&) = delete;
-
-  int width() const { return cairo_image_surface_get_width(surface_); }
-  int height() const { return cairo_image_surface_get_height(surface_); }
-  Pixel at(int x, int y) const {
-    const auto* row = cairo_image_surface_get_data(surface_) +
-                      std::ptrdiff_t{y} * cairo_image_surface_get_stride(surface_);
-    const std::uint32_t pixel = reinterpret_cast<const std::uint32_t*>(row)[x];
-    return {static_cast<int>(pixel >> 16 & 0xff), static_cast<int>(pixel >> 8 & 0xff),
-            static_cast<int>(pixel & 0xff)};
-  }
-  template <typename Predicate>
-  int count(Predicate predicate) const {
-    int hits = 0;
-    for (int y = 0; y < height(); ++y)
-      for (int x = 0; x < width(); ++x) hits += predicate(at(x, y));
-    return hits;
-  }
-
- private:
-  cairo_surface_t* surface_;
-};
-
-int difference(const Pixel& a, const Pixel& b) {
-  return std::max({std::abs(a[0] - b[0]), std::abs(a[1] - b[1]), std::abs(a[2] - b[2])});
-}
+using Pixel = Picture::Pixel;
 
 struct State {
   const char* name;
@@ -81,8 +46,7 @@ constexpr std::array states{
     State{"call-muted", true, true, Color::systemRed, "On a call, muted"},
 };
 
-/// The item in a real panel, seen and clicked on. The pictures stay in the folder that
-/// HUSHBOX_SCREENSHOTS names, which is one of the build folder's by default.
+/// The item in a real panel, seen and clicked on.
 class XfcePanelTest : public testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -97,7 +61,6 @@ class XfcePanelTest : public testing::Test {
   }
 
   XfcePanelTest() {
-    std::filesystem::create_directories(folder());
     panel_->setTone(Panel::Tone::Dark);
     menuBar_ = std::make_unique<StatusNotifierMenuBar>(log_);
     show(states[0]);
@@ -108,11 +71,6 @@ class XfcePanelTest : public testing::Test {
     if (panel_->menu()) panel_->closeMenu();
     menuBar_.reset();
     holdsWithin([] { return panel_->items().empty(); }, patience);
-  }
-
-  static std::filesystem::path folder() {
-    const char* chosen = std::getenv("HUSHBOX_SCREENSHOTS");
-    return chosen ? chosen : HUSHBOX_SCREENSHOT_FOLDER;
   }
 
   void show(const State& state) {
@@ -162,7 +120,7 @@ class XfcePanelTest : public testing::Test {
   template <typename Where, typename Predicate>
   requires std::invocable<Where>
   void waitForPicture(const std::string& name, Where where, Predicate isAsAwaited) {
-    const std::filesystem::path file = folder() / (name + ".png");
+    const std::filesystem::path file = Picture::folder() / (name + ".png");
     waitUntil(
         [&] {
           panel_->picture(where(), file);
@@ -178,14 +136,8 @@ class XfcePanelTest : public testing::Test {
   std::string chosen_;
 };
 
-/// How much of the picture stands out from the panel, which its corner shows.
-int standingOut(const Picture& picture) {
-  const Pixel background = picture.at(0, 2);
-  return picture.count([&](const Pixel& pixel) { return difference(pixel, background) > 24; });
-}
-
 bool isOfColour(const Pixel& pixel, std::optional<Color> tint) {
-  if (!tint) return difference(pixel, {pixel[0], pixel[0], pixel[0]}) < 16;
+  if (!tint) return Picture::difference(pixel, {pixel[0], pixel[0], pixel[0]}) < 16;
   const int red = pixel[0], green = pixel[1];
   return *tint == Color::systemRed ? red - green > 80 : green - red > 60;
 }
@@ -203,9 +155,9 @@ TEST_F(XfcePanelTest, EachStateStandsOutFromADarkPanelAndFromALightOne) {
             const Pixel background = picture.at(0, 2);
             const bool rightPanel = (background[0] < 128) == (tone == Panel::Tone::Dark);
             const int coloured = picture.count([&](const Pixel& pixel) {
-              return difference(pixel, background) > 60 && isOfColour(pixel, state.tint);
+              return Picture::difference(pixel, background) > 60 && isOfColour(pixel, state.tint);
             });
-            return rightPanel && standingOut(picture) > 100 && (!state.connected || coloured > 60);
+            return rightPanel && picture.standingOut() > 100 && (!state.connected || coloured > 60);
           });
     }
   }
@@ -214,7 +166,7 @@ TEST_F(XfcePanelTest, EachStateStandsOutFromADarkPanelAndFromALightOne) {
 TEST_F(XfcePanelTest, MenuOpensOnAClickAndShowsEveryRow) {
   const Panel::Area menu = panel_->openMenu();
   waitForPicture("menu-connected", menu,
-                 [](const Picture& picture) { return standingOut(picture) > 500; });
+                 [](const Picture& picture) { return picture.standingOut() > 500; });
   panel_->closeMenu();
   EXPECT_EQ(chosen_, "");
 }
@@ -235,7 +187,7 @@ TEST_F(XfcePanelTest, MenuLooksRightInEveryState) {
     showRows(scene.call, scene.extras);
     const Panel::Area menu = panel_->openMenu();
     waitForPicture(scene.name, {menu.x - 40, 0, menu.width + 40, menu.y + menu.height + 8},
-                   [](const Picture& picture) { return standingOut(picture) > 500; });
+                   [](const Picture& picture) { return picture.standingOut() > 500; });
     panel_->closeMenu();
   }
 }
@@ -245,11 +197,11 @@ TEST_F(XfcePanelTest, OpenMenuChangesItsTextsInPlace) {
   const Panel::Area firstRow{menu.x, menu.y + 4, menu.width, 25};
   int before = 0;
   waitForPicture("row-before", firstRow, [&](const Picture& picture) {
-    return std::exchange(before, standingOut(picture)) == standingOut(picture);
+    return std::exchange(before, picture.standingOut()) == picture.standingOut();
   });
   showRows("On a call — muted, and for longer than before");
   waitForPicture("row-after", firstRow,
-                 [&](const Picture& picture) { return standingOut(picture) > before + 100; });
+                 [&](const Picture& picture) { return picture.standingOut() > before + 100; });
   EXPECT_TRUE(panel_->menu());
 }
 
