@@ -32,11 +32,8 @@ Browser::Browser(const Session& session, const Options& options)
   std::vector<std::string> command = commandLine();
   // The pipe keeps it up without a window too: the desk opens and closes meetings.
   command.insert(command.end(), {"--remote-debugging-pipe", "--no-startup-window"});
-  process_ = std::make_unique<ServerProcess>(
-      ServerProcess::Launch{std::move(command),
-                            session.environment(),
-                            session.folder() / "chromium.log",
-                            {{pipe_->browserEnd(), 3}, {pipe_->browserEnd(), 4}}});
+  process_ = session.start("chromium.log", std::move(command),
+                           {{pipe_->browserEnd(), 3}, {pipe_->browserEnd(), 4}});
   pipe_->closeBrowserEnd();
 }
 

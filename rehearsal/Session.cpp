@@ -193,9 +193,12 @@ Display& Session::display() const {
 }
 
 std::unique_ptr<ServerProcess> Session::start(const std::string& logName,
-                                              std::vector<std::string> command) const {
-  return std::make_unique<ServerProcess>(
-      ServerProcess::Launch{std::move(command), environment_, folder() / logName, {}});
+                                              std::vector<std::string> command,
+                                              std::vector<std::pair<int, int>> descriptors) const {
+  auto process = std::make_unique<ServerProcess>(ServerProcess::Launch{
+      std::move(command), environment_, folder() / logName, std::move(descriptors)});
+  started_.push_back(process->pid());
+  return process;
 }
 
 std::vector<pid_t> Session::processes() const {
@@ -205,7 +208,11 @@ std::vector<pid_t> Session::processes() const {
   for (const auto& [process, parent] : parents) {
     if (process != getpid() && carriesMark(process, marked)) found.insert(process);
   }
-  // Browsers write a title over the environment of their children.
+  // Browsers write a title over their environment, and over their children's.
+  for (const pid_t process : started_) {
+    const auto alive = parents.find(process);
+    if (alive != parents.end() && alive->second == getpid()) found.insert(process);
+  }
   for (std::size_t before = 0; before != found.size();) {
     before = found.size();
     for (const auto& [process, parent] : parents) {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "rehearsal/Display.h"
@@ -58,9 +59,10 @@ class Session {
   /// Throws DeskError in a session without one.
   Display& display() const;
 
-  /// Starts a program in this session, its output in a log file of that name.
-  std::unique_ptr<ServerProcess> start(const std::string& logName,
-                                       std::vector<std::string> command) const;
+  /// Starts a program in this session, its output in a log file of that name; descriptors as in
+  /// ServerProcess::Launch.
+  std::unique_ptr<ServerProcess> start(const std::string& logName, std::vector<std::string> command,
+                                       std::vector<std::pair<int, int>> descriptors = {}) const;
 
   /// Lets the session bus start the service of that name on demand, as an installed desktop would.
   void allowActivation(const std::string& serviceName);
@@ -79,6 +81,7 @@ class Session {
   std::unique_ptr<Display> display_;
   std::unique_ptr<ServerProcess> bus_;
   std::unique_ptr<ServerProcess> systemBus_;
+  mutable std::vector<pid_t> started_;
   std::vector<std::pair<std::string, std::optional<std::string>>> replaced_;
 };
 
