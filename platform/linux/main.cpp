@@ -1,5 +1,8 @@
 // Hushbox on the Linux desktop: puts the platform together and runs the application on it.
 
+#include <malloc.h>
+
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 
@@ -46,6 +49,8 @@ int run() {
   SessionLocale locale;
   const PlatformScope scope({mainLoop, audio, accessibility, accessibility.workspace(),
                              childProcesses, notifications, loginItem, menuBar, log, locale});
+  // What only the start needed goes back to the system once it is over.
+  mainLoop.mainAsyncAfter(std::chrono::seconds(10), WorkItem([] { malloc_trim(0); }));
   const int status = HushboxApp::main();
   // A battery reading may be under way on another thread, which still needs the platform.
   childProcesses.endAll();
@@ -57,5 +62,7 @@ int run() {
 }  // namespace hushbox
 
 int main() {
+  // A pool of memory for each of the few threads would be held for ever and used seldom.
+  mallopt(M_ARENA_MAX, 1);
   return hushbox::run();
 }

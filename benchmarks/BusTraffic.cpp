@@ -1,0 +1,55 @@
+#include "benchmarks/BusTraffic.h"
+
+#include <algorithm>
+
+namespace hushbox {
+namespace {
+
+constexpr const char* busName = "org.freedesktop.DBus";
+constexpr const char* busPath = "/org/freedesktop/DBus";
+
+std::vector<std::string> namesOf(const rehearsal::BusConnection& bus, int process) {
+  const rehearsal::Variant answer = bus.call(busName, busPath, busName, "ListNames", nullptr);
+  GVariantIter* names = nullptr;
+  g_variant_get(answer.get(), "(as)", &names);
+  std::vector<std::string> found;
+  const char* name = nullptr;
+  while (g_variant_iter_next(names, "&s", &name)) {
+    if (*name == ':' && bus.processOf(name) == process) found.emplace_back(name);
+  }
+  g_variant_iter_free(names);
+  return found;
+}
+
+}  // namespace
+
+BusTraffic::BusTraffic(const std::string& busAddress, int process)
+    : bus_(busAddress), senders_(namesOf(bus_, process)) {
+  filter_ = g_dbus_connection_add_filter(bus_.get(), overhear, this, nullptr);
+  bus_.call(busName, busPath, "org.freedesktop.DBus.Monitoring", "BecomeMonitor",
+            g_variant_new("(asu)", nullptr, 0));
+}
+
+BusTraffic::~BusTraffic() {
+  g_dbus_connection_close_sync(bus_.get(), nullptr, nullptr);
+  g_dbus_connection_remove_filter(bus_.get(), filter_);
+}
+
+GDBusMessage* BusTraffic::overhear(GDBusConnection*, GDBusMessage* message, gboolean incoming,
+                                   gpointer self) {
+  if (!incoming) return message;
+  auto* traffic = static_cast<BusTraffic*>(self);
+  const char* sender = g_dbus_message_get_sender(message);
+  if (sender && std::ranges::find(traffic->senders_, sender) != traffic->senders_.end()) {
+    ++traffic->messages_;
+  }
+  const GDBusMessageType type = g_dbus_message_get_message_type(message);
+  if (type == G_DBUS_MESSAGE_TYPE_METHOD_RETURN || type == G_DBUS_MESSAGE_TYPE_ERROR) {
+    return message;
+  }
+  // A monitor must not answer calls that are meant for others.
+  g_object_unref(message);
+  return nullptr;
+}
+
+}  // namespace hushbox

@@ -1,0 +1,48 @@
+#include "benchmarks/ProcessCost.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string_view>
+
+namespace hushbox {
+namespace {
+
+/// The sum of all numbers behind labels that begin so: "Private_Dirty:   12 kB".
+long sumOf(const std::filesystem::path& file, std::string_view label) {
+  std::ifstream lines(file);
+  long sum = 0;
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream words(line);
+    std::string name;
+    long number = 0;
+    if (words >> name >> number && name.starts_with(label)) sum += number;
+  }
+  return sum;
+}
+
+}  // namespace
+
+long ProcessCost::privateMemory() const {
+  return sumOf(folder_ + "/smaps_rollup", "Private_");
+}
+
+void ProcessCost::sample() {
+  std::error_code gone;
+  for (const auto& entry : std::filesystem::directory_iterator(folder_ + "/task", gone)) {
+    const long count = sumOf(entry.path() / "status", "voluntary_ctxt_switches");
+    const auto [thread, isNew] = threads_.try_emplace(entry.path().filename());
+    // A thread that came later has made all of its switches since the first call.
+    if (isNew && !sampled_) thread->second.first = count;
+    thread->second.last = std::max(thread->second.last, count);
+  }
+  sampled_ = true;
+}
+
+long ProcessCost::switches() const {
+  long sum = 0;
+  for (const auto& [name, thread] : threads_) sum += thread.last - thread.first;
+  return sum;
+}
+
+}  // namespace hushbox
