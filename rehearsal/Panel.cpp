@@ -167,8 +167,9 @@ std::string Panel::toolTip() const {
                 g_variant_new("(ss)", "org.kde.StatusNotifierItem", "ToolTip"));
   GVariant* boxed = nullptr;
   g_variant_get(answer.get(), "(v)", &boxed);
+  const Variant toolTip(boxed);
   const char* text = "";
-  g_variant_get_child(Variant(boxed).get(), 3, "&s", &text);
+  g_variant_get_child(toolTip.get(), 3, "&s", &text);
   return text;
 }
 
