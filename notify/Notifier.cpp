@@ -37,7 +37,8 @@ std::string randomUUID() {
 
 void Notifier::requestAuthorization() {
   platform().notifications.requestAuthorization(
-      notificationAlert | notificationSound, [](bool granted, std::optional<std::string> error) {
+      notificationAlert | notificationSound,
+      [](bool granted, const std::optional<std::string>& error) {
         log().info("Notification permission granted=%{bool}d error=%{public}s", granted,
                    error.value_or("none"));
       });

@@ -52,7 +52,7 @@ std::string entry(const std::string& program) {
   set(enabledByDesktop, "true");
   gsize length = 0;
   char* const data = g_key_file_to_data(file.get(), &length, nullptr);
-  const std::string text(data, length);
+  std::string text(data, length);
   g_free(data);
   return text;
 }

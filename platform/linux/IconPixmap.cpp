@@ -95,7 +95,8 @@ class AlphaMap {
 
   double at(int x, int y) const {
     if (x < 0 || y < 0 || x >= size_ || y >= size_) return 0;
-    return values_[static_cast<std::size_t>(y * size_ + x)];
+    return values_[static_cast<std::size_t>(y) * static_cast<std::size_t>(size_) +
+                   static_cast<std::size_t>(x)];
   }
 
   /// What a disc of `radius` pixels around (x, y) touches at most.

@@ -18,7 +18,7 @@ namespace hushbox {
 class SessionBusConnection {
  public:
   /// A bus that was not there is not asked for again sooner than this after the last attempt.
-  static constexpr gint64 restMicroseconds = 5 * G_USEC_PER_SEC;
+  static constexpr gint64 restMicroseconds = gint64{5} * G_USEC_PER_SEC;
 
   /// `connected` is called with the connection once it is up; `lost` with the reason when there is
   /// none to be had or when it has ended. Both from the main context, never inside `connect()`.

@@ -30,7 +30,7 @@ locale_t openLocale() {
 std::string toUtf8(std::string_view text, const char* codeset) {
   char* const converted = g_convert(text.data(), static_cast<gssize>(text.size()), "UTF-8", codeset,
                                     nullptr, nullptr, nullptr);
-  const std::string utf8 = text::decodeUtf8Lossy(converted ? converted : text);
+  std::string utf8 = text::decodeUtf8Lossy(converted ? converted : text);
   g_free(converted);
   return utf8;
 }

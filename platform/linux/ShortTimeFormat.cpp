@@ -57,7 +57,7 @@ bool isHalved(const std::vector<Piece>& all) {
 
 /// The expanded format in the style that is asked for, if there is one.
 std::vector<Piece> styled(const TimeConventions& conventions, std::optional<ClockStyle> style) {
-  const auto own = expanded(conventions, conventions.time);
+  auto own = expanded(conventions, conventions.time);
   const bool halved = isHalved(own);
   if (!contains(own, "HIkl")) return pieces(plainTwentyFour);
   if (halved && (style == ClockStyle::twentyFourHours || !conventions.hasHalves))

@@ -35,7 +35,7 @@ class SimulatedChildProcesses::Child final : public ChildProcess {
 
   std::string readDataToEndOfFile() override {
     requireLaunched();
-    const std::string output = std::exchange(output_, std::nullopt).value_or(std::string());
+    std::string output = std::exchange(output_, std::nullopt).value_or(std::string());
     note("read " + std::to_string(output.size()) + " bytes");
     return output;
   }
