@@ -1,0 +1,8 @@
+#pragma once
+
+namespace hushbox::doubles {
+
+/// Forgets what was drawn; see drawing().
+void clearDrawing();
+
+}  // namespace hushbox::doubles

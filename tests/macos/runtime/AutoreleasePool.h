@@ -1,0 +1,22 @@
+#pragma once
+
+extern "C" {
+void* objc_autoreleasePoolPush();
+void objc_autoreleasePoolPop(void* pool);
+}
+
+namespace hushbox::doubles {
+
+/// An autorelease pool for plain C++: drained at its end. The thread that made it ends it.
+class AutoreleasePool {
+ public:
+  AutoreleasePool() : pool_(objc_autoreleasePoolPush()) {}
+  ~AutoreleasePool() { objc_autoreleasePoolPop(pool_); }
+  AutoreleasePool(const AutoreleasePool&) = delete;
+  AutoreleasePool& operator=(const AutoreleasePool&) = delete;
+
+ private:
+  void* pool_;
+};
+
+}  // namespace hushbox::doubles
