@@ -218,8 +218,8 @@ TEST_F(StatusItemMenuBarTest, IconIsDrawnAfreshAtEachRenderingLongAfterItWasSet)
     menuBar.setIcon(image, "Live");
   }
   EXPECT_EQ(*drawings, 0);
-  EXPECT_TRUE(doubles::render(doubles::statusItem().button.image));
-  EXPECT_TRUE(doubles::render(doubles::statusItem().button.image));
+  EXPECT_TRUE(doubles::renderIcon());
+  EXPECT_TRUE(doubles::renderIcon());
   EXPECT_EQ(*drawings, 2);
   menuBar.setIcon(icon(), "Live");
   EXPECT_EQ(drawings.use_count(), 1);

@@ -160,7 +160,12 @@ id objc_alloc(Class cls) {
 
 id objc_retain(id object) {
   if (!object) return object;
-  if (isBlock(object)) return static_cast<id>(_Block_copy(object));
+  if (isBlock(object)) {
+    // One on the stack stays there: only objc_retainBlock moves it to the heap.
+    return object->isa == reinterpret_cast<Class>(_NSConcreteStackBlock)
+               ? object
+               : static_cast<id>(_Block_copy(object));
+  }
   const std::lock_guard lock(heap().mutex);
   if (!isImmortal(object)) ++headerOf(object)->references;
   return object;
