@@ -170,10 +170,11 @@ TEST_F(AXAccessibilityTreeTest, ElementsAreKeptAsLongAsTheyAreHeldAndNoLonger) {
   root->children = {node({{"AXTitle", "kept"}}), node({})};
   const long before = doubles::axElements();
   {
+    const doubles::AutoreleasePool outer;
     AccessibilityElementRef kept;
     {
-      const auto app = application();
-      kept = children(app)[0];
+      const doubles::AutoreleasePool pool;
+      kept = children(application())[0];
     }
     EXPECT_EQ(doubles::axElements(), before + 1);
     EXPECT_EQ(read(kept, "AXTitle"), AttributeValue("kept"));
@@ -189,6 +190,7 @@ TEST_F(AXAccessibilityTreeTest, ValuesThatWereReadAreReleased) {
   root->strangeChildren = true;
   const auto app = application();
   const auto round = [&] {
+    const doubles::AutoreleasePool pool;
     for (const char* attribute : {"AXTitle", "AXValue", "AXOther", "AXChildren"}) {
       read(app, attribute);
     }

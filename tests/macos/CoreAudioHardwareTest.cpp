@@ -120,9 +120,13 @@ TEST_F(CoreAudioHardwareTest, EveryNameThatWasReadIsReleased) {
   for (const Name kind : {Name::text, Name::number, Name::absent}) {
     const AudioObjectID device =
         doubles::plug({.name = "A name too long to be kept in a pointer", .kind = kind});
-    hardware.getPropertyText(device, audio::deviceName, name);
+    const auto read = [&] {
+      const doubles::AutoreleasePool pool;
+      hardware.getPropertyText(device, audio::deviceName, name);
+    };
+    read();
     const long before = doubles::liveObjects();
-    for (int i = 0; i < 10; ++i) hardware.getPropertyText(device, audio::deviceName, name);
+    for (int i = 0; i < 10; ++i) read();
     EXPECT_EQ(doubles::liveObjects(), before);
   }
 }
@@ -155,15 +159,18 @@ TEST_F(CoreAudioHardwareTest, RemovalTakesAwayTheListenerAndNoOther) {
 
 TEST_F(CoreAudioHardwareTest, CallThatWasUnderWayAtTheRemovalArrivesOnceAndDoesNoHarm) {
   const AudioObjectID device = doubles::plug({.name = "Jabra"});
-  auto held = std::make_shared<int>(0);
-  auto listener = hardware.addPropertyListener(device, audio::inputVolume, [held] { ++*held; });
-  doubles::setInputVolume(device, 0);
-  EXPECT_EQ(hardware.removePropertyListener(device, audio::inputVolume, std::move(listener)), 0);
-  settle();
-  EXPECT_LE(*held, 1);
-  doubles::setInputVolume(device, 1);
-  settle();
-  EXPECT_LE(*held, 1);
+  const auto held = std::make_shared<int>(0);
+  {
+    const doubles::AutoreleasePool pool;
+    auto listener = hardware.addPropertyListener(device, audio::inputVolume, [held] { ++*held; });
+    doubles::setInputVolume(device, 0);
+    EXPECT_EQ(hardware.removePropertyListener(device, audio::inputVolume, std::move(listener)), 0);
+    settle();
+    EXPECT_LE(*held, 1);
+    doubles::setInputVolume(device, 1);
+    settle();
+    EXPECT_LE(*held, 1);
+  }
   EXPECT_EQ(held.use_count(), 1);
 }
 
@@ -171,7 +178,11 @@ TEST_F(CoreAudioHardwareTest, ListenerLivesUntilItsRemovalAndNoLonger) {
   const AudioObjectID device = doubles::plug({.name = "Jabra"});
   const auto held = std::make_shared<int>(0);
   const long before = doubles::liveObjects();
-  auto listener = hardware.addPropertyListener(device, audio::inputVolume, [held] { ++*held; });
+  Registration listener;
+  {
+    const doubles::AutoreleasePool pool;
+    listener = hardware.addPropertyListener(device, audio::inputVolume, [held] { ++*held; });
+  }
   EXPECT_GT(held.use_count(), 1);
   hardware.removePropertyListener(device, audio::inputVolume, std::move(listener));
   EXPECT_EQ(held.use_count(), 1);

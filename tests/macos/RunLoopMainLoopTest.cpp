@@ -52,6 +52,7 @@ TEST_F(RunLoopMainLoopTest, DelayedWorkKeepsToItsDelayToTheNanosecond) {
 TEST_F(RunLoopMainLoopTest, BlocksAreReleasedOnceTheyHaveRun) {
   const auto held = std::make_shared<int>(0);
   const auto round = [&] {
+    const doubles::AutoreleasePool pool;
     loop.mainAsync([held] { ++*held; });
     loop.utilityAsync([held] { ++*held; });
     loop.mainAsyncAfter(TimeInterval(0.1), WorkItem([held] { ++*held; }));

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <condition_variable>
+#include <filesystem>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -24,14 +25,21 @@ std::map<std::pair<std::string, std::vector<std::string>>, TaskScript> scripts;
 std::size_t launches = 0;
 /// Grows with every call of `endHangingTasks`.
 unsigned long endings = 0;
+/// Threads that wait for a child.
+int hanging = 0;
 /// Descriptors must not leak into another child that starts at the same time.
 std::mutex launching;
 
 void hang() {
-  const Parked parked;
   std::unique_lock lock(mutex);
+  ++hanging;
   const auto before = endings;
-  ended.wait(lock, [&] { return endings != before; });
+  {
+    const Parked parked;
+    ended.wait(lock, [&] { return endings != before; });
+  }
+  --hanging;
+  ended.notify_all();
 }
 
 }  // namespace
@@ -43,9 +51,11 @@ void scriptTask(const std::string& path, const std::vector<std::string>& argumen
 }
 
 void endHangingTasks() {
-  const std::lock_guard lock(mutex);
+  std::unique_lock lock(mutex);
   ++endings;
   ended.notify_all();
+  // Who waited counts as busy again when this returns, so that the loop waits for it.
+  ended.wait(lock, [] { return hanging == 0; });
 }
 
 std::size_t launchedTasks() {
@@ -159,7 +169,7 @@ using namespace hushbox::doubles;
     if (found != scripts.end()) script = found->second;
   }
   NSPipe* output = standardOutput;
-  if (!script && access(path.c_str(), X_OK) != 0) {
+  if (!script && (std::filesystem::is_directory(path) || access(path.c_str(), X_OK) != 0)) {
     if (failure) *failure = error("The file doesn't exist.");
     return NO;
   }
