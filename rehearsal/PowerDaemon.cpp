@@ -16,6 +16,7 @@ namespace {
 constexpr const char* upower = "org.freedesktop.UPower";
 constexpr const char* upowerPath = "/org/freedesktop/UPower";
 constexpr const char* emulation = "umockdev-wrapper";
+constexpr const char* hardware = HUSHBOX_REHEARSAL_DEVICES "/speakerphone-battery";
 /// Where Debian has it, and others.
 const std::vector<std::string> daemons{"/usr/lib/upower/upowerd", "/usr/libexec/upowerd"};
 
@@ -40,11 +41,10 @@ PowerDaemon::PowerDaemon(const Session& session, const Battery& battery)
   if (pipe2(ends.data(), O_CLOEXEC) != 0) throw DeskError("no pipe can be made");
   const File commands(fdopen(ends[0], "r"), &std::fclose);
   hardware_.reset(fdopen(ends[1], "w"));
-  process_ =
-      session.start("upower.log",
-                    {emulation, HUSHBOX_REHEARSAL_DEVICES "/speakerphone-battery", daemon,
-                     battery.model, std::to_string(battery.percent), battery.state, battery.scope},
-                    {{ends[0], STDIN_FILENO}});
+  process_ = session.start("upower.log",
+                           {emulation, hardware, daemon, battery.model,
+                            std::to_string(battery.percent), battery.state, battery.scope},
+                           {{ends[0], STDIN_FILENO}});
   process_->waitUntilReady([this] { return level().has_value(); }, "UPower with a battery");
 }
 

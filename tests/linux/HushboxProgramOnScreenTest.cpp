@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -54,6 +55,7 @@ class HushboxProgramOnScreenTest : public testing::Test {
   }
   void TearDown() override {
     if (!power_) return;
+    if (HasFailure()) ADD_FAILURE() << "logged:\n" << program_->log();
     if (panel_->menu()) panel_->closeMenu();
     desk_->notificationDaemon().closeAll();
     program_.reset();
@@ -154,6 +156,8 @@ TEST_F(HushboxProgramOnScreenTest, CallOnAChargingBatteryIsNotWarnedOf) {
   power_->change(21, "Charging");
   startCall();
   waitForRow("Battery: 21% (charging)");
+  // Time enough for a warning to be asked for.
+  rehearsal::letPass(std::chrono::milliseconds{500});
   EXPECT_TRUE(desk_->notifications().notifications().empty());
 }
 

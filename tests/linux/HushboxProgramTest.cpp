@@ -210,7 +210,8 @@ TEST_F(HushboxProgramChildTest, ChildThatNeverEndsStallsNeitherTheProgramNorItsE
 TEST_F(HushboxProgramChildTest, ChildThatFloodsIsKilledAndTheProgramGoesOn) {
   startProgramWithChild("exec yes ' -Jabra Speak2 75\t42%; charging'");
   EXPECT_LT(slowestAnswer(), 5s);
-  EXPECT_TRUE(holdsWithin([&] { return childIsGone(); }, patience));
+  // By its output, well before its time is over.
+  EXPECT_TRUE(holdsWithin([&] { return childIsGone(); }, 8s));
   EXPECT_FALSE(hasBatteryRow());
   EXPECT_EQ(program_->quit(), 0);
 }
