@@ -23,3 +23,17 @@ function(hushbox_add_test NAME TARGET)
     set_tests_properties(${NAME} PROPERTIES RUN_SERIAL ON)
   endif()
 endfunction()
+
+# hushbox_add_checks(NAME [TIMEOUT <seconds>] COMMAND <command> ...)
+# Registers one run of a script that tells each of its checks on a line of its own: "ok NAME",
+# "not ok NAME", or "skip NAME: reason". script/test counts them like the tests of a binary.
+function(hushbox_add_checks NAME)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "TIMEOUT" "COMMAND")
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 300)
+  endif()
+  add_test(NAME ${NAME}
+    COMMAND ${PROJECT_SOURCE_DIR}/cmake/run-checks ${CMAKE_BINARY_DIR}/results/${NAME}.xml
+      ${ARG_COMMAND})
+  set_tests_properties(${NAME} PROPERTIES TIMEOUT ${ARG_TIMEOUT})
+endfunction()
