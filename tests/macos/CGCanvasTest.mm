@@ -1,6 +1,6 @@
 // What the art comes to on the current context, operation by operation.
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "app/LuchadorArt.h"
 #include "platform/macos/StatusItemMenuBar.h"
