@@ -360,9 +360,6 @@ void dispatch_after(dispatch_time_t when, dispatch_queue_t queue, dispatch_block
   timer->inCommonModes = timer->inCommonModes || [mode isEqualToString:NSRunLoopCommonModes];
   if (std::find(timers.begin(), timers.end(), timer) == timers.end()) timers.push_back(timer);
 }
-- (void)run {
-  fail("-[NSRunLoop run] never returns");
-}
 @end
 
 @implementation NSApplication

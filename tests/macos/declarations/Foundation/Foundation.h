@@ -170,7 +170,6 @@ DECLARED_ENUM(NSUInteger, NSDateFormatterStyle){NSDateFormatterNoStyle = 0,
 @interface NSRunLoop : NSObject
 @property(class, readonly, strong) NSRunLoop* mainRunLoop;
 - (void)addTimer:(NSTimer*)timer forMode:(NSRunLoopMode)mode;
-- (void)run;
 @end
 @interface NSNotification : NSObject
 @end

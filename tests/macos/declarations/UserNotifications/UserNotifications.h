@@ -11,7 +11,7 @@ DECLARED_OPTIONS(NSUInteger, UNNotificationPresentationOptions){
 @class UNNotification, UNUserNotificationCenter, UNNotificationTrigger;
 DECLARED_SINCE(10.14) @interface UNNotificationContent : NSObject<NSCopying>
 @end
-DECLARED_SINCE(10.14) @interface UNNotificationSound : NSObject <NSCopying>
+DECLARED_SINCE(10.14) @interface UNNotificationSound : NSObject<NSCopying>
 + (UNNotificationSound*)defaultSound;
 @end
 DECLARED_SINCE(10.14) @interface UNMutableNotificationContent : UNNotificationContent
