@@ -79,6 +79,7 @@ TEST_F(RunLoopMainLoopTest, TerminationIsAskedForAfterTheAskerIsDone) {
   std::vector<int> order;
   loop.mainAsync([&] {
     loop.terminate();
+    EXPECT_FALSE(doubles::isTerminated());
     order.push_back(1);
     loop.mainAsync([&] { order.push_back(2); });
   });
