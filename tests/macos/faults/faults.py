@@ -86,8 +86,6 @@ FAULTS = [
     Fault("rows enabled by the menu", MENU, "autoenablesItems = NO", "autoenablesItems = YES"),
     Fault("rows replaced instead of edited", MENU, "return shown.kind == row.kind &&",
           "return shown.kind == row.kind && row.text == \"never\" &&"),
-    Fault("item that stays behind", MENU,
-          "    [NSStatusBar.systemStatusBar removeStatusItem:item_->statusItem];\n", ""),
     Fault("icon that says nothing", MENU,
           "    [button setAccessibilityLabel:stringFromUtf8(description)];\n", ""),
     Fault("drawing without a context", MENU, "if (!context) return draw(nullptr);", ""),
