@@ -54,6 +54,8 @@ double percentile(Times times, double part) {
 
 int measure(const std::string& program, int presses) {
   Desk desk({.display = true, .headlessBrowser = false, .speakerphone = true});
+  // As desktops have one; see CompositingManager.
+  const auto compositingManager = desk.session().start("xcompmgr.log", {"xcompmgr"});
   MeetingPage meeting(desk.browser(), MeetingPage::Options{.window = WindowKind::App});
   const auto call = desk.audio().record();
   const std::string script = (desk.session().folder() / "loop.sh").string();

@@ -36,6 +36,8 @@ bool isPress(const AtspiReply& name) {
          std::end(pressNames);
 }
 
+constexpr const char* actionInterface = "org.a11y.atspi.Action";
+
 AccessibilityError failureOf(const AtspiReply& reply) {
   return reply.outcome == AtspiReply::Outcome::silent ? accessibility::cannotComplete
                                                       : accessibility::invalidElement;
@@ -93,7 +95,7 @@ AccessibilityError AtspiAccessibilityTree::performAction(const AccessibilityElem
   if (!known) return accessibility::invalidElement;
   if (!known->siblings() || action != "AXPress") return accessibility::actionUnsupported;
   if (!bus_.connect()) return accessibility::apiDisabled;
-  const AccessibilityError status = press(known->siblings()->objects[known->index()]);
+  const AccessibilityError status = press(*known);
   if (status == success) reading_.awaitChange(*known, pressWait);
   reading_.begin();
   return status;
@@ -156,29 +158,38 @@ AccessibilityError AtspiAccessibilityTree::copyFromObject(const AtspiElement& el
   return accessibility::noValue;
 }
 
-AccessibilityError AtspiAccessibilityTree::press(const AtspiObject& object) {
-  constexpr const char* actionInterface = "org.a11y.atspi.Action";
-  const milliseconds wait = teams_.timeout();
-  std::vector<AtspiCall> questions;
-  questions.push_back({object, "org.a11y.atspi.Accessible", "GetRole", "(u)", wait, nullptr});
-  for (int i = 0; i < mostActions; ++i)
-    questions.push_back(
-        {object, actionInterface, "GetName", "(s)", wait, takeArguments(g_variant_new("(i)", i))});
-  const auto replies = bus_.ask(std::move(questions));
-  if (!replies[0]) return failureOf(replies[0]);
+AccessibilityError AtspiAccessibilityTree::press(const AtspiElement& element) {
   // An object that has been taken down still takes presses, and loses them.
-  guint32 role = atspi_role::invalid;
-  g_variant_get(replies[0].value.get(), "(u)", &role);
-  if (role == atspi_role::invalid) return accessibility::invalidElement;
-  const auto main = std::find_if(replies.begin() + 1, replies.end(), isPress);
-  if (main == replies.end()) return accessibility::actionUnsupported;
-  const auto index = static_cast<gint32>(main - replies.begin() - 1);
-  const AtspiReply pressed = bus_.ask({object, actionInterface, "DoAction", "(b)", wait,
-                                       takeArguments(g_variant_new("(i)", index))});
+  const AccessibilityError status = reading_.facts(element).status;
+  if (status != success) return status;
+  const AtspiObject& object = element.siblings()->objects[element.index()];
+  AtspiSurface& surface = *element.siblings()->surface;
+  surface.keepControl(object);
+  if (!surface.controlPress) {
+    const AccessibilityError sought = seekPress(surface);
+    if (sought != success) return sought;
+  }
+  const AtspiReply pressed = bus_.ask({object, actionInterface, "DoAction", "(b)", teams_.timeout(),
+                                       takeArguments(g_variant_new("(i)", *surface.controlPress))});
   if (!pressed) return failureOf(pressed);
   gboolean done = FALSE;
   g_variant_get(pressed.value.get(), "(b)", &done);
   return done ? success : accessibility::failure;
+}
+
+AccessibilityError AtspiAccessibilityTree::seekPress(AtspiSurface& surface) {
+  std::vector<AtspiCall> questions;
+  for (int i = 0; i < mostActions; ++i)
+    questions.push_back({surface.control, actionInterface, "GetName", "(s)", teams_.timeout(),
+                         takeArguments(g_variant_new("(i)", i))});
+  const auto names = bus_.ask(std::move(questions));
+  const auto main = std::find_if(names.begin(), names.end(), isPress);
+  if (main == names.end()) {
+    return names[0].outcome == AtspiReply::Outcome::silent ? accessibility::cannotComplete
+                                                           : accessibility::actionUnsupported;
+  }
+  surface.controlPress = static_cast<std::int32_t>(main - names.begin());
+  return success;
 }
 
 AttributeValue AtspiAccessibilityTree::elements(

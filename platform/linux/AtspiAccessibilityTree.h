@@ -77,7 +77,9 @@ class AtspiAccessibilityTree final : public AccessibilityTree {
                                      AttributeValue& value);
   AccessibilityError copyFromObject(const AtspiElement& element, std::string_view attribute,
                                     AttributeValue& value);
-  AccessibilityError press(const AtspiObject& object);
+  AccessibilityError press(const AtspiElement& element);
+  /// Finds out which of the control's actions is a press.
+  AccessibilityError seekPress(AtspiSurface& surface);
   AttributeValue elements(const std::shared_ptr<const AtspiSiblings>& siblings) const;
 
   AtspiBus bus_;

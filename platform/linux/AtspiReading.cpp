@@ -34,6 +34,14 @@ AccessibilityError statusOf(const AtspiReply& reply) {
   }
 }
 
+/// Also takes the status from it: objects that have been taken down still answer, with no role.
+void takeRole(const AtspiReply& role, AtspiFacts& facts) {
+  facts.status = statusOf(role);
+  facts.role = atspi_role::invalid;
+  if (role) g_variant_get(role.value.get(), "(u)", &facts.role);
+  if (role && facts.role == atspi_role::invalid) facts.status = accessibility::invalidElement;
+}
+
 void takeProperties(GVariant* all, AtspiFacts& facts) {
   const VariantPointer dictionary(g_variant_get_child_value(all, 0));
   facts.name = atspi_value::text(dictionary.get(), "Name");
@@ -79,10 +87,15 @@ const AtspiFacts& AtspiReading::facts(const AtspiElement& element) {
   const AtspiObject& object = siblings.objects[element.index()];
   if (const auto known = facts_.find(object); known != facts_.end() && isFresh(known->second))
     return known->second;
-  teams_.bringLabelsUpToDate(*siblings.surface);
+  AtspiSurface& surface = *siblings.surface;
+  teams_.bringLabelsUpToDate(surface);
   // Of an earlier reading's siblings only the one that was kept is of interest, and its role may
   // have become that of an object taken down.
   const bool walking = siblings.reading == number_;
+  if (!walking) {
+    if (surface.control == object && takeFactsThatCameAlong(surface)) return facts_[object];
+    surface.keepControl(object);
+  }
   const std::size_t end = walking
                               ? std::min(siblings.objects.size(), element.index() + objectsAtOnce)
                               : element.index() + 1;
@@ -91,6 +104,18 @@ const AtspiFacts& AtspiReading::facts(const AtspiElement& element) {
     if (i == element.index() || facts_.count(siblings.objects[i]) == 0) places.push_back(i);
   readFacts(siblings, places);
   return facts_[object];
+}
+
+bool AtspiReading::takeFactsThatCameAlong(const AtspiSurface& surface) {
+  const AtspiReply& all = surface.controlProperties;
+  if (!surface.isDrawn || surface.askedAt < began_ || !all || !surface.controlRole) return false;
+  AtspiFacts facts;
+  facts.readAt = surface.askedAt;
+  takeRole(surface.controlRole, facts);
+  takeProperties(all.value.get(), facts);
+  if (!takeAttributesOf(all.value.get(), facts)) return false;
+  facts_[surface.control] = std::move(facts);
+  return true;
 }
 
 void AtspiReading::readFacts(const AtspiSiblings& siblings,
@@ -117,11 +142,7 @@ void AtspiReading::readFacts(const AtspiSiblings& siblings,
     facts.status = statusOf(all);
     facts.role = siblings.roles[place];
     if (!isRoleKnown(place)) {
-      const AtspiReply& role = replies[next++];
-      facts.status = statusOf(role);
-      facts.role = atspi_role::invalid;
-      if (role) g_variant_get(role.value.get(), "(u)", &facts.role);
-      if (role && facts.role == atspi_role::invalid) facts.status = accessibility::invalidElement;
+      takeRole(replies[next++], facts);
     }
     if (all) takeProperties(all.value.get(), facts);
     const bool complete = all && takeAttributesOf(all.value.get(), facts);

@@ -56,6 +56,9 @@ class AtspiReading {
  private:
   using Objects = std::vector<AtspiObject>;
 
+  /// Takes the facts that came along with the surface's; false when they are not true for sure, or
+  /// not all.
+  bool takeFactsThatCameAlong(const AtspiSurface& surface);
   void readFacts(const AtspiSiblings& siblings, const std::vector<std::size_t>& places);
   /// Asks one by one for what some toolkits leave out of an object's properties taken together.
   void readRemainingFacts(const Objects& objects, std::chrono::milliseconds wait);

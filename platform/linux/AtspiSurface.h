@@ -3,8 +3,10 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "platform/linux/AtspiObject.h"
+#include "platform/linux/AtspiReply.h"
 
 namespace hushbox {
 
@@ -24,6 +26,30 @@ struct AtspiSurface {
   bool labelsLag = false;
   /// When the program was last told to bring its labels up to date.
   std::chrono::steady_clock::time_point toldAt{};
+  /// When the program was last asked about it along with other calls.
+  std::chrono::steady_clock::time_point askedAt{};
+  /// Whether it was on the screen then, and so being drawn.
+  bool isDrawn = false;
+  /// The window that it was in when it was looked for; no name when there was none.
+  AtspiObject window;
+  bool windowSought = false;
+
+  /// The control on it that was last read by itself: what is asked of the surface is asked of that
+  /// too. No name while there is none.
+  AtspiObject control;
+  /// What it answered at `askedAt`.
+  AtspiReply controlProperties;
+  AtspiReply controlRole;
+  /// Which of its actions is a press, once that is known.
+  std::optional<std::int32_t> controlPress;
+
+  void keepControl(const AtspiObject& object) {
+    if (control == object) return;
+    control = object;
+    controlProperties = {};
+    controlRole = {};
+    controlPress.reset();
+  }
 };
 
 using AtspiSurfaceRef = std::shared_ptr<AtspiSurface>;

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <thread>
 #include <utility>
 
 #include "platform/linux/AtspiRole.h"
+#include "platform/linux/AtspiState.h"
 #include "platform/linux/AtspiTeamsSigns.h"
 #include "platform/linux/AtspiValue.h"
 
@@ -19,6 +21,7 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr const char* accessible = "org.a11y.atspi.Accessible";
+constexpr const char* collection = "org.a11y.atspi.Collection";
 constexpr const char* properties = "org.freedesktop.DBus.Properties";
 
 AtspiCall property(const AtspiObject& object, const char* interface, const char* name,
@@ -35,6 +38,17 @@ AtspiCall updateLabels(const AtspiObject& document, milliseconds wait) {
           "((so))",
           wait,
           takeArguments(g_variant_new("(iiu)", 0, 0, relativeToWindow))};
+}
+
+bool isOnScreen(const AtspiReply& state) {
+  return state && atspi_value::hasState(state.value.get(), atspi_state::showing) &&
+         !atspi_value::hasState(state.value.get(), atspi_state::iconified);
+}
+
+/// Pages in the background are in no window's tree.
+bool isFirst(const AtspiObject& document, const AtspiReply& matches) {
+  return matches && atspi_value::objects(matches.value.get(), document.busName, 1) ==
+                        std::vector<AtspiObject>{document};
 }
 
 AtspiCall lifeSign(const AtspiSurface& surface, milliseconds wait) {
@@ -71,7 +85,7 @@ void AtspiTeams::beginReading() {
 bool AtspiTeams::isRunning() {
   if (!bus_.connect()) return false;
   forgetAfterReconnection();
-  surfaces_ = confirmed(surfaces_);
+  if (!surfaces_.empty()) surfaces_ = confirmed(surfaces_);
   if (surfaces_.empty()) search();
   return !surfaces_.empty();
 }
@@ -86,6 +100,7 @@ void AtspiTeams::search() {
     std::this_thread::sleep_for(milliseconds{20});
     surfaces_ = confirmed(findSurfaces());
   }
+  for (const AtspiSurfaceRef& surface : surfaces_) surface->windowSought = false;
   std::stable_sort(surfaces_.begin(), surfaces_.end(), [](const auto& one, const auto& other) {
     return one->evidence < other->evidence;
   });
@@ -93,12 +108,82 @@ void AtspiTeams::search() {
 
 void AtspiTeams::bringLabelsUpToDate(AtspiSurface& surface) {
   if (!surface.labelsLag) return;
-  if (surface.toldAt < readingBegan_ || steady_clock::now() - surface.toldAt > freshness) {
-    if (bus_.ask(updateLabels(surface.object, timeout())).outcome == AtspiReply::Outcome::silent)
-      return;
-    surface.toldAt = steady_clock::now();
+  if (surface.askedAt < readingBegan_ || steady_clock::now() - surface.askedAt > freshness)
+    askAlong({&surface}, {});
+  seekWindow(surface);
+  if (surface.isDrawn) return;
+  if (surface.toldAt < readingBegan_) askAlong({&surface}, {});
+  if (surface.toldAt < readingBegan_) return;
+  const auto slow = std::min<steady_clock::duration>(4 * answerTime_, longestLabelWait);
+  std::this_thread::sleep_until(surface.toldAt + std::max<steady_clock::duration>(slow, labelWait));
+}
+
+std::vector<AtspiReply> AtspiTeams::askAlong(const std::vector<AtspiSurface*>& surfaces,
+                                             std::vector<AtspiCall> calls) {
+  std::vector<Along> alongs;
+  for (AtspiSurface* surface : surfaces) alongs.push_back(along(*surface, calls));
+  const auto before = steady_clock::now();
+  auto replies = bus_.ask(std::move(calls));
+  const auto now = steady_clock::now();
+  answerTime_ = now - before;
+  const bool composited = !alongs.empty() && compositingManager_.isRunning();
+  for (const Along& along : alongs) {
+    AtspiSurface& surface = along.surface;
+    if (along.tells && replies[along.first].outcome != AtspiReply::Outcome::silent)
+      surface.toldAt = now;
+    std::size_t next = along.first + along.tells;
+    surface.isDrawn = composited && along.toldBefore && along.hasWindow &&
+                      isOnScreen(replies[next]) && isFirst(surface.object, replies[next + 1]);
+    if (along.hasWindow) next += 2;
+    surface.askedAt = now;
+    if (!along.hasControl) continue;
+    surface.controlProperties = std::move(replies[next]);
+    surface.controlRole = std::move(replies[next + 1]);
   }
-  std::this_thread::sleep_until(surface.toldAt + labelWait);
+  return replies;
+}
+
+void AtspiTeams::seekWindow(AtspiSurface& surface) {
+  constexpr int deepest = 64;
+  if (std::exchange(surface.windowSought, true)) return;
+  surface.window = {};
+  const auto program = programs_.find(surface.object.busName);
+  if (program == programs_.end()) return;
+  AtspiObject child = surface.object;
+  for (int depth = 0; depth < deepest; ++depth) {
+    const AtspiReply reply = bus_.ask(property(child, accessible, "Parent", timeout()));
+    const auto parent = reply ? atspi_value::object(reply.value.get()) : std::nullopt;
+    if (!parent || parent->busName != child.busName) return;
+    if (*parent == program->second.root) {
+      surface.window = child;
+      return;
+    }
+    child = *parent;
+  }
+}
+
+AtspiTeams::Along AtspiTeams::along(AtspiSurface& surface, std::vector<AtspiCall>& calls) const {
+  const auto sinceTold = steady_clock::now() - surface.toldAt;
+  const AtspiObject& window = surface.window;
+  const AtspiObject& control = surface.control;
+  Along along{.surface = surface,
+              .first = calls.size(),
+              .tells = !surface.isDrawn || sinceTold >= tellAgain,
+              .toldBefore = sinceTold <= tellInterval,
+              .hasWindow = !window.busName.empty(),
+              .hasControl = !control.busName.empty()};
+  if (along.tells) calls.push_back(updateLabels(surface.object, timeout()));
+  if (along.hasWindow) {
+    calls.push_back({window, accessible, "GetState", "(au)", timeout(), nullptr});
+    calls.push_back({window, collection, "GetMatches", "(a(so))", timeout(),
+                     atspi_value::matchRoles({atspi_role::documentWeb}, 1)});
+  }
+  if (along.hasControl) {
+    calls.push_back({control, properties, "GetAll", "(a{sv})", timeout(),
+                     takeArguments(g_variant_new("(s)", accessible))});
+    calls.push_back({control, accessible, "GetRole", "(u)", timeout(), nullptr});
+  }
+  return along;
 }
 
 milliseconds AtspiTeams::timeout() const {
@@ -172,7 +257,7 @@ std::vector<AtspiSurfaceRef> AtspiTeams::findSurfaces() {
   for (const auto& [busName, program] : programs_) {
     if (!program.isBrowser && !program.isClient) continue;
     asked.push_back(&program);
-    calls.push_back({program.root, "org.a11y.atspi.Collection", "GetMatches", "(a(so))", timeout(),
+    calls.push_back({program.root, collection, "GetMatches", "(a(so))", timeout(),
                      atspi_value::matchRoles({atspi_role::documentWeb}, mostDocuments)});
   }
   for (const Program* program : asked)
@@ -212,31 +297,31 @@ AtspiSurfaceRef AtspiTeams::surface(const AtspiObject& object, const Program& pr
 
 std::vector<AtspiSurfaceRef> AtspiTeams::confirmed(const std::vector<AtspiSurfaceRef>& surfaces) {
   std::vector<AtspiCall> calls;
+  for (const AtspiSurfaceRef& surface : surfaces) calls.push_back(lifeSign(*surface, timeout()));
+  // An address that was of Teams needs no name to tell, unless it changes.
+  std::vector<AtspiSurface*> named;
   for (const AtspiSurfaceRef& surface : surfaces) {
-    calls.push_back(lifeSign(*surface, timeout()));
+    if (surface->evidence == AtspiSurface::Evidence::address) continue;
     calls.push_back(property(surface->object, accessible, "Name", timeout()));
+    named.push_back(surface.get());
   }
   // Told along with them, pages have the time of the other calls for it.
-  std::vector<AtspiSurface*> told;
-  for (const AtspiSurfaceRef& surface : surfaces_) {
-    if (!surface->labelsLag || surface->toldAt >= readingBegan_) continue;
-    calls.push_back(updateLabels(surface->object, timeout()));
-    told.push_back(surface.get());
-  }
-  const auto replies = bus_.ask(std::move(calls));
-  for (std::size_t i = 0; i < told.size(); ++i) {
-    if (replies[2 * surfaces.size() + i].outcome != AtspiReply::Outcome::silent)
-      told[i]->toldAt = steady_clock::now();
-  }
+  std::vector<AtspiSurface*> asked;
+  for (const AtspiSurfaceRef& surface : surfaces_)
+    if (surface->labelsLag && surface->askedAt < readingBegan_) asked.push_back(surface.get());
+  const auto replies = askAlong(asked, std::move(calls));
 
   std::vector<AtspiSurfaceRef> result;
   for (std::size_t i = 0; i < surfaces.size(); ++i) {
-    const AtspiReply& sign = replies[2 * i];
-    const AtspiReply& name = replies[2 * i + 1];
+    AtspiSurface& surface = *surfaces[i];
+    const AtspiReply& sign = replies[i];
+    const auto place = std::find(named.begin(), named.end(), &surface) - named.begin();
+    const auto name = replies.begin() + static_cast<std::ptrdiff_t>(surfaces.size()) + place;
+    const std::string title =
+        place < std::ssize(named) && *name ? atspi_value::text(name->value.get()) : std::string();
     const bool keep = sign.outcome == AtspiReply::Outcome::silent
-                          ? isKnown(surfaces[i]->object.busName)
-                          : sign && isOfTeams(*surfaces[i], sign.value.get(),
-                                              name ? atspi_value::text(name.value.get()) : "");
+                          ? isKnown(surface.object.busName)
+                          : sign && isOfTeams(surface, sign.value.get(), title);
     if (keep) result.push_back(surfaces[i]);
   }
   return result;

@@ -8,6 +8,7 @@
 
 #include "platform/linux/AtspiBus.h"
 #include "platform/linux/AtspiSurface.h"
+#include "platform/linux/CompositingManager.h"
 
 namespace hushbox {
 
@@ -33,9 +34,17 @@ class AtspiTeams {
  public:
   /// How long a browser met for the first time may take to present its pages: 50 to 300 ms.
   static constexpr std::chrono::milliseconds wakingWait{500};
-  /// From the question to the page's reply it took 20 ms at most, and 80 ms with three busy
-  /// programs to each processor.
+  /// How long a page is given to bring its labels up to date. From the question to the page's reply
+  /// it took 20 ms at most on a machine with time to spare.
   static constexpr std::chrono::milliseconds labelWait{50};
+  /// How long at most where the program itself is slow to answer, as on a machine without time to
+  /// spare: with three busy programs to each processor the reply took 80 ms.
+  static constexpr std::chrono::milliseconds longestLabelWait{200};
+  /// How long ago a page being drawn was told at most; the poll comes once a second.
+  static constexpr std::chrono::milliseconds tellInterval{1500};
+  /// A page being drawn is told again only after this long: telling takes the page as long as a
+  /// press.
+  static constexpr std::chrono::milliseconds tellAgain{900};
   /// For how long something read is taken for what is so now.
   static constexpr std::chrono::milliseconds freshness{100};
   /// No sane desktop has more; what a program claims beyond is not looked at.
@@ -50,8 +59,8 @@ class AtspiTeams {
   void beginReading();
 
   /// Whether there is anything of Teams. As long as something that was found before is still there
-  /// (or silent, which is not the same as gone), it asks about that only: three calls a document,
-  /// all at the same time. Otherwise it searches.
+  /// (or silent, which is not the same as gone), it asks about that only: seven calls a document at
+  /// most, all at the same time. Otherwise it searches.
   bool isRunning();
 
   /// Looks for everything that belongs to Teams: a call to the registry, one to each browser, two
@@ -68,6 +77,11 @@ class AtspiTeams {
   /// it do so, but is answered before the page has replied. So this asks, unless that was done in
   /// this reading and within `freshness`, and waits `labelWait` from then on; other calls fit into
   /// that time.
+  ///
+  /// A page that is being drawn is not waited for, it keeps its labels true by itself: the one in
+  /// front in a window that is not minimised, where a compositing manager sees to it that whatever
+  /// lies over the window does not matter. In case it rests for some other reason, it must also
+  /// have been told within `tellInterval` before.
   void bringLabelsUpToDate(AtspiSurface& surface);
 
   /// Asks for an object's name at this moment, telling the surface to bring its labels up to date
@@ -89,6 +103,17 @@ class AtspiTeams {
     bool labelsLag = false;
   };
 
+  /// What is asked about a surface along with other calls, in this order.
+  struct Along {
+    AtspiSurface& surface;
+    std::size_t first;
+    bool tells;
+    /// Whether it had been told within `tellInterval`.
+    bool toldBefore;
+    bool hasWindow;
+    bool hasControl;
+  };
+
   void forgetAfterReconnection();
   /// Both say whether a browser was met for the first time.
   bool meetPrograms();
@@ -98,14 +123,26 @@ class AtspiTeams {
   /// Keeps of `surfaces` those that are of Teams and there, or whose program is silent.
   std::vector<AtspiSurfaceRef> confirmed(const std::vector<AtspiSurfaceRef>& surfaces);
   bool isKnown(const std::string& busName) const;
+  /// Makes the calls and, at the same time, tells the surfaces to bring their labels up to date,
+  /// finds out which are being drawn, and asks their controls. The replies begin with those to
+  /// `calls`.
+  std::vector<AtspiReply> askAlong(const std::vector<AtspiSurface*>& surfaces,
+                                   std::vector<AtspiCall> calls);
+  /// Climbs from the document to its window, once after each search.
+  void seekWindow(AtspiSurface& surface);
+  /// Adds what is to be asked about a surface.
+  Along along(AtspiSurface& surface, std::vector<AtspiCall>& calls) const;
 
   AtspiBus& bus_;
+  CompositingManager compositingManager_;
   std::uint64_t generation_ = 0;
   std::chrono::milliseconds timeout_{1000};
   std::map<std::string, Program> programs_;
   std::vector<AtspiSurfaceRef> surfaces_;
   std::chrono::steady_clock::time_point readingBegan_{};
   std::chrono::microseconds lostBefore_{};
+  /// How long it took Teams' programs to answer last.
+  std::chrono::steady_clock::duration answerTime_{};
   bool searched_ = false;
 };
 

@@ -54,6 +54,24 @@ std::vector<AtspiObject> objects(GVariant* answer, const std::string& owner, std
   return result;
 }
 
+std::optional<AtspiObject> object(GVariant* answer) {
+  const VariantPointer boxed(g_variant_get_child_value(answer, 0));
+  const VariantPointer value(g_variant_get_variant(boxed.get()));
+  if (!g_variant_is_of_type(value.get(), G_VARIANT_TYPE("(so)"))) return std::nullopt;
+  const char* busName = nullptr;
+  const char* path = nullptr;
+  g_variant_get(value.get(), "(&s&o)", &busName, &path);
+  return AtspiObject{busName, path};
+}
+
+bool hasState(GVariant* answer, std::uint32_t state) {
+  const VariantPointer words(g_variant_get_child_value(answer, 0));
+  if (g_variant_n_children(words.get()) <= state / 32) return false;
+  guint32 word = 0;
+  g_variant_get_child(words.get(), state / 32, "u", &word);
+  return (word >> state % 32 & 1U) != 0;
+}
+
 VariantPointer matchRoles(std::initializer_list<std::uint32_t> roles, std::size_t most) {
   guint32 words[4] = {};
   for (const std::uint32_t role : roles) words[role / 32] |= 1U << role % 32;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,12 @@ std::string text(GVariant* answer);
 /// The objects of an "(a(so))" answer, at most `most`. Unless `owner` is empty, what belongs to
 /// another program than that is left out: nobody lends his name to other programs' objects.
 std::vector<AtspiObject> objects(GVariant* answer, const std::string& owner, std::size_t most);
+
+/// The object in a "(v)" answer.
+std::optional<AtspiObject> object(GVariant* answer);
+
+/// Whether a set of states, an "(au)" answer, has the state of that number.
+bool hasState(GVariant* answer, std::uint32_t state);
 
 /// The arguments of Collection.GetMatches that find the objects of those roles, at most `most` of
 /// them, in document order. The roles must be below 128.

@@ -130,6 +130,10 @@ GVariant* AccessibleProgram::resultOf(GDBusMessage* call) {
     const char* name = nullptr;
     g_variant_get(arguments, "(s&s)", nullptr, &name);
     const std::string wanted = name;
+    if (wanted == "Parent") {
+      if (object.parent.empty()) return nullptr;
+      return g_variant_new("(v)", reference(object.parent));
+    }
     const std::string& value = wanted == "ToolkitName"   ? toolkit_
                                : wanted == "Description" ? object.description
                                                          : object.name;
@@ -137,12 +141,23 @@ GVariant* AccessibleProgram::resultOf(GDBusMessage* call) {
   }
   if (method == "GetMatches" && collection_) {
     std::vector<std::string> matches;
+    gint32 most = 0;
+    g_variant_get_child(arguments, 2, "i", &most);
     GVariant* const rule = g_variant_get_child_value(arguments, 0);
     GVariant* const roles = g_variant_get_child_value(rule, 4);
     collect(path, roles, matches);
     g_variant_unref(roles);
     g_variant_unref(rule);
+    if (most > 0 && matches.size() > static_cast<std::size_t>(most))
+      matches.resize(static_cast<std::size_t>(most));
     return g_variant_new("(@a(so))", references(matches));
+  }
+  if (method == "GetState") {
+    GVariantBuilder builder;
+    g_variant_builder_init(&builder, G_VARIANT_TYPE("au"));
+    g_variant_builder_add(&builder, "u", object.states);
+    g_variant_builder_add(&builder, "u", 0U);
+    return g_variant_new("(au)", &builder);
   }
   if (method == "GetAccessibleAtPoint") return g_variant_new("(@(so))", reference(path));
   gint32 index = 0;

@@ -29,6 +29,8 @@ class AccessibleProgram {
     std::string description{};
     std::map<std::string, std::string> attributes{};
     std::map<std::string, std::string> documentAttributes{};
+    std::string parent{};
+    std::uint32_t states = 0;  ///< A bit for each of the first 32.
     std::vector<std::string> children{};
     std::vector<std::string> actions{};
     /// What DoAction answers.

@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <memory>
 #include <tuple>
 
 #include "platform/linux/AtspiAccessibilityTree.h"
+#include "platform/linux/CompositingManager.h"
 #include "rehearsal/Desk.h"
 #include "tests/linux/TeamsReader.h"
 
@@ -81,6 +83,52 @@ TEST_P(AtspiCoveredWindow, LabelsAreTrueAtOnceWhileItIsCovered) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Windows, AtspiCoveredWindow, testing::Values(false));
+
+/// On a desktop that draws windows apart from one another, a page rests only when it is minimised.
+class AtspiCompositedWindow : public AtspiHiddenWindow {
+ protected:
+  AtspiCompositedWindow() {
+    CompositingManager manager;
+    EXPECT_TRUE(holdsWithin([&] { return manager.isRunning(); }, patience));
+  }
+
+  std::unique_ptr<rehearsal::ServerProcess> compositor_ =
+      desk_.session().start("xcompmgr.log", {"xcompmgr"});
+};
+
+TEST_P(AtspiCompositedWindow, LabelsAreReadWithoutWaiting) {
+  findMeeting();
+  const auto readsAtOnce = [this] {
+    const auto began = std::chrono::steady_clock::now();
+    return reader_.read() == live &&
+           std::chrono::steady_clock::now() - began < AtspiTeams::labelWait;
+  };
+  EXPECT_TRUE(holdsWithin(readsAtOnce, patience));
+}
+
+TEST_P(AtspiCompositedWindow, LabelsFollowTheMeeting) {
+  findMeeting();
+  bool wanted = false;
+  for (int change = 0; change < 6; ++change) {
+    meeting_.pressMicrophone();
+    wanted = !wanted;
+    const std::string label = wanted ? muted : live;
+    EXPECT_TRUE(holdsWithin([&] { return reader_.read() == label; }, patience));
+    EXPECT_EQ(reader_.press(), accessibility::success);
+    wanted = !wanted;
+    EXPECT_EQ(meeting_.isMuted(), wanted);
+    EXPECT_EQ(reader_.read(), wanted ? muted : live) << "after the press " << change;
+  }
+}
+
+TEST_P(AtspiCompositedWindow, LabelsAreTrueAtOnceWhileItIsMinimised) {
+  findMeeting();
+  findMeeting();
+  meeting_.page().minimise();
+  expectTrueLabels();
+}
+
+INSTANTIATE_TEST_SUITE_P(Windows, AtspiCompositedWindow, testing::Values(false));
 
 }  // namespace
 }  // namespace hushbox

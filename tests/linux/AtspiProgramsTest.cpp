@@ -1,12 +1,18 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <map>
 #include <memory>
+#include <thread>
 
 #include "platform/linux/AtspiAccessibilityTree.h"
 #include "rehearsal/AccessibilityBus.h"
 #include "rehearsal/Session.h"
 #include "rehearsal/Waiting.h"
 #include "tests/linux/AccessibleProgram.h"
+#include "tests/linux/ScopedEnvironment.h"
 #include "tests/linux/TeamsReader.h"
 
 namespace hushbox {
@@ -230,6 +236,128 @@ TEST_F(AtspiPrograms, ControlsAreAskedAboutTogether) {
   EXPECT_EQ(reader_.visits(), 203);
   // One question a control, beyond those that find them.
   EXPECT_LT(tree_.callCount(), 201U + 20U);
+}
+
+/// A browser whose labels lag, with one window and one meeting in it, on a desktop that draws
+/// windows apart from one another.
+class AtspiLabels : public AtspiPrograms {
+ protected:
+  static constexpr std::uint32_t showing = 1U << 25;
+  static constexpr std::uint32_t iconified = 1U << 15;
+
+  AtspiLabels() {
+    environment_.set("WAYLAND_DISPLAY", "wayland-0");
+    browser_->put("/b", button(label));
+    browser_->put("/document", {.role = 95,
+                                .documentAttributes = {{"URI", teamsAddress}},
+                                .parent = "/view",
+                                .children = {"/b"}});
+    browser_->put("/view", {.role = 39, .parent = "/window", .children = {"/document"}});
+    putWindow(showing, {"/view"});
+    browser_->put("/other", {.role = 95, .documentAttributes = {{"URI", "https://example.org/"}}});
+    browser_->put(root, {.role = 75, .children = {"/window"}});
+    browser_->answerWith([this](const std::string&, const std::string& method) -> GVariant* {
+      if (method == "GetAccessibleAtPoint") ++told_;
+      return nullptr;
+    });
+  }
+
+  void putWindow(std::uint32_t states, const std::vector<std::string>& children) {
+    browser_->put("/window", {.role = 23, .parent = root, .states = states, .children = children});
+  }
+  /// The first reading looks for the window, the second finds it on the screen.
+  void readTwice() {
+    ASSERT_EQ(reader_.read(), label);
+    ASSERT_EQ(reader_.read(), label);
+  }
+  /// The shortest of several readings, so that other programs' share of the time does not count.
+  std::chrono::steady_clock::duration readingTime() {
+    auto shortest = std::chrono::steady_clock::duration::max();
+    for (int i = 0; i < 10; ++i) {
+      const auto began = std::chrono::steady_clock::now();
+      EXPECT_EQ(reader_.read(), label);
+      shortest = std::min(shortest, std::chrono::steady_clock::now() - began);
+    }
+    return shortest;
+  }
+  std::uint64_t callsOfAReading() {
+    const auto before = tree_.callCount();
+    EXPECT_EQ(reader_.read(), label);
+    return tree_.callCount() - before;
+  }
+
+  ScopedEnvironment environment_;
+  std::unique_ptr<AccessibleProgram> browser_ = program("Browser", "Chromium");
+  std::atomic<int> told_ = 0;
+};
+
+TEST_F(AtspiLabels, AreReadWithoutWaitingOfAPageBeingDrawn) {
+  readTwice();
+  EXPECT_LT(readingTime(), AtspiTeams::labelWait);
+}
+
+TEST_F(AtspiLabels, AreReadInOneGoOfAPageBeingDrawn) {
+  readTwice();
+  EXPECT_LE(callsOfAReading(), 6U);
+}
+
+TEST_F(AtspiLabels, AreReadAfreshOfAPageBeingDrawn) {
+  readTwice();
+  browser_->put("/b", button("Unmute mic (Ctrl+Shift+M)"));
+  EXPECT_EQ(reader_.read(), "Unmute mic (Ctrl+Shift+M)");
+}
+
+TEST_F(AtspiLabels, AreToldAboutInTimeOfAPageBeingDrawn) {
+  readTwice();
+  const int before = told_;
+  EXPECT_TRUE(holdsWithin([&] { return reader_.read() == label && told_ > before; }, patience));
+}
+
+TEST_F(AtspiLabels, AreWaitedForInAMinimisedWindow) {
+  readTwice();
+  putWindow(showing | iconified, {"/view"});
+  const int before = told_;
+  EXPECT_GE(readingTime(), AtspiTeams::labelWait);
+  EXPECT_EQ(told_ - before, 10);
+}
+
+TEST_F(AtspiLabels, AreWaitedForInAWindowThatIsNotShown) {
+  readTwice();
+  putWindow(0, {"/view"});
+  EXPECT_GE(readingTime(), AtspiTeams::labelWait);
+}
+
+TEST_F(AtspiLabels, AreWaitedForWhereWindowsHideOneAnother) {
+  readTwice();
+  environment_.set("WAYLAND_DISPLAY", std::nullopt);
+  EXPECT_GE(readingTime(), AtspiTeams::labelWait);
+}
+
+TEST_F(AtspiLabels, AreWaitedForBehindAnotherTab) {
+  readTwice();
+  putWindow(showing, {"/other"});
+  EXPECT_GE(readingTime(), AtspiTeams::labelWait);
+}
+
+TEST_F(AtspiLabels, AreWaitedForWhereTheWindowIsNotFound) {
+  browser_->put("/view", {.role = 39, .parent = "/view", .children = {"/document"}});
+  readTwice();
+  EXPECT_GE(readingTime(), AtspiTeams::labelWait);
+}
+
+TEST_F(AtspiLabels, AreWaitedForAfterALongTimeWithoutReading) {
+  readTwice();
+  std::this_thread::sleep_for(AtspiTeams::tellInterval);
+  const auto began = std::chrono::steady_clock::now();
+  EXPECT_EQ(reader_.read(), label);
+  EXPECT_GE(std::chrono::steady_clock::now() - began, AtspiTeams::labelWait);
+}
+
+TEST_F(AtspiLabels, OfProgramsThatKeepThemTrueAreNotWaitedFor) {
+  browser_.reset();
+  const auto teams = browser({{"/b", button(label)}});
+  ASSERT_TRUE(holdsWithin([&] { return reader_.read() == label; }, patience));
+  EXPECT_LE(callsOfAReading(), 4U);
 }
 
 TEST_F(AtspiPrograms, NobodySpeaksForAnotherProgramsObjects) {

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+
+struct xcb_connection_t;
+
+namespace hushbox {
+
+/// The program that puts the windows of the desktop together on the screen, where there is one.
+///
+/// With it, every window is drawn whole and apart from the others, so a browser goes on drawing a
+/// page whatever lies over it. Without it, the X server tells a browser that its window is covered,
+/// and the browser lets the page rest. Every Wayland desktop has one; on X11 it owns the selection
+/// _NET_WM_CM_Sn (Extended Window Manager Hints).
+///
+/// Main thread only.
+class CompositingManager {
+ public:
+  CompositingManager();
+  ~CompositingManager();
+  CompositingManager(const CompositingManager&) = delete;
+  CompositingManager& operator=(const CompositingManager&) = delete;
+
+  /// False when it cannot be told: no desktop, or the X server has not answered in 50 ms.
+  bool isRunning();
+
+ private:
+  struct Disconnect {
+    void operator()(xcb_connection_t* connection) const;
+  };
+
+  bool connect();
+
+  std::unique_ptr<xcb_connection_t, Disconnect> connection_;
+  unsigned selection_ = 0;
+};
+
+}  // namespace hushbox
