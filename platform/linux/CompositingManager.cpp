@@ -56,8 +56,7 @@ void CompositingManager::Disconnect::operator()(xcb_connection_t* connection) co
 }
 
 bool CompositingManager::isRunning() {
-  if (isSet("WAYLAND_DISPLAY")) return true;
-  if (!isSet("DISPLAY") || !connect()) return false;
+  if (isSet("WAYLAND_DISPLAY") || !isSet("DISPLAY") || !connect()) return false;
   const auto asked = xcb_get_selection_owner(connection_.get(), selection_);
   const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&std::free)> owner(
       static_cast<xcb_get_selection_owner_reply_t*>(replyTo(connection_.get(), asked.sequence)),

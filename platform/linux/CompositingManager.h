@@ -6,12 +6,13 @@ struct xcb_connection_t;
 
 namespace hushbox {
 
-/// The program that puts the windows of the desktop together on the screen, where there is one.
+/// The program that puts the windows of an X11 desktop together on the screen, where there is one.
+/// It owns the selection _NET_WM_CM_Sn (Extended Window Manager Hints).
 ///
 /// With it, every window is drawn whole and apart from the others, so a browser goes on drawing a
 /// page whatever lies over it. Without it, the X server tells a browser that its window is covered,
-/// and the browser lets the page rest. Every Wayland desktop has one; on X11 it owns the selection
-/// _NET_WM_CM_Sn (Extended Window Manager Hints).
+/// and the browser lets the page rest. A Wayland desktop may tell a browser so as well (the
+/// suspended state of xdg-shell), and nobody else: there it counts as none.
 ///
 /// Main thread only.
 class CompositingManager {
@@ -21,7 +22,7 @@ class CompositingManager {
   CompositingManager(const CompositingManager&) = delete;
   CompositingManager& operator=(const CompositingManager&) = delete;
 
-  /// False when it cannot be told: no desktop, or the X server has not answered in 50 ms.
+  /// False when it cannot be told: no X11 desktop, or the X server has not answered in 50 ms.
   bool isRunning();
 
  private:

@@ -128,6 +128,19 @@ TEST_P(AtspiCompositedWindow, LabelsAreTrueAtOnceWhileItIsMinimised) {
   expectTrueLabels();
 }
 
+TEST_P(AtspiCompositedWindow, LabelsAreTrueAtOnceOnAnotherWorkspace) {
+  findMeeting();
+  findMeeting();
+  const auto xdotool = [this](std::vector<std::string> words) {
+    words.insert(words.begin(), "xdotool");
+    const auto process = desk_.session().start("xdotool.log", words);
+    EXPECT_EQ(process->waitForExit(patience), 0);
+  };
+  xdotool({"set_num_desktops", "2"});
+  xdotool({"set_desktop", "1"});
+  expectTrueLabels();
+}
+
 INSTANTIATE_TEST_SUITE_P(Windows, AtspiCompositedWindow, testing::Values(false));
 
 }  // namespace
