@@ -110,15 +110,18 @@ Panel::Area Panel::waitForItem() const {
 
 Panel::Area Panel::openMenu() {
   const Area item = waitForItem();
-  // A panel that has not read the menu yet has nothing to open; a person would click again.
+  // A panel that has not read the menu yet has nothing to open, and one that is reading it again
+  // opens it at the size it had; a person would click again.
   waitUntil(
       [&] {
+        if (menu()) closeMenu();
         movePointerAway();
         click(item.x + item.width / 2, item.y + item.height / 2);
-        return holdsWithin([&] { return menu().has_value(); }, Milliseconds{1000});
+        return holdsWithin([&] { return rowHeight(itemMenu().rows()).has_value(); },
+                           Milliseconds{3000});
       },
-      patience, "the item's menu");
-  return waitForMenu();
+      patience, "a menu with all rows");
+  return *menu();
 }
 
 std::optional<Panel::Area> Panel::menu() const {
