@@ -189,6 +189,15 @@ void Panel::clickRow(const std::string& text) {
   click(area.x + area.width / 2, area.y + top + height / 2);
 }
 
+void Panel::chooseRow(const std::string& text) {
+  waitUntil(
+      [&] {
+        clickRow(text);
+        return holdsWithin([&] { return !menu(); }, Milliseconds{3000});
+      },
+      patience, "the choice of \"" + text + "\"");
+}
+
 void Panel::closeMenu() {
   run({"xdotool", "key", "Escape"});
   waitUntil([&] { return !menu(); }, patience, "the menu's end");

@@ -56,6 +56,9 @@ class Panel {
   /// Clicks in the open menu on the row with that text, reckoning its place from the heights: all
   /// rows are equally high, and separators a pixel. Throws DeskError when there is no such row.
   void clickRow(const std::string& text);
+  /// Clicks in the open menu on the row with that text until the menu has closed over it: a click
+  /// that comes before the menu has the pointer to itself is lost, and leaves it open.
+  void chooseRow(const std::string& text);
   void closeMenu();
 
   /// Moves the pointer away, so that nothing is highlighted and no tool tip is in the way.

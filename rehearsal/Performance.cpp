@@ -134,7 +134,7 @@ std::string Performance::openMenu() {
 
 std::string Performance::switchLaunchAtLogin(bool on) {
   if (!panel_.menu()) panel_.openMenu();
-  panel_.clickRow("Launch at login");
+  panel_.chooseRow("Launch at login");
   waitUntil([&] { return panel_.itemMenu().row("Launch at login").on == on; }, patience,
             "the switch in the menu");
   const std::string entry = "autostart/org.hushbox.Hushbox.desktop";
@@ -154,7 +154,7 @@ std::string Performance::unplug() {
 
 std::string Performance::quit() {
   panel_.openMenu();
-  panel_.clickRow("Quit Hushbox");
+  panel_.chooseRow("Quit Hushbox");
   const int status = hushbox_->waitForEnd();
   if (status != 0) throw DeskError("Hushbox ended with " + std::to_string(status));
   waitUntil([this] { return panel_.items().empty(); }, patience, "the panel to be empty");

@@ -166,7 +166,7 @@ TEST_F(HushboxProgramOnScreenTest, ClickOnTheSwitchWritesTheEntryAndAnotherTakes
       desk_->session().home() / ".config" / "autostart" / "org.hushbox.Hushbox.desktop";
   for (const bool on : {true, false}) {
     panel_->openMenu();
-    panel_->clickRow("Launch at login");
+    panel_->chooseRow("Launch at login");
     waitUntil([&] { return panel_->itemMenu().row("Launch at login").on == on; }, patience,
               "the switch");
     EXPECT_EQ(std::filesystem::exists(entry), on);
@@ -178,7 +178,7 @@ TEST_F(HushboxProgramOnScreenTest, ClickOnGrantAccessibilitySwitchesItOnAndTakes
   waitForRow("Grant Accessibility…");
   pictureMenu("program-without-permission");
   panel_->openMenu();
-  panel_->clickRow("Grant Accessibility…");
+  panel_->chooseRow("Grant Accessibility…");
   waitUntil([] { return desk_->accessibility().isEnabled(); }, patience, "accessibility");
   waitUntil([] { return panel_->itemMenu().rows().size() == 7; }, patience, "the row's end");
   EXPECT_THAT(rowTexts(), testing::Not(testing::Contains("Grant Accessibility…")));
@@ -186,7 +186,7 @@ TEST_F(HushboxProgramOnScreenTest, ClickOnGrantAccessibilitySwitchesItOnAndTakes
 
 TEST_F(HushboxProgramOnScreenTest, ClickOnQuitEndsTheProgramWithZeroAndTheItemGoes) {
   panel_->openMenu();
-  panel_->clickRow("Quit Hushbox");
+  panel_->chooseRow("Quit Hushbox");
   EXPECT_EQ(program_->waitForEnd(), 0);
   waitUntil([] { return panel_->items().empty(); }, patience, "the item's end");
 }

@@ -211,7 +211,7 @@ TEST_F(XfcePanelTest, RowsThatCameWhileTheMenuWasOpenAreThereAndCanBeClicked) {
   panel_->closeMenu();
   // The toolkit lets an open menu scroll rather than grow, so only now is it higher.
   EXPECT_GT(panel_->openMenu().height, before.height + 40);
-  panel_->clickRow("Grant Accessibility…");
+  panel_->chooseRow("Grant Accessibility…");
   waitUntil([&] { return chosen_ == "grant"; }, patience, "the click");
 }
 
@@ -222,7 +222,7 @@ TEST_F(XfcePanelTest, ClicksReachTheRowsUnderThePointer) {
                                                         {"Grant Accessibility…", "grant"},
                                                         {"Quit Hushbox", "quit"}}) {
     panel_->openMenu();
-    panel_->clickRow(row);
+    panel_->chooseRow(row);
     waitUntil([&, expected = action] { return chosen_ == expected; }, patience, row);
   }
 }
@@ -255,7 +255,7 @@ TEST_F(XfcePanelTest, SwitchShowsItsMarkWhileTheMenuIsOpenAndLosesItAgain) {
   showRows("Not on a call");
   waitForPicture("switch-off", menu, [&](const Picture& picture) { return marks(picture) == off; });
   // The panel sets the mark by itself; as the switch stays off, it has to be told.
-  panel_->clickRow("Launch at login");
+  panel_->chooseRow("Launch at login");
   waitUntil([&] { return chosen_ == "launch"; }, patience, "the click");
   panel_->openMenu();
   panel_->movePointerAway();
@@ -269,7 +269,7 @@ TEST_F(XfcePanelTest, ItemIsThereAgainAfterThePanelHasDied) {
   panel_ = std::make_unique<Panel>(*session_);
   panel_->waitForItem();
   panel_->openMenu();
-  panel_->clickRow("Quit Hushbox");
+  panel_->chooseRow("Quit Hushbox");
   waitUntil([&] { return chosen_ == "quit"; }, patience, "the click");
 }
 
