@@ -192,7 +192,7 @@ void Panel::clickRow(const std::string& text) {
 void Panel::chooseRow(const std::string& text) {
   waitUntil(
       [&] {
-        clickRow(text);
+        if (menu()) clickRow(text);
         return holdsWithin([&] { return !menu(); }, Milliseconds{3000});
       },
       patience, "the choice of \"" + text + "\"");
