@@ -6,38 +6,16 @@
 #include <string>
 
 #include "coordinator/MuteCoordinator.h"
-#include "platform/Platform.h"
-#include "platform/macos/AXAccessibilityTree.h"
-#include "platform/macos/CoreAudioHardware.h"
-#include "platform/macos/FormatterLocale.h"
-#include "platform/macos/NSWorkspaceApplications.h"
-#include "platform/macos/OSUnifiedLog.h"
-#include "platform/macos/RunLoopMainLoop.h"
-#include "platform/macos/ServiceLoginItem.h"
-#include "platform/macos/StatusItemMenuBar.h"
-#include "platform/macos/TaskChildProcesses.h"
-#include "platform/macos/UserNotificationCenter.h"
 #include "teams/TeamsUI.h"
+#include "tests/macos/MacAdapters.h"
 #include "tests/macos/MacTeams.h"
 #include "tests/macos/MacTest.h"
 
 namespace hushbox {
 namespace {
 
-class PlatformCallsTest : public MacTest {
+class PlatformCallsTest : public MacTest, protected MacAdapters {
  protected:
-  RunLoopMainLoop mainLoop;
-  OSUnifiedLog log;
-  CoreAudioHardware audio;
-  AXAccessibilityTree accessibility;
-  NSWorkspaceApplications workspace;
-  TaskChildProcesses childProcesses;
-  UserNotificationCenter notifications;
-  ServiceLoginItem loginItem;
-  StatusItemMenuBar menuBar;
-  FormatterLocale locale;
-  PlatformScope scope{{mainLoop, audio, accessibility, workspace, childProcesses, notifications,
-                       loginItem, menuBar, log, locale}};
   MacTeams teams;
   AudioObjectID speakerphone = doubles::plug({.name = "Jabra Speak2 75", .running = 1});
 
