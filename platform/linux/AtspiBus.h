@@ -40,6 +40,11 @@ class AtspiBus {
     return accessibility_.ask(std::move(calls));
   }
   AtspiReply ask(AtspiCall call);
+  /// Asks a program straight from now on, if it can be; see AtspiConnection::reach().
+  bool reach(const std::string& busName, const std::string& address, std::int32_t process,
+             std::chrono::milliseconds wait) {
+    return accessibility_.reach(busName, address, process, wait);
+  }
   bool isSilent(const std::string& busName) const { return accessibility_.isSilent(busName); }
 
   /// How long programs on the accessibility bus have been waited for in vain since the beginning.

@@ -105,6 +105,19 @@ bool AtspiConnection::open(const std::string& address, milliseconds wait) {
   return true;
 }
 
+bool AtspiConnection::reach(const std::string& busName, const std::string& address,
+                            std::int32_t process, milliseconds wait) {
+  if (!isOpen()) return false;
+  const gint64 began = g_get_monotonic_time();
+  auto direct = PeerConnection::open(address, process, wait, context_);
+  if (!direct) {
+    lostTime_ += std::chrono::microseconds(g_get_monotonic_time() - began);
+    return false;
+  }
+  direct_[busName] = std::move(direct);
+  return true;
+}
+
 bool AtspiConnection::isOpen() const {
   return connection_ && !g_dbus_connection_is_closed(connection_.get());
 }
@@ -113,6 +126,7 @@ void AtspiConnection::close() {
   if (cancellable_) g_cancellable_cancel(cancellable_.get());
   for (const guint subscription : std::exchange(subscriptions_, {}))
     g_dbus_connection_signal_unsubscribe(connection_.get(), subscription);
+  direct_.clear();
   // Cancelled calls end at once, yet only by way of the context.
   const gint64 until = moment(milliseconds{1000});
   iterate([this] { return unanswered_->total == 0; }, [&] { return until; });
@@ -129,7 +143,9 @@ std::vector<AtspiReply> AtspiConnection::ask(std::vector<AtspiCall> calls) {
   batch->waits.resize(calls.size());
   const gint64 began = g_get_monotonic_time();
   const InContext inContext(context_);
+  for (const auto& [busName, direct] : direct_) direct->giveUp(answerLimit);
   for (std::size_t i = 0; i < calls.size(); ++i) start(calls[i], batch, i);
+  for (const auto& [busName, direct] : direct_) direct->flush(calls.front().wait);
   iterate([&] { return batch->isComplete(); }, [&] { return batch->lastWait(); });
   for (std::size_t i = 0; i < calls.size(); ++i)
     if (batch->waits[i] != 0) ++unanswered_->overdue[calls[i].object.busName];
@@ -149,11 +165,7 @@ void AtspiConnection::start(const AtspiCall& call, const std::shared_ptr<Batch>&
   ++callCount_;
   ++unanswered_->total;
   auto answered = [waiting = std::weak_ptr(batch), index, unanswered = unanswered_,
-                   peer = call.object.busName](GObject* source, GAsyncResult* result) {
-    GError* failure = nullptr;
-    VariantPointer value(
-        g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &failure));
-    const ErrorPointer error(failure);
+                   peer = call.object.busName](VariantPointer value, const GError* error) {
     --unanswered->total;
     if (const auto batch = waiting.lock()) {
       AtspiReply& reply = batch->replies[index];
@@ -165,11 +177,30 @@ void AtspiConnection::start(const AtspiCall& call, const std::shared_ptr<Batch>&
       unanswered->overdue.erase(overdue);
     }
   };
+  if (PeerConnection* const direct = directTo(call.object.busName)) {
+    direct->call(call, std::move(answered));
+    return;
+  }
+  auto finished = [answered = std::move(answered)](GObject* source, GAsyncResult* result) {
+    GError* failure = nullptr;
+    VariantPointer value(
+        g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &failure));
+    const ErrorPointer error(failure);
+    answered(std::move(value), error.get());
+  };
   g_dbus_connection_call(connection_.get(), call.object.busName.c_str(), call.object.path.c_str(),
                          call.interface, call.method, call.arguments.get(),
                          G_VARIANT_TYPE(call.replyType), G_DBUS_CALL_FLAGS_NO_AUTO_START,
                          static_cast<int>(answerLimit.count()), cancellable_.get(),
-                         AsyncCallback::invoke, AsyncCallback::data(std::move(answered)));
+                         AsyncCallback::invoke, AsyncCallback::data(std::move(finished)));
+}
+
+PeerConnection* AtspiConnection::directTo(const std::string& busName) {
+  const auto direct = direct_.find(busName);
+  if (direct == direct_.end()) return nullptr;
+  if (direct->second->isOpen()) return direct->second.get();
+  direct_.erase(direct);
+  return nullptr;
 }
 
 void AtspiConnection::send(const AtspiCall& call) {

@@ -13,6 +13,7 @@
 #include "platform/linux/AtspiCall.h"
 #include "platform/linux/AtspiReply.h"
 #include "platform/linux/GLibPointers.h"
+#include "platform/linux/PeerConnection.h"
 
 namespace hushbox {
 
@@ -41,6 +42,12 @@ class AtspiConnection {
   bool open(const std::string& address, std::chrono::milliseconds wait);
   bool isOpen() const;
   void close();
+
+  /// Connects straight to a peer on the bus, who listens at `address`: as long as that connection
+  /// and the bus's last, calls to him go there, sparing them the bus daemon's part. False when that
+  /// does not come about, see PeerConnection::open(); his calls go over the bus then.
+  bool reach(const std::string& busName, const std::string& address, std::int32_t process,
+             std::chrono::milliseconds wait);
 
   /// Makes the calls all at once and waits until each has been answered or has outlasted its own
   /// wait. Nothing is started to answer them. The replies come in the order of the calls.
@@ -72,12 +79,16 @@ class AtspiConnection {
   struct Batch;
   struct Unanswered;
 
+  /// The connection straight to a peer; null when there is none any more.
+  PeerConnection* directTo(const std::string& busName);
   void start(const AtspiCall& call, const std::shared_ptr<Batch>& batch, std::size_t index);
   /// Iterates the context until `ended` holds or the moment that `until` names has come.
   void iterate(const std::function<bool()>& ended, const std::function<gint64()>& until);
 
   GMainContext* const context_;
   ConnectionPointer connection_;
+  /// Straight to peers, by their names on the bus.
+  std::map<std::string, std::unique_ptr<PeerConnection>> direct_;
   CancellablePointer cancellable_;
   std::vector<guint> subscriptions_;
   std::shared_ptr<Unanswered> unanswered_;

@@ -5,6 +5,7 @@
 #include <thread>
 #include <utility>
 
+#include "platform/linux/AtspiQuestions.h"
 #include "platform/linux/AtspiRole.h"
 #include "platform/linux/AtspiValue.h"
 
@@ -15,9 +16,7 @@ namespace {
 /// A page shows a change after one or two frames.
 constexpr std::chrono::milliseconds changeInterval{8};
 
-constexpr const char* accessible = "org.a11y.atspi.Accessible";
-constexpr const char* collection = "org.a11y.atspi.Collection";
-constexpr const char* properties = "org.freedesktop.DBus.Properties";
+using atspi_questions::accessible;
 
 bool isFresh(const AtspiFacts& facts) {
   return std::chrono::steady_clock::now() - facts.readAt <= AtspiTeams::freshness;
@@ -127,9 +126,8 @@ void AtspiReading::readFacts(const AtspiSiblings& siblings,
   std::vector<AtspiCall> calls;
   for (const std::size_t place : places) {
     const AtspiObject& object = siblings.objects[place];
-    calls.push_back({object, properties, "GetAll", "(a{sv})", wait,
-                     takeArguments(g_variant_new("(s)", accessible))});
-    if (!isRoleKnown(place)) calls.push_back({object, accessible, "GetRole", "(u)", wait, nullptr});
+    calls.push_back(atspi_questions::allProperties(object, wait));
+    if (!isRoleKnown(place)) calls.push_back(atspi_questions::role(object, wait));
   }
   const auto replies = teams_.bus().ask(std::move(calls));
   Objects remaining;
@@ -155,8 +153,7 @@ void AtspiReading::readRemainingFacts(const Objects& objects, std::chrono::milli
   std::vector<AtspiCall> calls;
   for (const AtspiObject& object : objects) {
     for (const char* name : {"Name", "Description"})
-      calls.push_back({object, properties, "Get", "(v)", wait,
-                       takeArguments(g_variant_new("(ss)", accessible, name))});
+      calls.push_back(atspi_questions::property(object, accessible, name, wait));
     calls.push_back({object, accessible, "GetAttributes", "(a{ss})", wait, nullptr});
   }
   const auto replies = teams_.bus().ask(std::move(calls));
@@ -177,10 +174,11 @@ void AtspiReading::awaitChange(const AtspiElement& element, std::chrono::millise
   const AtspiObject& object = element.siblings()->objects[element.index()];
   const auto before = facts_.find(object);
   if (before == facts_.end() || before->second.status != accessibility::success) return;
+  // The first question comes no earlier either: it would only hold up the page at taking the press.
   do {
+    std::this_thread::sleep_for(changeInterval);
     const AtspiReply name = teams_.askForName(object, *element.siblings()->surface);
     if (!name || atspi_value::text(name.value.get()) != before->second.name) return;
-    std::this_thread::sleep_for(changeInterval);
   } while (std::chrono::steady_clock::now() < end);
 }
 
@@ -189,12 +187,10 @@ AtspiReading::Siblings AtspiReading::controls(const AtspiSurfaceRef& surface) {
   const AtspiObject& root = surface->object;
   const auto wait = teams_.timeout();
   std::vector<AtspiCall> calls;
-  calls.push_back({root, collection, "GetMatches", "(a(so))", wait,
-                   atspi_value::matchRoles(
-                       {atspi_role::pushButton, atspi_role::toggleButton, atspi_role::checkBox},
-                       mostChildren)});
-  calls.push_back({root, collection, "GetMatches", "(a(so))", wait,
-                   atspi_value::matchRoles({atspi_role::checkBox}, mostChildren)});
+  calls.push_back(atspi_questions::matches(
+      root, {atspi_role::pushButton, atspi_role::toggleButton, atspi_role::checkBox}, mostChildren,
+      wait));
+  calls.push_back(atspi_questions::matches(root, {atspi_role::checkBox}, mostChildren, wait));
   const auto replies = teams_.bus().ask(std::move(calls));
   if (!replies[0] || !replies[1]) {
     return childrenOf(*siblings(surface, {root}), 0);

@@ -28,20 +28,26 @@ struct AtspiSurface {
   std::chrono::steady_clock::time_point toldAt{};
   /// When the program was last asked about it along with other calls.
   std::chrono::steady_clock::time_point askedAt{};
+  /// All properties of `object`, as they were then.
+  AtspiReply properties;
   /// Whether it was on the screen then, and so being drawn.
   bool isDrawn = false;
-  /// The window that it was in when it was looked for; no name when there was none.
+  /// The window that it was the front page of when it was looked for; no name when there was none.
   AtspiObject window;
+  /// What it was directly in then; no name when it was in nothing.
+  AtspiObject parent;
   bool windowSought = false;
 
-  /// The control on it that was last read by itself: what is asked of the surface is asked of that
-  /// too. No name while there is none.
+  /// The control on it that was last read by itself: when the surface is asked, so is that. No name
+  /// while there is none.
   AtspiObject control;
   /// What it answered at `askedAt`.
   AtspiReply controlProperties;
   AtspiReply controlRole;
   /// Which of its actions is a press, once that is known.
   std::optional<std::int32_t> controlPress;
+
+  bool hasControl() const { return !control.busName.empty(); }
 
   void keepControl(const AtspiObject& object) {
     if (control == object) return;

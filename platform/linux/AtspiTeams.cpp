@@ -1,13 +1,14 @@
 #include "platform/linux/AtspiTeams.h"
 
 #include <algorithm>
-#include <initializer_list>
+#include <iterator>
 #include <optional>
 #include <set>
 #include <string_view>
 #include <thread>
 #include <utility>
 
+#include "platform/linux/AtspiQuestions.h"
 #include "platform/linux/AtspiRole.h"
 #include "platform/linux/AtspiState.h"
 #include "platform/linux/AtspiTeamsSigns.h"
@@ -20,15 +21,8 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr const char* accessible = "org.a11y.atspi.Accessible";
-constexpr const char* collection = "org.a11y.atspi.Collection";
-constexpr const char* properties = "org.freedesktop.DBus.Properties";
-
-AtspiCall property(const AtspiObject& object, const char* interface, const char* name,
-                   milliseconds wait) {
-  return {object, properties, "Get",
-          "(v)",  wait,       takeArguments(g_variant_new("(ss)", interface, name))};
-}
+using atspi_questions::accessible;
+using atspi_questions::property;
 
 AtspiCall updateLabels(const AtspiObject& document, milliseconds wait) {
   constexpr guint32 relativeToWindow = 1;
@@ -45,7 +39,13 @@ bool isOnScreen(const AtspiReply& state) {
          !atspi_value::hasState(state.value.get(), atspi_state::iconified);
 }
 
-/// Pages in the background are in no window's tree.
+/// What the page is directly in; pages in the background are in nothing.
+AtspiObject parentOf(const AtspiReply& properties) {
+  if (!properties) return {};
+  return atspi_value::object(properties.value.get(), "Parent").value_or(AtspiObject{});
+}
+
+/// Whether the page is the first in the window whose matches those are.
 bool isFirst(const AtspiObject& document, const AtspiReply& matches) {
   return matches && atspi_value::objects(matches.value.get(), document.busName, 1) ==
                         std::vector<AtspiObject>{document};
@@ -54,7 +54,7 @@ bool isFirst(const AtspiObject& document, const AtspiReply& matches) {
 AtspiCall lifeSign(const AtspiSurface& surface, milliseconds wait) {
   if (surface.isDocument)
     return {surface.object, "org.a11y.atspi.Document", "GetAttributes", "(a{ss})", wait, nullptr};
-  return {surface.object, accessible, "GetRole", "(u)", wait, nullptr};
+  return atspi_questions::role(surface.object, wait);
 }
 
 /// Whether the surface is there and of Teams, by its life sign and its name; also sets by what.
@@ -72,6 +72,18 @@ bool isOfTeams(AtspiSurface& surface, GVariant* answer, const std::string& name)
   }
   surface.evidence = surface.inClient ? Evidence::client : Evidence::title;
   return surface.inClient || teams_signs::isTitle(name);
+}
+
+/// Whether the control's and the document's own answers tell that the surface is there and still of
+/// Teams.
+bool isSeenByControl(const AtspiSurface& surface) {
+  guint32 role = atspi_role::invalid;
+  if (surface.controlRole) g_variant_get(surface.controlRole.value.get(), "(u)", &role);
+  if (role == atspi_role::invalid) return false;
+  if (surface.evidence != AtspiSurface::Evidence::title) return true;
+  if (!surface.properties) return false;
+  const VariantPointer all(g_variant_get_child_value(surface.properties.value.get(), 0));
+  return teams_signs::isTitle(atspi_value::text(all.get(), "Name"));
 }
 
 }  // namespace
@@ -100,10 +112,24 @@ void AtspiTeams::search() {
     std::this_thread::sleep_for(milliseconds{20});
     surfaces_ = confirmed(findSurfaces());
   }
+  reachPrograms();
   for (const AtspiSurfaceRef& surface : surfaces_) surface->windowSought = false;
   std::stable_sort(surfaces_.begin(), surfaces_.end(), [](const auto& one, const auto& other) {
     return one->evidence < other->evidence;
   });
+}
+
+void AtspiTeams::reachPrograms() {
+  for (const AtspiSurfaceRef& surface : surfaces_) {
+    const auto known = programs_.find(surface->object.busName);
+    if (known == programs_.end() || std::exchange(known->second.reached, true)) continue;
+    const Program& program = known->second;
+    const AtspiReply address = bus_.ask({program.root, "org.a11y.atspi.Application",
+                                         "GetApplicationBusAddress", "(s)", timeout(), nullptr});
+    if (!address) continue;
+    bus_.reach(program.root.busName, atspi_value::text(address.value.get()),
+               program.processIdentifier, timeout());
+  }
 }
 
 void AtspiTeams::bringLabelsUpToDate(AtspiSurface& surface) {
@@ -122,6 +148,7 @@ std::vector<AtspiReply> AtspiTeams::askAlong(const std::vector<AtspiSurface*>& s
                                              std::vector<AtspiCall> calls) {
   std::vector<Along> alongs;
   for (AtspiSurface* surface : surfaces) alongs.push_back(along(*surface, calls));
+  if (!alongs.empty()) compositingManager_.ask();
   const auto before = steady_clock::now();
   auto replies = bus_.ask(std::move(calls));
   const auto now = steady_clock::now();
@@ -132,10 +159,13 @@ std::vector<AtspiReply> AtspiTeams::askAlong(const std::vector<AtspiSurface*>& s
     if (along.tells && replies[along.first].outcome != AtspiReply::Outcome::silent)
       surface.toldAt = now;
     std::size_t next = along.first + along.tells;
-    surface.isDrawn = composited && along.toldBefore && along.hasWindow &&
-                      isOnScreen(replies[next]) && isFirst(surface.object, replies[next + 1]);
-    if (along.hasWindow) next += 2;
     surface.askedAt = now;
+    surface.properties = std::move(replies[next++]);
+    const bool isInPlace = parentOf(surface.properties) == surface.parent;
+    if (surface.properties && !isInPlace) surface.windowSought = false;
+    surface.isDrawn =
+        composited && along.toldBefore && along.hasWindow && isInPlace && isOnScreen(replies[next]);
+    if (along.hasWindow) ++next;
     if (!along.hasControl) continue;
     surface.controlProperties = std::move(replies[next]);
     surface.controlRole = std::move(replies[next + 1]);
@@ -147,18 +177,23 @@ void AtspiTeams::seekWindow(AtspiSurface& surface) {
   constexpr int deepest = 64;
   if (std::exchange(surface.windowSought, true)) return;
   surface.window = {};
+  surface.parent = parentOf(surface.properties);
   const auto program = programs_.find(surface.object.busName);
   if (program == programs_.end()) return;
-  AtspiObject child = surface.object;
-  for (int depth = 0; depth < deepest; ++depth) {
+  AtspiObject child = surface.parent;
+  for (int depth = 0; child.busName == surface.object.busName && depth < deepest; ++depth) {
     const AtspiReply reply = bus_.ask(property(child, accessible, "Parent", timeout()));
     const auto parent = reply ? atspi_value::object(reply.value.get()) : std::nullopt;
-    if (!parent || parent->busName != child.busName) return;
-    if (*parent == program->second.root) {
-      surface.window = child;
-      return;
+    if (!parent) return;
+    if (*parent != program->second.root) {
+      child = *parent;
+      continue;
     }
-    child = *parent;
+    // A page within a page stays where it is when the outer one goes to the background.
+    const AtspiReply first =
+        bus_.ask(atspi_questions::matches(child, {atspi_role::documentWeb}, 1, timeout()));
+    if (isFirst(surface.object, first)) surface.window = child;
+    return;
   }
 }
 
@@ -171,17 +206,14 @@ AtspiTeams::Along AtspiTeams::along(AtspiSurface& surface, std::vector<AtspiCall
               .tells = !surface.isDrawn || sinceTold >= tellAgain,
               .toldBefore = sinceTold <= tellInterval,
               .hasWindow = !window.busName.empty(),
-              .hasControl = !control.busName.empty()};
+              .hasControl = surface.hasControl()};
   if (along.tells) calls.push_back(updateLabels(surface.object, timeout()));
-  if (along.hasWindow) {
+  calls.push_back(atspi_questions::allProperties(surface.object, timeout()));
+  if (along.hasWindow)
     calls.push_back({window, accessible, "GetState", "(au)", timeout(), nullptr});
-    calls.push_back({window, collection, "GetMatches", "(a(so))", timeout(),
-                     atspi_value::matchRoles({atspi_role::documentWeb}, 1)});
-  }
   if (along.hasControl) {
-    calls.push_back({control, properties, "GetAll", "(a{sv})", timeout(),
-                     takeArguments(g_variant_new("(s)", accessible))});
-    calls.push_back({control, accessible, "GetRole", "(u)", timeout(), nullptr});
+    calls.push_back(atspi_questions::allProperties(control, timeout()));
+    calls.push_back(atspi_questions::role(control, timeout()));
   }
   return along;
 }
@@ -257,8 +289,8 @@ std::vector<AtspiSurfaceRef> AtspiTeams::findSurfaces() {
   for (const auto& [busName, program] : programs_) {
     if (!program.isBrowser && !program.isClient) continue;
     asked.push_back(&program);
-    calls.push_back({program.root, collection, "GetMatches", "(a(so))", timeout(),
-                     atspi_value::matchRoles({atspi_role::documentWeb}, mostDocuments)});
+    calls.push_back(atspi_questions::matches(program.root, {atspi_role::documentWeb}, mostDocuments,
+                                             timeout()));
   }
   for (const Program* program : asked)
     calls.push_back({program->root, accessible, "GetAttributes", "(a{ss})", timeout(), nullptr});
@@ -296,22 +328,45 @@ AtspiSurfaceRef AtspiTeams::surface(const AtspiObject& object, const Program& pr
 }
 
 std::vector<AtspiSurfaceRef> AtspiTeams::confirmed(const std::vector<AtspiSurfaceRef>& surfaces) {
-  std::vector<AtspiCall> calls;
-  for (const AtspiSurfaceRef& surface : surfaces) calls.push_back(lifeSign(*surface, timeout()));
-  // An address that was of Teams needs no name to tell, unless it changes.
-  std::vector<AtspiSurface*> named;
+  // Told along with signs of life, pages have the time of the other calls for it.
+  std::vector<AtspiSurface*> told;
+  for (const AtspiSurfaceRef& surface : surfaces_)
+    if (surface->labelsLag && surface->askedAt < readingBegan_) told.push_back(surface.get());
+  const auto shows = [](const AtspiSurfaceRef& one) { return one->labelsLag && one->hasControl(); };
+  std::vector<AtspiSurface*> doubtful;
+  for (const AtspiSurfaceRef& surface : surfaces)
+    if (!shows(surface)) doubtful.push_back(surface.get());
+  auto present = withSignOfLife(doubtful, told);
+  doubtful.clear();
   for (const AtspiSurfaceRef& surface : surfaces) {
+    if (!shows(surface)) continue;
+    if (surface->askedAt >= readingBegan_ && isSeenByControl(*surface))
+      present.insert(surface.get());
+    else
+      doubtful.push_back(surface.get());
+  }
+  present.merge(withSignOfLife(doubtful, {}));
+  std::vector<AtspiSurfaceRef> result;
+  std::copy_if(surfaces.begin(), surfaces.end(), std::back_inserter(result),
+               [&](const AtspiSurfaceRef& one) { return present.count(one.get()) != 0; });
+  return result;
+}
+
+std::set<const AtspiSurface*> AtspiTeams::withSignOfLife(const std::vector<AtspiSurface*>& surfaces,
+                                                         const std::vector<AtspiSurface*>& told) {
+  if (surfaces.empty() && told.empty()) return {};
+  std::vector<AtspiCall> calls;
+  for (const AtspiSurface* surface : surfaces) calls.push_back(lifeSign(*surface, timeout()));
+  // An address that was of Teams needs no name to tell, unless it changes.
+  std::vector<const AtspiSurface*> named;
+  for (const AtspiSurface* surface : surfaces) {
     if (surface->evidence == AtspiSurface::Evidence::address) continue;
     calls.push_back(property(surface->object, accessible, "Name", timeout()));
-    named.push_back(surface.get());
+    named.push_back(surface);
   }
-  // Told along with them, pages have the time of the other calls for it.
-  std::vector<AtspiSurface*> asked;
-  for (const AtspiSurfaceRef& surface : surfaces_)
-    if (surface->labelsLag && surface->askedAt < readingBegan_) asked.push_back(surface.get());
-  const auto replies = askAlong(asked, std::move(calls));
+  const auto replies = askAlong(told, std::move(calls));
 
-  std::vector<AtspiSurfaceRef> result;
+  std::set<const AtspiSurface*> result;
   for (std::size_t i = 0; i < surfaces.size(); ++i) {
     AtspiSurface& surface = *surfaces[i];
     const AtspiReply& sign = replies[i];
@@ -322,7 +377,7 @@ std::vector<AtspiSurfaceRef> AtspiTeams::confirmed(const std::vector<AtspiSurfac
     const bool keep = sign.outcome == AtspiReply::Outcome::silent
                           ? isKnown(surface.object.busName)
                           : sign && isOfTeams(surface, sign.value.get(), title);
-    if (keep) result.push_back(surfaces[i]);
+    if (keep) result.insert(&surface);
   }
   return result;
 }

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -60,11 +61,12 @@ class AtspiTeams {
 
   /// Whether there is anything of Teams. As long as something that was found before is still there
   /// (or silent, which is not the same as gone), it asks about that only: seven calls a document at
-  /// most, all at the same time. Otherwise it searches.
+  /// most, in one round or two. Otherwise it searches.
   bool isRunning();
 
   /// Looks for everything that belongs to Teams: a call to the registry, one to each browser, two
-  /// for each document. Once in a reading; then it stands.
+  /// for each document, and once to each program that has one where it can be asked straight. Once
+  /// in a reading; then it stands.
   void search();
 
   /// What was found last, in the order in which to look at it.
@@ -101,6 +103,8 @@ class AtspiTeams {
     bool isClient = false;
     bool isBrowser = false;
     bool labelsLag = false;
+    /// Whether it was tried to ask it straight.
+    bool reached = false;
   };
 
   /// What is asked about a surface along with other calls, in this order.
@@ -121,14 +125,23 @@ class AtspiTeams {
   std::vector<AtspiSurfaceRef> findSurfaces();
   AtspiSurfaceRef surface(const AtspiObject& object, const Program& program);
   /// Keeps of `surfaces` those that are of Teams and there, or whose program is silent.
+  ///
+  /// A document whose control is there is there itself, at the host it came from: only the others
+  /// are asked for a sign of life.
   std::vector<AtspiSurfaceRef> confirmed(const std::vector<AtspiSurfaceRef>& surfaces);
+  /// Those that are there and of Teams by a sign of life that they are asked for, or whose program
+  /// is silent; does what is to be done about `told` along with it.
+  std::set<const AtspiSurface*> withSignOfLife(const std::vector<AtspiSurface*>& surfaces,
+                                               const std::vector<AtspiSurface*>& told);
   bool isKnown(const std::string& busName) const;
   /// Makes the calls and, at the same time, tells the surfaces to bring their labels up to date,
   /// finds out which are being drawn, and asks their controls. The replies begin with those to
   /// `calls`.
   std::vector<AtspiReply> askAlong(const std::vector<AtspiSurface*>& surfaces,
                                    std::vector<AtspiCall> calls);
-  /// Climbs from the document to its window, once after each search.
+  /// From now on asks the programs of the surfaces straight, where they offer that.
+  void reachPrograms();
+  /// Climbs from the document to its window, once after each search and again once it has moved.
   void seekWindow(AtspiSurface& surface);
   /// Adds what is to be asked about a surface.
   Along along(AtspiSurface& surface, std::vector<AtspiCall>& calls) const;

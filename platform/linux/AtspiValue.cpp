@@ -21,6 +21,16 @@ std::string bounded(GVariant* value) {
   return length <= longestText ? std::string(text, length) : std::string();
 }
 
+/// Null and what is no object give none; nor is the object that stands for none one.
+std::optional<AtspiObject> reference(GVariant* value) {
+  if (!value || !g_variant_is_of_type(value, G_VARIANT_TYPE("(so)"))) return std::nullopt;
+  const char* busName = nullptr;
+  const char* path = nullptr;
+  g_variant_get(value, "(&s&o)", &busName, &path);
+  if (std::strcmp(path, nullPath) == 0) return std::nullopt;
+  return AtspiObject{busName, path};
+}
+
 }  // namespace
 
 std::string text(GVariant* dictionary, const char* key) {
@@ -56,12 +66,12 @@ std::vector<AtspiObject> objects(GVariant* answer, const std::string& owner, std
 
 std::optional<AtspiObject> object(GVariant* answer) {
   const VariantPointer boxed(g_variant_get_child_value(answer, 0));
-  const VariantPointer value(g_variant_get_variant(boxed.get()));
-  if (!g_variant_is_of_type(value.get(), G_VARIANT_TYPE("(so)"))) return std::nullopt;
-  const char* busName = nullptr;
-  const char* path = nullptr;
-  g_variant_get(value.get(), "(&s&o)", &busName, &path);
-  return AtspiObject{busName, path};
+  return reference(VariantPointer(g_variant_get_variant(boxed.get())).get());
+}
+
+std::optional<AtspiObject> object(GVariant* answer, const char* key) {
+  const VariantPointer dictionary(g_variant_get_child_value(answer, 0));
+  return reference(VariantPointer(g_variant_lookup_value(dictionary.get(), key, nullptr)).get());
 }
 
 bool hasState(GVariant* answer, std::uint32_t state) {

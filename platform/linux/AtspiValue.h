@@ -32,6 +32,9 @@ std::vector<AtspiObject> objects(GVariant* answer, const std::string& owner, std
 /// The object in a "(v)" answer.
 std::optional<AtspiObject> object(GVariant* answer);
 
+/// The object under `key` in an "(a{sv})" answer.
+std::optional<AtspiObject> object(GVariant* answer, const char* key);
+
 /// Whether a set of states, an "(au)" answer, has the state of that number.
 bool hasState(GVariant* answer, std::uint32_t state);
 

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 namespace hushbox {
 
@@ -55,12 +56,20 @@ void CompositingManager::Disconnect::operator()(xcb_connection_t* connection) co
   xcb_disconnect(connection);
 }
 
+void CompositingManager::ask() {
+  if (asked_) xcb_discard_reply(connection_.get(), *asked_);
+  asked_.reset();
+  if (isSet("WAYLAND_DISPLAY") || !isSet("DISPLAY") || !connect()) return;
+  asked_ = xcb_get_selection_owner(connection_.get(), selection_).sequence;
+  xcb_flush(connection_.get());
+}
+
 bool CompositingManager::isRunning() {
-  if (isSet("WAYLAND_DISPLAY") || !isSet("DISPLAY") || !connect()) return false;
-  const auto asked = xcb_get_selection_owner(connection_.get(), selection_);
+  if (!asked_) ask();
+  const auto asked = std::exchange(asked_, std::nullopt);
+  if (!asked) return false;
   const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&std::free)> owner(
-      static_cast<xcb_get_selection_owner_reply_t*>(replyTo(connection_.get(), asked.sequence)),
-      std::free);
+      static_cast<xcb_get_selection_owner_reply_t*>(replyTo(connection_.get(), *asked)), std::free);
   return owner && owner->owner != XCB_NONE;
 }
 

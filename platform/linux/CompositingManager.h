@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 struct xcb_connection_t;
 
@@ -22,6 +23,9 @@ class CompositingManager {
   CompositingManager(const CompositingManager&) = delete;
   CompositingManager& operator=(const CompositingManager&) = delete;
 
+  /// Puts the question, so that the next isRunning() finds the answer ready.
+  void ask();
+
   /// False when it cannot be told: no X11 desktop, or the X server has not answered in 50 ms.
   bool isRunning();
 
@@ -34,6 +38,8 @@ class CompositingManager {
 
   std::unique_ptr<xcb_connection_t, Disconnect> connection_;
   unsigned selection_ = 0;
+  /// The request whose reply has not been taken yet.
+  std::optional<unsigned> asked_;
 };
 
 }  // namespace hushbox

@@ -1,6 +1,9 @@
 #include "tests/linux/AccessibleProgram.h"
 
+#include <gio/gunixsocketaddress.h>
+
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace hushbox {
@@ -27,9 +30,53 @@ AccessibleProgram::AccessibleProgram(const std::string& busAddress, const std::s
 }
 
 AccessibleProgram::~AccessibleProgram() {
+  hangUp();
   g_dbus_connection_remove_filter(bus_.get(), filter_);
   g_dbus_connection_close_sync(bus_.get(), nullptr, nullptr);
-  for (GDBusMessage* const message : waiting_) g_object_unref(message);
+  for (const auto& [connection, message] : waiting_) g_object_unref(message);
+}
+
+void AccessibleProgram::offer(const std::string& socketPath) {
+  const ObjectPointer<GSocketAddress> address(g_unix_socket_address_new(socketPath.c_str()));
+  listener_.reset(g_socket_listener_new());
+  g_socket_listener_add_address(listener_.get(), address.get(), G_SOCKET_TYPE_STREAM,
+                                G_SOCKET_PROTOCOL_DEFAULT, nullptr, nullptr, nullptr);
+  stopped_.reset(g_cancellable_new());
+  acceptor_ = std::thread([this] { acceptAll(); });
+  const std::lock_guard lock(mutex_);
+  offered_ = "unix:path=" + socketPath;
+}
+
+void AccessibleProgram::hangUp() {
+  if (!acceptor_.joinable()) return;
+  g_cancellable_cancel(stopped_.get());
+  acceptor_.join();
+  g_socket_listener_close(listener_.get());
+  for (const auto& connection : std::exchange(straight_, {}))
+    g_dbus_connection_close_sync(connection.get(), nullptr, nullptr);
+}
+
+void AccessibleProgram::acceptAll() {
+  // Without a context of its own, accepting would need the main one to be iterated.
+  GMainContext* const context = g_main_context_new();
+  g_main_context_push_thread_default(context);
+  const std::unique_ptr<char, decltype(&g_free)> guid(g_dbus_generate_guid(), g_free);
+  constexpr auto flags =
+      static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_SERVER |
+                                        G_DBUS_CONNECTION_FLAGS_DELAY_MESSAGE_PROCESSING);
+  for (;;) {
+    const ObjectPointer<GSocketConnection> stream(
+        g_socket_listener_accept(listener_.get(), nullptr, stopped_.get(), nullptr));
+    if (!stream) break;
+    ObjectPointer<GDBusConnection> connection(g_dbus_connection_new_sync(
+        G_IO_STREAM(stream.get()), guid.get(), flags, nullptr, stopped_.get(), nullptr));
+    if (!connection) continue;
+    g_dbus_connection_add_filter(connection.get(), &AccessibleProgram::filter, this, nullptr);
+    g_dbus_connection_start_message_processing(connection.get());
+    straight_.push_back(std::move(connection));
+  }
+  g_main_context_pop_thread_default(context);
+  g_main_context_unref(context);
 }
 
 void AccessibleProgram::put(const std::string& path, Object object) {
@@ -55,14 +102,14 @@ void AccessibleProgram::freeze() {
 }
 
 void AccessibleProgram::thaw() {
-  std::vector<GDBusMessage*> waiting;
+  std::vector<std::pair<GDBusConnection*, GDBusMessage*>> waiting;
   {
     const std::lock_guard lock(mutex_);
     frozen_ = false;
     waiting.swap(waiting_);
   }
-  for (GDBusMessage* const message : waiting) {
-    answer(message);
+  for (const auto& [connection, message] : waiting) {
+    answer(connection, message);
     g_object_unref(message);
   }
 }
@@ -76,32 +123,32 @@ std::vector<std::string> AccessibleProgram::performed() const {
   return performed_;
 }
 
-GDBusMessage* AccessibleProgram::filter(GDBusConnection*, GDBusMessage* message, gboolean incoming,
-                                        gpointer self) {
+GDBusMessage* AccessibleProgram::filter(GDBusConnection* connection, GDBusMessage* message,
+                                        gboolean incoming, gpointer self) {
   auto& program = *static_cast<AccessibleProgram*>(self);
   if (!incoming || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL)
     return message;
-  ++program.calls_;
+  ++(connection == program.bus_.get() ? program.calls_ : program.straightCalls_);
   {
     const std::lock_guard lock(program.mutex_);
     if (program.frozen_) {
-      program.waiting_.push_back(message);
+      program.waiting_.emplace_back(connection, message);
       return nullptr;
     }
   }
-  program.answer(message);
+  program.answer(connection, message);
   g_object_unref(message);
   return nullptr;
 }
 
-void AccessibleProgram::answer(GDBusMessage* call) {
+void AccessibleProgram::answer(GDBusConnection* connection, GDBusMessage* call) {
   GVariant* const result = resultOf(call);
   GDBusMessage* const reply =
       result ? g_dbus_message_new_method_reply(call)
              : g_dbus_message_new_method_error_literal(
                    call, "org.freedesktop.DBus.Error.UnknownMethod", "There is no such method");
   if (result) g_dbus_message_set_body(reply, result);
-  g_dbus_connection_send_message(bus_.get(), reply, G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr,
+  g_dbus_connection_send_message(connection, reply, G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr,
                                  nullptr);
   g_object_unref(reply);
 }
@@ -159,6 +206,8 @@ GVariant* AccessibleProgram::resultOf(GDBusMessage* call) {
     g_variant_builder_add(&builder, "u", 0U);
     return g_variant_new("(au)", &builder);
   }
+  if (method == "GetApplicationBusAddress" && !offered_.empty())
+    return g_variant_new("(s)", offered_.c_str());
   if (method == "GetAccessibleAtPoint") return g_variant_new("(@(so))", reference(path));
   gint32 index = 0;
   if (method == "GetName" || method == "DoAction") g_variant_get(arguments, "(i)", &index);
@@ -178,6 +227,8 @@ GVariant* AccessibleProgram::properties(const Object& object) const {
   g_variant_builder_add(&builder, "{sv}", "Name", g_variant_new_string(object.name.c_str()));
   g_variant_builder_add(&builder, "{sv}", "Description",
                         g_variant_new_string(object.description.c_str()));
+  if (!object.parent.empty())
+    g_variant_builder_add(&builder, "{sv}", "Parent", reference(object.parent));
   if (attributesInProperties_)
     g_variant_builder_add(&builder, "{sv}", "Attributes", dictionary(object.attributes));
   return g_variant_builder_end(&builder);

@@ -8,8 +8,11 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
+#include "platform/linux/GLibPointers.h"
 #include "rehearsal/BusConnection.h"
 
 namespace hushbox {
@@ -53,19 +56,27 @@ class AccessibleProgram {
   void setCollection(bool offered) { collection_ = offered; }
   void setAttributesInProperties(bool there) { attributesInProperties_ = there; }
 
+  /// Also answers those who connect to this socket, and says so to whoever asks for its address.
+  void offer(const std::string& socketPath);
+  /// Ends the connections to that socket, and takes no more.
+  void hangUp();
+
   /// Leaves calls lying until `thaw()`, as a stopped process does.
   void freeze();
   void thaw();
 
   std::string busName() const;
+  /// Over the bus, and straight.
   int calls() const { return calls_; }
+  int straightCalls() const { return straightCalls_; }
   /// The actions that were performed: "path index".
   std::vector<std::string> performed() const;
 
  private:
   static GDBusMessage* filter(GDBusConnection* connection, GDBusMessage* message, gboolean incoming,
                               gpointer self);
-  void answer(GDBusMessage* call);
+  void acceptAll();
+  void answer(GDBusConnection* connection, GDBusMessage* call);
   GVariant* resultOf(GDBusMessage* call);
   GVariant* properties(const Object& object) const;
   GVariant* reference(const std::string& path) const;
@@ -78,11 +89,18 @@ class AccessibleProgram {
   std::map<std::string, Object> objects_;
   Answer answer_;
   bool frozen_ = false;
-  std::vector<GDBusMessage*> waiting_;
+  std::vector<std::pair<GDBusConnection*, GDBusMessage*>> waiting_;
   std::vector<std::string> performed_;
   std::atomic<bool> collection_{true};
   std::atomic<bool> attributesInProperties_{true};
   std::atomic<int> calls_{0};
+  std::atomic<int> straightCalls_{0};
+  std::string offered_;
+  ObjectPointer<GSocketListener> listener_;
+  CancellablePointer stopped_;
+  /// Touched by the acceptor while it runs, else by whoever has ended it.
+  std::vector<ObjectPointer<GDBusConnection>> straight_;
+  std::thread acceptor_;
   rehearsal::BusConnection bus_;
   unsigned filter_ = 0;
 };

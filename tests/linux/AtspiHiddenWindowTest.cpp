@@ -16,6 +16,7 @@ using rehearsal::Desk;
 using rehearsal::holdsWithin;
 using rehearsal::MeetingPage;
 using rehearsal::patience;
+using rehearsal::WindowKind;
 
 constexpr const char* live = MeetingPage::labelWhenLive;
 constexpr const char* muted = MeetingPage::labelWhenMuted;
@@ -125,6 +126,18 @@ TEST_P(AtspiCompositedWindow, LabelsAreTrueAtOnceWhileItIsMinimised) {
   findMeeting();
   findMeeting();
   meeting_.page().minimise();
+  expectTrueLabels();
+}
+
+TEST_P(AtspiCompositedWindow, LabelsAreTrueAtOnceBehindAnotherTabAndInFrontAgain) {
+  findMeeting();
+  findMeeting();
+  const auto other =
+      desk_.browser().open(rehearsal::Browser::pageUrl("decoy.html"), WindowKind::Tab);
+  ASSERT_TRUE(holdsWithin([this] { return meeting_.page().isHidden(); }, patience));
+  expectTrueLabels();
+  other->close();
+  ASSERT_TRUE(holdsWithin([this] { return !meeting_.page().isHidden(); }, patience));
   expectTrueLabels();
 }
 

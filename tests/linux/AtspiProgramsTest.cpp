@@ -251,10 +251,7 @@ class AtspiLabels : public AtspiPrograms {
     CompositingManager manager;
     EXPECT_TRUE(holdsWithin([&] { return manager.isRunning(); }, patience));
     browser_->put("/b", button(label));
-    browser_->put("/document", {.role = 95,
-                                .documentAttributes = {{"URI", teamsAddress}},
-                                .parent = "/view",
-                                .children = {"/b"}});
+    putDocument("/view");
     browser_->put("/view", {.role = 39, .parent = "/window", .children = {"/document"}});
     putWindow(showing, {"/view"});
     browser_->put("/other", {.role = 95, .documentAttributes = {{"URI", "https://example.org/"}}});
@@ -265,6 +262,12 @@ class AtspiLabels : public AtspiPrograms {
     });
   }
 
+  void putDocument(const std::string& parent) {
+    browser_->put("/document", {.role = 95,
+                                .documentAttributes = {{"URI", teamsAddress}},
+                                .parent = parent,
+                                .children = {"/b"}});
+  }
   void putWindow(std::uint32_t states, const std::vector<std::string>& children) {
     browser_->put("/window", {.role = 23, .parent = root, .states = states, .children = children});
   }
@@ -341,8 +344,56 @@ TEST_F(AtspiLabels, AreWaitedForWhereWindowsHideOneAnother) {
 
 TEST_F(AtspiLabels, AreWaitedForBehindAnotherTab) {
   readTwice();
+  putDocument({});
   putWindow(showing, {"/other"});
   EXPECT_GE(readingTime(), AtspiTeams::labelWait);
+}
+
+TEST_F(AtspiLabels, AreReadWithoutWaitingOnceTheTabIsInFrontAgain) {
+  readTwice();
+  putDocument({});
+  putWindow(showing, {"/other"});
+  EXPECT_GE(readingTime(), AtspiTeams::labelWait);
+  putDocument("/view");
+  putWindow(showing, {"/view"});
+  EXPECT_TRUE(holdsWithin([&] { return readingTime() < AtspiTeams::labelWait; }, patience));
+}
+
+TEST_F(AtspiLabels, AreWaitedForOnAPageWithinAPage) {
+  // The inner page stays in the outer one, even when that goes to the background.
+  browser_->put("/outer", {.role = 95,
+                           .documentAttributes = {{"URI", "https://example.org/"}},
+                           .parent = "/window",
+                           .children = {"/view"}});
+  browser_->put("/view", {.role = 39, .parent = "/outer", .children = {"/document"}});
+  putWindow(showing, {"/outer"});
+  readTwice();
+  EXPECT_GE(readingTime(), AtspiTeams::labelWait);
+}
+
+TEST_F(AtspiLabels, EndWithTheMeeting) {
+  readTwice();
+  browser_->put("/b", {});
+  EXPECT_EQ(reader_.read(), TeamsReader::noMeeting);
+  browser_->put("/b", button(label));
+  EXPECT_EQ(reader_.read(), label);
+  browser_->put("/b", {});
+  browser_->put("/document", {});
+  EXPECT_EQ(reader_.read(), TeamsReader::notRunning);
+}
+
+TEST_F(AtspiLabels, OfAPageThatIsOfTeamsByItsTitleEndWithTheTitle) {
+  const auto putTitled = [&](const std::string& title) {
+    browser_->put("/document", {.role = 95,
+                                .name = title,
+                                .documentAttributes = {{"URI", "file:///page"}},
+                                .parent = "/view",
+                                .children = {"/b"}});
+  };
+  putTitled("Weekly sync | Microsoft Teams");
+  readTwice();
+  putTitled("Song");
+  EXPECT_EQ(reader_.read(), TeamsReader::notRunning);
 }
 
 TEST_F(AtspiLabels, AreWaitedForWhereTheWindowIsNotFound) {
