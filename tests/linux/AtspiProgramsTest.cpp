@@ -359,6 +359,16 @@ TEST_F(AtspiLabels, AreReadWithoutWaitingOnceTheTabIsInFrontAgain) {
   EXPECT_TRUE(holdsWithin([&] { return readingTime() < AtspiTeams::labelWait; }, patience));
 }
 
+TEST_F(AtspiLabels, AreReadWithoutWaitingInAnotherWindowThatTheTabWasMovedTo) {
+  readTwice();
+  browser_->put("/its_view", {.role = 39, .parent = "/another", .children = {"/document"}});
+  browser_->put("/another",
+                {.role = 23, .parent = root, .states = showing, .children = {"/its_view"}});
+  putDocument("/its_view");
+  putWindow(0, {"/other"});
+  EXPECT_TRUE(holdsWithin([&] { return readingTime() < AtspiTeams::labelWait; }, patience));
+}
+
 TEST_F(AtspiLabels, AreWaitedForOnAPageWithinAPage) {
   // The inner page stays in the outer one, even when that goes to the background.
   browser_->put("/outer", {.role = 95,
