@@ -13,8 +13,8 @@ using std::chrono::milliseconds;
 
 constexpr std::size_t bytesAtOnce = 16384;
 
-/// The only kind of address of which it can be told who listens there; for others GIO would even
-/// start programs.
+/// The only kind of address of which it can be told who listens there; for "autolaunch:" GIO would
+/// even start a program.
 bool isSocketOfProcess(const std::string& address) {
   return (address.starts_with("unix:path=") || address.starts_with("unix:abstract=")) &&
          address.find(';') == address.npos && g_dbus_is_supported_address(address.c_str(), nullptr);

@@ -381,6 +381,17 @@ TEST_F(AtspiLabels, AreWaitedForOnAPageWithinAPage) {
   EXPECT_GE(readingTime(), AtspiTeams::labelWait);
 }
 
+TEST_F(AtspiLabels, ComeBackWithTheButtonBehindAnotherTab) {
+  // Where no search finds it, the document has to be remembered without its button too.
+  readTwice();
+  putDocument({});
+  putWindow(showing, {"/other"});
+  browser_->put("/b", {});
+  EXPECT_EQ(reader_.read(), TeamsReader::noMeeting);
+  browser_->put("/b", button(label));
+  EXPECT_EQ(reader_.read(), label);
+}
+
 TEST_F(AtspiLabels, EndWithTheMeeting) {
   readTwice();
   browser_->put("/b", {});

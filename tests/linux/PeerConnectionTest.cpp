@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <optional>
 #include <string>
@@ -21,6 +22,7 @@
 #include "rehearsal/Session.h"
 #include "rehearsal/Waiting.h"
 #include "tests/linux/AccessibleProgram.h"
+#include "tests/linux/ScopedEnvironment.h"
 #include "tests/linux/TeamsReader.h"
 
 namespace hushbox {
@@ -135,15 +137,21 @@ class PeerConnectionTest : public testing::Test {
 
 TEST_F(PeerConnectionTest, StartsNoProgramAndLooksForNobodyElsewhere) {
   const std::filesystem::path sign = session_.folder() / "started";
-  const std::string addresses[] = {
-      "unixexec:path=/usr/bin/touch,argv1=" + sign.string(),
-      "unix:path=" + path_ + ";unixexec:path=/usr/bin/touch,argv1=" + sign.string(),
-      "tcp:host=localhost,port=1",
-      "autolaunch:",
-      "unix:dir=" + session_.folder().string(),
-      "unix:path=",
-      "no address",
-      ""};
+  const std::filesystem::path launcher = session_.folder() / "dbus-launch";
+  std::ofstream(launcher) << "#!/bin/sh\n: > '" << sign.string() << "'\n";
+  std::filesystem::permissions(launcher, std::filesystem::perms::owner_all);
+  ScopedEnvironment environment;
+  environment.set("PATH", session_.folder().string() + ":" + std::getenv("PATH"));
+  environment.set("DISPLAY", ":9");
+  const Listener listener(path_, [](int socket) { Listener::welcome(socket); });
+  const std::string addresses[] = {"unixexec:path=" + launcher.string(),
+                                   "unix:path=" + path_ + "-not;unix:path=" + path_,
+                                   "tcp:host=localhost,port=1",
+                                   "autolaunch:",
+                                   "unix:dir=" + session_.folder().string(),
+                                   "unix:path=",
+                                   "no address",
+                                   ""};
   for (const std::string& address : addresses) EXPECT_EQ(open(address), nullptr) << address;
   // A program would take a moment.
   EXPECT_FALSE(holdsWithin([&] { return std::filesystem::exists(sign); }, milliseconds{500}));
