@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/linux/AtspiQuestions.h"
 #include "platform/linux/SessionBusAddress.h"
 
 namespace hushbox {
@@ -10,7 +11,7 @@ namespace {
 
 constexpr std::chrono::seconds attemptInterval{1};
 constexpr const char* statusInterface = "org.a11y.Status";
-constexpr const char* properties = "org.freedesktop.DBus.Properties";
+using atspi_questions::properties;
 constexpr const char* launcherName = "org.a11y.Bus";
 
 const AtspiObject busDaemon{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
@@ -75,8 +76,7 @@ bool AtspiBus::connectSession() {
 
 std::optional<bool> AtspiBus::askEnabled() {
   std::vector<AtspiCall> calls;
-  calls.push_back({launcher, properties, "Get", "(v)", busWait,
-                   takeArguments(g_variant_new("(ss)", statusInterface, "IsEnabled"))});
+  calls.push_back(atspi_questions::property(launcher, statusInterface, "IsEnabled", busWait));
   const AtspiReply reply = std::move(session_.ask(std::move(calls)).front());
   // Without its keeper the switch is off; when he comes, a signal says so.
   if (reply.outcome == AtspiReply::Outcome::gone) return false;

@@ -1,8 +1,10 @@
 #include "platform/linux/AtspiConnection.h"
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <chrono>
+#include <string>
 
 #include "rehearsal/AccessibilityBus.h"
 #include "rehearsal/Session.h"
@@ -36,6 +38,57 @@ class AtspiConnectionTest : public testing::Test {
     return connection_.ask(std::move(calls)).front().outcome;
   }
 
+  /// What holds whichever way the calls go.
+  void expectRepliesInTheOrderOfTheCalls() {
+    other_.put(AccessibleProgram::root, {.role = 7});
+    std::vector<AtspiCall> calls;
+    for (int i = 0; i < 50; ++i) calls.push_back(role(i % 2 ? other_ : program_, patience));
+    const auto replies = connection_.ask(std::move(calls));
+    ASSERT_EQ(replies.size(), 50U);
+    for (std::size_t i = 0; i < replies.size(); ++i) {
+      ASSERT_TRUE(replies[i]);
+      guint32 found = 0;
+      g_variant_get(replies[i].value.get(), "(u)", &found);
+      EXPECT_EQ(found, i % 2 ? 7U : 75U);
+    }
+    EXPECT_EQ(connection_.callCount(), 50U);
+  }
+  void expectErrorsAndWrongTypesToBeRefusals() {
+    AtspiCall unknown = role(program_, patience);
+    unknown.method = "NoSuchMethod";
+    EXPECT_EQ(ask(std::move(unknown)), Outcome::refused);
+    program_.answerWith(
+        [](const std::string&, const std::string&) { return g_variant_new("(s)", "text"); });
+    EXPECT_EQ(ask(role(program_, patience)), Outcome::refused);
+  }
+  void expectASilentPeerToBeWaitedForOnceAndAskedAgainWhenItHasAnswered() {
+    program_.freeze();
+    const auto before = steady_clock::now();
+    EXPECT_EQ(ask(role(program_, milliseconds{200})), Outcome::silent);
+    EXPECT_GE(steady_clock::now() - before, milliseconds{200});
+    EXPECT_TRUE(connection_.isSilent(program_.busName()));
+
+    const int callsBefore = callsTo(program_);
+    const auto again = steady_clock::now();
+    for (int i = 0; i < 20; ++i)
+      EXPECT_EQ(ask(role(program_, milliseconds{10'000})), Outcome::silent);
+    EXPECT_LT(steady_clock::now() - again, milliseconds{5'000});
+    EXPECT_EQ(callsTo(program_), callsBefore);
+    EXPECT_EQ(ask(role(other_, patience)), Outcome::answered);
+
+    program_.thaw();
+    EXPECT_TRUE(holdsWithin(
+        [&] {
+          connection_.dispatch();
+          return !connection_.isSilent(program_.busName());
+        },
+        patience));
+    EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
+  }
+  static int callsTo(const AccessibleProgram& program) {
+    return program.calls() + program.straightCalls();
+  }
+
   rehearsal::Session session_;
   rehearsal::AccessibilityBus accessibility_{session_};
   const std::string address_ = accessibility_.address();
@@ -45,43 +98,11 @@ class AtspiConnectionTest : public testing::Test {
 };
 
 TEST_F(AtspiConnectionTest, RepliesComeInTheOrderOfTheCalls) {
-  other_.put(AccessibleProgram::root, {.role = 7});
-  std::vector<AtspiCall> calls;
-  for (int i = 0; i < 50; ++i) calls.push_back(role(i % 2 ? other_ : program_, patience));
-  const auto replies = connection_.ask(std::move(calls));
-  ASSERT_EQ(replies.size(), 50U);
-  for (std::size_t i = 0; i < replies.size(); ++i) {
-    ASSERT_TRUE(replies[i]);
-    guint32 found = 0;
-    g_variant_get(replies[i].value.get(), "(u)", &found);
-    EXPECT_EQ(found, i % 2 ? 7U : 75U);
-  }
-  EXPECT_EQ(connection_.callCount(), 50U);
+  expectRepliesInTheOrderOfTheCalls();
 }
 
 TEST_F(AtspiConnectionTest, SilentPeerIsWaitedForOnceAndAskedAgainWhenItHasAnswered) {
-  program_.freeze();
-  const auto before = steady_clock::now();
-  EXPECT_EQ(ask(role(program_, milliseconds{200})), Outcome::silent);
-  EXPECT_GE(steady_clock::now() - before, milliseconds{200});
-  EXPECT_TRUE(connection_.isSilent(program_.busName()));
-
-  const int callsBefore = program_.calls();
-  const auto again = steady_clock::now();
-  for (int i = 0; i < 20; ++i)
-    EXPECT_EQ(ask(role(program_, milliseconds{10'000})), Outcome::silent);
-  EXPECT_LT(steady_clock::now() - again, milliseconds{5'000});
-  EXPECT_EQ(program_.calls(), callsBefore);
-  EXPECT_EQ(ask(role(other_, patience)), Outcome::answered);
-
-  program_.thaw();
-  EXPECT_TRUE(holdsWithin(
-      [&] {
-        connection_.dispatch();
-        return !connection_.isSilent(program_.busName());
-      },
-      patience));
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
+  expectASilentPeerToBeWaitedForOnceAndAskedAgainWhenItHasAnswered();
 }
 
 TEST_F(AtspiConnectionTest, ImpatientCallsDoNotWaitForPatientOnes) {
@@ -110,12 +131,7 @@ TEST_F(AtspiConnectionTest, WaitEndsWithTheLastOpenCall) {
 }
 
 TEST_F(AtspiConnectionTest, ErrorsAndWrongTypesAreRefusals) {
-  AtspiCall unknown = role(program_, patience);
-  unknown.method = "NoSuchMethod";
-  EXPECT_EQ(ask(std::move(unknown)), Outcome::refused);
-  program_.answerWith(
-      [](const std::string&, const std::string&) { return g_variant_new("(s)", "text"); });
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::refused);
+  expectErrorsAndWrongTypesToBeRefusals();
 }
 
 TEST_F(AtspiConnectionTest, NamesOfNobodyAreGone) {
@@ -193,6 +209,68 @@ TEST(AtspiConnectionOpening, AddressThatLeadsNowhereFails) {
   EXPECT_FALSE(connection.open("unix:path=/nowhere/at/all", milliseconds{10'000}));
   EXPECT_FALSE(connection.open("nonsense", milliseconds{10'000}));
   EXPECT_FALSE(connection.isOpen());
+}
+
+/// With a connection straight to the one program beside the bus's.
+class AtspiStraightTest : public AtspiConnectionTest {
+ protected:
+  void SetUp() override {
+    AtspiConnectionTest::SetUp();
+    program_.offer(path_);
+    ASSERT_TRUE(connection_.reach(program_.busName(), "unix:path=" + path_, getpid(), patience));
+  }
+
+  const std::string path_ = (session_.folder() / "peer").string();
+};
+
+TEST_F(AtspiStraightTest, RepliesComeInTheOrderOfTheCallsWhicheverWayTheyWent) {
+  expectRepliesInTheOrderOfTheCalls();
+  EXPECT_EQ(program_.straightCalls(), 25);
+}
+
+TEST_F(AtspiStraightTest, ErrorsAndWrongTypesAreRefusals) {
+  expectErrorsAndWrongTypesToBeRefusals();
+}
+
+TEST_F(AtspiStraightTest, SilentPeerIsWaitedForOnceAndAskedAgainWhenItHasAnswered) {
+  expectASilentPeerToBeWaitedForOnceAndAskedAgainWhenItHasAnswered();
+  EXPECT_EQ(program_.straightCalls(), 2);
+}
+
+TEST_F(AtspiStraightTest, LongAnswersAreTakenWhole) {
+  const std::string text(500'000, 'x');
+  program_.answerWith(
+      [&](const std::string&, const std::string&) { return g_variant_new("(s)", text.c_str()); });
+  AtspiCall call = role(program_, patience);
+  call.replyType = "(s)";
+  std::vector<AtspiCall> calls;
+  for (int i = 0; i < 3; ++i)
+    calls.push_back({call.object, call.interface, call.method, "(s)", patience, nullptr});
+  for (const AtspiReply& reply : connection_.ask(std::move(calls))) {
+    ASSERT_TRUE(reply);
+    const char* taken = nullptr;
+    g_variant_get(reply.value.get(), "(&s)", &taken);
+    EXPECT_EQ(taken, text);
+  }
+}
+
+TEST_F(AtspiStraightTest, CallsGoOverTheBusOnceTheConnectionHasEnded) {
+  EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
+  const int straight = program_.straightCalls();
+  EXPECT_EQ(straight, 1);
+  program_.hangUp();
+  // The end may be noticed only by a call that gets no answer.
+  EXPECT_TRUE(
+      holdsWithin([&] { return ask(role(program_, patience)) == Outcome::answered; }, patience));
+  EXPECT_EQ(program_.straightCalls(), straight);
+}
+
+TEST_F(AtspiStraightTest, ConnectionEndsWithTheBus) {
+  connection_.close();
+  EXPECT_EQ(ask(role(program_, patience)), Outcome::gone);
+  ASSERT_TRUE(connection_.open(address_, patience));
+  EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
+  EXPECT_EQ(program_.straightCalls(), 0);
 }
 
 }  // namespace

@@ -17,7 +17,6 @@
 #include <vector>
 
 #include "platform/linux/AtspiAccessibilityTree.h"
-#include "platform/linux/AtspiConnection.h"
 #include "rehearsal/AccessibilityBus.h"
 #include "rehearsal/Session.h"
 #include "rehearsal/Waiting.h"
@@ -33,7 +32,6 @@ using rehearsal::patience;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 using testing::ElementsAre;
-using Outcome = AtspiReply::Outcome;
 
 /// What a loaded machine may add to a time-out.
 constexpr milliseconds slack{1500};
@@ -277,118 +275,6 @@ TEST_F(PeerConnectionTest, GivesUpWhatIsUnanswered) {
   call();
   peer_.reset();
   EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_TIMED_OUT, G_IO_ERROR_CLOSED));
-}
-
-/// The connection beside the bus's.
-class AtspiStraightTest : public testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_TRUE(connection_.open(busAddress_, patience));
-    program_.offer(path_);
-    ASSERT_TRUE(connection_.reach(program_.busName(), "unix:path=" + path_, getpid(), patience));
-  }
-
-  static AtspiCall role(const AccessibleProgram& program, milliseconds wait) {
-    return {{program.busName(), AccessibleProgram::root},
-            "org.a11y.atspi.Accessible",
-            "GetRole",
-            "(u)",
-            wait,
-            nullptr};
-  }
-  Outcome ask(AtspiCall call) {
-    std::vector<AtspiCall> calls;
-    calls.push_back(std::move(call));
-    return connection_.ask(std::move(calls)).front().outcome;
-  }
-
-  rehearsal::Session session_;
-  rehearsal::AccessibilityBus accessibility_{session_};
-  const std::string busAddress_ = accessibility_.address();
-  const std::string path_ = (session_.folder() / "peer").string();
-  AccessibleProgram program_{busAddress_, "One", "Toolkit"};
-  AccessibleProgram other_{busAddress_, "Other", "Toolkit"};
-  AtspiConnection connection_;
-};
-
-TEST_F(AtspiStraightTest, RepliesComeInTheOrderOfTheCallsWhicheverWayTheyWent) {
-  other_.put(AccessibleProgram::root, {.role = 7});
-  std::vector<AtspiCall> calls;
-  for (int i = 0; i < 50; ++i) calls.push_back(role(i % 2 ? other_ : program_, patience));
-  const auto replies = connection_.ask(std::move(calls));
-  ASSERT_EQ(replies.size(), 50U);
-  for (std::size_t i = 0; i < replies.size(); ++i) {
-    ASSERT_TRUE(replies[i]);
-    guint32 found = 0;
-    g_variant_get(replies[i].value.get(), "(u)", &found);
-    EXPECT_EQ(found, i % 2 ? 7U : 75U);
-  }
-  EXPECT_EQ(connection_.callCount(), 50U);
-  EXPECT_EQ(program_.straightCalls(), 25);
-}
-
-TEST_F(AtspiStraightTest, LongAnswersAreTakenWhole) {
-  const std::string text(500'000, 'x');
-  program_.answerWith(
-      [&](const std::string&, const std::string&) { return g_variant_new("(s)", text.c_str()); });
-  AtspiCall call = role(program_, patience);
-  call.replyType = "(s)";
-  std::vector<AtspiCall> calls;
-  for (int i = 0; i < 3; ++i)
-    calls.push_back({call.object, call.interface, call.method, "(s)", patience, nullptr});
-  for (const AtspiReply& reply : connection_.ask(std::move(calls))) {
-    ASSERT_TRUE(reply);
-    const char* taken = nullptr;
-    g_variant_get(reply.value.get(), "(&s)", &taken);
-    EXPECT_EQ(taken, text);
-  }
-}
-
-TEST_F(AtspiStraightTest, ErrorsAndWrongTypesAreRefusals) {
-  AtspiCall unknown = role(program_, patience);
-  unknown.method = "NoSuchMethod";
-  EXPECT_EQ(ask(std::move(unknown)), Outcome::refused);
-  program_.answerWith(
-      [](const std::string&, const std::string&) { return g_variant_new("(s)", "text"); });
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::refused);
-}
-
-TEST_F(AtspiStraightTest, SilentPeerIsWaitedForOnceAndAskedAgainWhenItHasAnswered) {
-  program_.freeze();
-  EXPECT_EQ(ask(role(program_, milliseconds{200})), Outcome::silent);
-  EXPECT_TRUE(connection_.isSilent(program_.busName()));
-  const int callsBefore = program_.straightCalls();
-  for (int i = 0; i < 20; ++i)
-    EXPECT_EQ(ask(role(program_, milliseconds{10'000})), Outcome::silent);
-  EXPECT_EQ(program_.straightCalls(), callsBefore);
-
-  program_.thaw();
-  EXPECT_TRUE(holdsWithin(
-      [&] {
-        connection_.dispatch();
-        return !connection_.isSilent(program_.busName());
-      },
-      patience));
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
-}
-
-TEST_F(AtspiStraightTest, CallsGoOverTheBusOnceTheConnectionHasEnded) {
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
-  const int straight = program_.straightCalls();
-  EXPECT_EQ(straight, 1);
-  program_.hangUp();
-  // The end may be noticed only by a call that gets no answer.
-  EXPECT_TRUE(
-      holdsWithin([&] { return ask(role(program_, patience)) == Outcome::answered; }, patience));
-  EXPECT_EQ(program_.straightCalls(), straight);
-}
-
-TEST_F(AtspiStraightTest, ConnectionEndsWithTheBus) {
-  connection_.close();
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::gone);
-  ASSERT_TRUE(connection_.open(busAddress_, patience));
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
-  EXPECT_EQ(program_.straightCalls(), 0);
 }
 
 /// Programs that say where they can be reached.
