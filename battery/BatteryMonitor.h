@@ -7,7 +7,7 @@
 #include <string>
 
 #include "battery/BatteryReading.h"
-#include "platform/Registration.h"
+#include "platform/RegistrationToken.h"
 #include "support/ChangePublisher.h"
 #include "support/Log.h"
 #include "support/Published.h"
@@ -57,7 +57,7 @@ class BatteryMonitor : public std::enable_shared_from_this<BatteryMonitor> {
   /// Nothing is recorded through it so far: a missing battery is no event.
   [[maybe_unused]] Log log_{"battery"};
   std::string nameMatch_;
-  Registration timer_;
+  RegistrationToken timer_;
 };
 
 }  // namespace hushbox

@@ -3,8 +3,8 @@
 #include <charconv>
 #include <string>
 
-#include "support/CodePoints.h"
 #include "support/Text.h"
+#include "unicode/CodePoints.h"
 
 namespace hushbox {
 namespace {

@@ -15,7 +15,7 @@
 #include "benchmarks/ProcessCost.h"
 #include "rehearsal/Desk.h"
 #include "rehearsal/DeskError.h"
-#include "rehearsal/Hushbox.h"
+#include "rehearsal/HushboxProcess.h"
 #include "rehearsal/Panel.h"
 #include "rehearsal/PowerDaemon.h"
 
@@ -86,7 +86,7 @@ int measure(const std::string& program, int seconds) {
              .systemBus = true});
   const Panel panel(desk.session());
   const PowerDaemon power(desk.session());
-  const Hushbox hushbox(desk.session(), program);
+  const HushboxProcess hushbox(desk.session(), program);
   std::vector<Measured> all;
   all.push_back({"Hushbox", nullptr, ProcessCost(hushbox.pid())});
   all.push_back(start(desk.session(), "pasystray"));

@@ -6,15 +6,15 @@
 #include <optional>
 
 #include "platform/Platform.h"
-#include "platform/linux/AtspiAccessibilityTree.h"
-#include "platform/linux/AutostartLoginItem.h"
-#include "platform/linux/DesktopNotifications.h"
-#include "platform/linux/GLibMainLoop.h"
-#include "platform/linux/JournalLog.h"
-#include "platform/linux/PulseAudioHardware.h"
-#include "platform/linux/SessionLocale.h"
-#include "platform/linux/SpawnedChildProcesses.h"
-#include "platform/linux/StatusNotifierMenuBar.h"
+#include "platform/linux/accessibility/AtspiAccessibilityTree.h"
+#include "platform/linux/audio/PulseAudioHardware.h"
+#include "platform/linux/locale/SessionLocale.h"
+#include "platform/linux/mainloop/GLibMainLoop.h"
+#include "platform/linux/menubar/StatusNotifierMenuBar.h"
+#include "platform/linux/processes/SpawnedChildProcessFactory.h"
+#include "platform/linux/session/AutostartLoginItem.h"
+#include "platform/linux/session/DesktopNotifications.h"
+#include "platform/linux/session/JournalLog.h"
 #include "rehearsal/Desk.h"
 #include "rehearsal/Waiting.h"
 #include "teams/TeamsUI.h"
@@ -31,7 +31,7 @@ int measure() {
   JournalLog log;
   PulseAudioHardware audio;
   AtspiAccessibilityTree tree;
-  SpawnedChildProcesses childProcesses{ChildProcessRules{}};
+  SpawnedChildProcessFactory childProcesses{ChildProcessRules{}};
   DesktopNotifications notifications(mainLoop);
   AutostartLoginItem loginItem(AutostartLoginItem::sessionFolder(),
                                AutostartLoginItem::runningProgram());

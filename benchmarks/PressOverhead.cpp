@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "rehearsal/Desk.h"
-#include "rehearsal/Hushbox.h"
+#include "rehearsal/HushboxProcess.h"
 
 namespace hushbox::rehearsal {
 namespace {
@@ -64,7 +64,7 @@ int measure(const std::string& program, int presses) {
   Times theirs;
   for (int round = 0; round < presses; round += 10) {
     {
-      Hushbox hushbox(desk.session(), program);
+      HushboxProcess hushbox(desk.session(), program);
       hushbox.waitForLog("Attached to");
       letPass(Milliseconds{2500});
       for (int i = 0; i < 5; ++i) {

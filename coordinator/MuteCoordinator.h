@@ -8,7 +8,7 @@
 #include "battery/BatteryMonitor.h"
 #include "headset/JabraMonitor.h"
 #include "platform/Image.h"
-#include "platform/Registration.h"
+#include "platform/RegistrationToken.h"
 #include "platform/Time.h"
 #include "support/ChangePublisher.h"
 #include "support/Lifetime.h"
@@ -61,7 +61,7 @@ class MuteCoordinator {
   Published<std::optional<bool>> teamsMuted_{objectWillChange, std::nullopt};
   Log log_{"coordinator"};
   std::vector<Subscription> cancellables_;
-  Registration pollTimer_;
+  RegistrationToken pollTimer_;
   /// Until then Teams is left alone, because it could not be read.
   Instant nextSearch_ = distantPast;
   Lifetime lifetime_;

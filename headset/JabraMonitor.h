@@ -71,9 +71,9 @@ class JabraMonitor {
   Published<std::optional<bool>> isMuted_{objectWillChange, std::nullopt};
   Published<bool> isInCall_{objectWillChange, false};
   std::optional<AudioObjectID> deviceID_;
-  Registration deviceListListener_;
-  Registration volumeListener_;
-  Registration runningListener_;
+  RegistrationToken deviceListListener_;
+  RegistrationToken volumeListener_;
+  RegistrationToken runningListener_;
   /// When we last wrote the device's volume.
   Instant lastSelfChange_ = distantPast;
   /// The last input volume above zero: what unmuting writes back.

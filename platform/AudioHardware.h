@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/Registration.h"
+#include "platform/RegistrationToken.h"
 
 namespace hushbox {
 
@@ -95,14 +95,14 @@ class AudioHardware {
   /// Calls `listener` on the main loop after each change of the property; one call may stand for
   /// several changes. The listener stays in place until it is removed or the object is gone; a call
   /// that was under way at the removal may still arrive once. Empty when it could not be added.
-  virtual Registration addPropertyListener(AudioObjectID object,
-                                           const AudioPropertyAddress& address,
-                                           std::function<void()> listener) = 0;
+  virtual RegistrationToken addPropertyListener(AudioObjectID object,
+                                                const AudioPropertyAddress& address,
+                                                std::function<void()> listener) = 0;
 
   /// Takes away what `addPropertyListener` gave for the same object and address.
   virtual AudioStatus removePropertyListener(AudioObjectID object,
                                              const AudioPropertyAddress& address,
-                                             Registration listener) = 0;
+                                             RegistrationToken listener) = 0;
 };
 
 }  // namespace hushbox

@@ -26,9 +26,9 @@ class ChildProcess {
 };
 
 /// Makes child processes. Any thread.
-class ChildProcesses {
+class ChildProcessFactory {
  public:
-  virtual ~ChildProcesses() = default;
+  virtual ~ChildProcessFactory() = default;
 
   /// A process that has not been launched yet; never empty.
   virtual std::unique_ptr<ChildProcess> make() = 0;

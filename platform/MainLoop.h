@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "platform/Registration.h"
+#include "platform/RegistrationToken.h"
 #include "platform/Time.h"
 #include "platform/WorkItem.h"
 
@@ -24,7 +24,8 @@ class MainLoop {
   /// Runs `block` every `interval`, for the first time one interval from now, for as long as the
   /// loop lives: letting go of the registration does not stop it. A late firing is not made up for:
   /// however many intervals were missed, the block runs once. An open menu does not delay it.
-  virtual Registration scheduleRepeating(TimeInterval interval, std::function<void()> block) = 0;
+  virtual RegistrationToken scheduleRepeating(TimeInterval interval,
+                                              std::function<void()> block) = 0;
 
   /// Runs `item` once after `delay`, unless it is cancelled first.
   virtual void mainAsyncAfter(TimeInterval delay, const WorkItem& item) = 0;

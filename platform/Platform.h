@@ -6,7 +6,7 @@ namespace hushbox {
 
 class AccessibilityTree;
 class AudioHardware;
-class ChildProcesses;
+class ChildProcessFactory;
 class Locale;
 class LoginItem;
 class MainLoop;
@@ -21,7 +21,7 @@ struct Platform {
   AudioHardware& audio;
   AccessibilityTree& accessibility;
   Workspace& workspace;
-  ChildProcesses& childProcesses;
+  ChildProcessFactory& childProcesses;
   UserNotifications& notifications;
   LoginItem& loginItem;
   MenuBar& menuBar;

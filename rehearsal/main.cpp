@@ -7,16 +7,16 @@
 #include <optional>
 #include <string>
 
-#include "rehearsal/Performance.h"
-#include "rehearsal/Play.h"
+#include "rehearsal/RehearsedCall.h"
+#include "rehearsal/StepReporter.h"
 
 namespace hushbox::rehearsal {
 namespace {
 
 int playCall(const std::string& program) {
   std::printf("Rehearsal: a private desk of real servers, and a call on it.\n");
-  Play play;
-  std::optional<Performance> on;
+  StepReporter play;
+  std::optional<RehearsedCall> on;
   play.step("The desk is put up", [&] {
     on.emplace(program);
     return std::string(

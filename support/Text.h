@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "support/CodePoints.h"
-#include "support/Unicode.h"
+#include "unicode/CodePoints.h"
+#include "unicode/Unicode.h"
 
 /// The rules for text that every room shares. Text is UTF-8, and what counts is what a user
 /// perceives as a character (an extended grapheme cluster): "Jabra" followed by a combining accent

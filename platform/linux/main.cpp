@@ -8,16 +8,16 @@
 
 #include "app/HushboxApp.h"
 #include "platform/Platform.h"
-#include "platform/linux/AtspiAccessibilityTree.h"
-#include "platform/linux/AutostartLoginItem.h"
-#include "platform/linux/DesktopNotifications.h"
-#include "platform/linux/GLibMainLoop.h"
-#include "platform/linux/JournalLog.h"
-#include "platform/linux/PulseAudioHardware.h"
-#include "platform/linux/SessionLocale.h"
-#include "platform/linux/SingleInstance.h"
-#include "platform/linux/SpawnedChildProcesses.h"
-#include "platform/linux/StatusNotifierMenuBar.h"
+#include "platform/linux/accessibility/AtspiAccessibilityTree.h"
+#include "platform/linux/audio/PulseAudioHardware.h"
+#include "platform/linux/locale/SessionLocale.h"
+#include "platform/linux/mainloop/GLibMainLoop.h"
+#include "platform/linux/menubar/StatusNotifierMenuBar.h"
+#include "platform/linux/processes/SpawnedChildProcessFactory.h"
+#include "platform/linux/session/AutostartLoginItem.h"
+#include "platform/linux/session/DesktopNotifications.h"
+#include "platform/linux/session/JournalLog.h"
+#include "platform/linux/session/SingleInstance.h"
 
 namespace hushbox {
 namespace {
@@ -41,7 +41,7 @@ int run() {
   JournalLog log;
   PulseAudioHardware audio;
   AtspiAccessibilityTree accessibility;
-  SpawnedChildProcesses childProcesses({.standIns = {{"/usr/bin/pmset", powerReport()}}});
+  SpawnedChildProcessFactory childProcesses({.standIns = {{"/usr/bin/pmset", powerReport()}}});
   DesktopNotifications notifications(mainLoop);
   AutostartLoginItem loginItem(AutostartLoginItem::sessionFolder(),
                                AutostartLoginItem::runningProgram());

@@ -22,12 +22,12 @@ class CoreAudioHardware final : public AudioHardware {
 
   AudioStatus setPropertyData(AudioObjectID object, const AudioPropertyAddress& address,
                               std::uint32_t size, const void* data) override;
-  Registration addPropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
-                                   std::function<void()> listener) override;
+  RegistrationToken addPropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
+                                        std::function<void()> listener) override;
 
   /// `audio::unsupportedOperation` for an empty registration.
   AudioStatus removePropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
-                                     Registration listener) override;
+                                     RegistrationToken listener) override;
 };
 
 }  // namespace hushbox

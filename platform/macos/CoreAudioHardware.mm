@@ -76,9 +76,9 @@ AudioStatus CoreAudioHardware::setPropertyData(AudioObjectID object,
   return AudioObjectSetPropertyData(object, &property, 0, nullptr, size, data);
 }
 
-Registration CoreAudioHardware::addPropertyListener(AudioObjectID object,
-                                                    const AudioPropertyAddress& address,
-                                                    std::function<void()> listener) {
+RegistrationToken CoreAudioHardware::addPropertyListener(AudioObjectID object,
+                                                         const AudioPropertyAddress& address,
+                                                         std::function<void()> listener) {
   const auto property = native(address);
   auto added = std::make_shared<PropertyListener>();
   added->block = blockCalling(std::move(listener));
@@ -86,12 +86,12 @@ Registration CoreAudioHardware::addPropertyListener(AudioObjectID object,
                                           added->block) != kAudioHardwareNoError) {
     return {};
   }
-  return Registration(std::move(added));
+  return RegistrationToken(std::move(added));
 }
 
 AudioStatus CoreAudioHardware::removePropertyListener(AudioObjectID object,
                                                       const AudioPropertyAddress& address,
-                                                      Registration listener) {
+                                                      RegistrationToken listener) {
   if (!listener) return audio::unsupportedOperation;
   const auto property = native(address);
   const auto& added = *static_cast<const PropertyListener*>(listener.native().get());

@@ -14,7 +14,7 @@ class RunLoopMainLoop final : public MainLoop {
  public:
   Instant now() const override;
   bool isMainThread() const override;
-  Registration scheduleRepeating(TimeInterval interval, std::function<void()> block) override;
+  RegistrationToken scheduleRepeating(TimeInterval interval, std::function<void()> block) override;
   void mainAsyncAfter(TimeInterval delay, const WorkItem& item) override;
   void mainAsync(std::function<void()> block) override;
   void utilityAsync(std::function<void()> block) override;

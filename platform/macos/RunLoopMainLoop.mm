@@ -39,8 +39,8 @@ bool RunLoopMainLoop::isMainThread() const {
   return NSThread.isMainThread;
 }
 
-Registration RunLoopMainLoop::scheduleRepeating(TimeInterval interval,
-                                                std::function<void()> block) {
+RegistrationToken RunLoopMainLoop::scheduleRepeating(TimeInterval interval,
+                                                     std::function<void()> block) {
   @autoreleasepool {
     NSTimer* timer = [NSTimer timerWithTimeInterval:interval.count()
                                             repeats:YES
@@ -50,7 +50,7 @@ Registration RunLoopMainLoop::scheduleRepeating(TimeInterval interval,
                                                 }
                                               }];
     [NSRunLoop.mainRunLoop addTimer:timer forMode:NSRunLoopCommonModes];
-    return Registration(std::make_shared<ScheduledTimer>(ScheduledTimer{timer}));
+    return RegistrationToken(std::make_shared<ScheduledTimer>(ScheduledTimer{timer}));
   }
 }
 

@@ -12,7 +12,7 @@
 #import "platform/macos/RunLoopMainLoop.h"
 #import "platform/macos/ServiceLoginItem.h"
 #import "platform/macos/StatusItemMenuBar.h"
-#import "platform/macos/TaskChildProcesses.h"
+#import "platform/macos/TaskChildProcessFactory.h"
 #import "platform/macos/UserNotificationCenter.h"
 
 namespace hushbox {
@@ -33,7 +33,7 @@ int run() {
   CoreAudioHardware audio;
   AXAccessibilityTree accessibility;
   NSWorkspaceApplications workspace;
-  TaskChildProcesses childProcesses;
+  TaskChildProcessFactory childProcesses;
   UserNotificationCenter notifications;
   ServiceLoginItem loginItem;
   StatusItemMenuBar menuBar;

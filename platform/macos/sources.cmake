@@ -12,6 +12,6 @@ set(HUSHBOX_MACOS_SOURCES
   ${CMAKE_CURRENT_LIST_DIR}/StatusItemMenuBar.mm
   ${CMAKE_CURRENT_LIST_DIR}/StringConversion.mm
   ${CMAKE_CURRENT_LIST_DIR}/TaskChildProcess.mm
-  ${CMAKE_CURRENT_LIST_DIR}/TaskChildProcesses.mm
+  ${CMAKE_CURRENT_LIST_DIR}/TaskChildProcessFactory.mm
   ${CMAKE_CURRENT_LIST_DIR}/UserNotificationCenter.mm
   )

@@ -301,9 +301,9 @@ AudioStatus SimulatedAudioHardware::setPropertyData(AudioObjectID object,
   return status;
 }
 
-Registration SimulatedAudioHardware::addPropertyListener(AudioObjectID object,
-                                                         const AudioPropertyAddress& address,
-                                                         std::function<void()> listener) {
+RegistrationToken SimulatedAudioHardware::addPropertyListener(AudioObjectID object,
+                                                              const AudioPropertyAddress& address,
+                                                              std::function<void()> listener) {
   loop_.requireMainThread("addPropertyListener");
   const auto fault = takeFault(AudioOperation::addPropertyListener, object, address);
   const bool adds = !fault && exists(object, address);
@@ -311,12 +311,12 @@ Registration SimulatedAudioHardware::addPropertyListener(AudioObjectID object,
                adds ? "added" : "refused");
   if (!adds) return {};
   listeners_.push_back(std::make_shared<Listener>(Listener{object, address, std::move(listener)}));
-  return Registration(listeners_.back());
+  return RegistrationToken(listeners_.back());
 }
 
 AudioStatus SimulatedAudioHardware::removePropertyListener(AudioObjectID object,
                                                            const AudioPropertyAddress& address,
-                                                           Registration listener) {
+                                                           RegistrationToken listener) {
   loop_.requireMainThread("removePropertyListener");
   const auto fault = takeFault(AudioOperation::removePropertyListener, object, address);
   AudioStatus status = fault ? fault->status : audio::noError;

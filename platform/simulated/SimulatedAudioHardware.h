@@ -80,10 +80,10 @@ class SimulatedAudioHardware final : public AudioHardware {
                               std::string& text) override;
   AudioStatus setPropertyData(AudioObjectID object, const AudioPropertyAddress& address,
                               std::uint32_t size, const void* data) override;
-  Registration addPropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
-                                   std::function<void()> listener) override;
+  RegistrationToken addPropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
+                                        std::function<void()> listener) override;
   AudioStatus removePropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
-                                     Registration listener) override;
+                                     RegistrationToken listener) override;
 
  private:
   struct Device {

@@ -10,7 +10,7 @@
 #include "platform/simulated/Journal.h"
 #include "platform/simulated/SimulatedAccessibilityTree.h"
 #include "platform/simulated/SimulatedAudioHardware.h"
-#include "platform/simulated/SimulatedChildProcesses.h"
+#include "platform/simulated/SimulatedChildProcessFactory.h"
 #include "platform/simulated/SimulatedLocale.h"
 #include "platform/simulated/SimulatedLoginItem.h"
 #include "platform/simulated/SimulatedMainLoop.h"
@@ -56,7 +56,7 @@ class SimulatedDesk {
   SimulatedAudioHardware audio{journal, loop};
   SimulatedAccessibilityTree accessibility{journal, loop};
   SimulatedWorkspace workspace{journal, loop};
-  SimulatedChildProcesses childProcesses{journal, loop};
+  SimulatedChildProcessFactory childProcesses{journal, loop};
   SimulatedUserNotifications notifications{journal, loop};
   SimulatedLoginItem loginItem{journal, loop};
   SimulatedMenuBar menuBar{journal, loop};

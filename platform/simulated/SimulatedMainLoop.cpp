@@ -108,14 +108,14 @@ Instant SimulatedMainLoop::now() const {
   return now_;
 }
 
-Registration SimulatedMainLoop::scheduleRepeating(TimeInterval interval,
-                                                  std::function<void()> block) {
+RegistrationToken SimulatedMainLoop::scheduleRepeating(TimeInterval interval,
+                                                       std::function<void()> block) {
   journal_.add("loop", "repeat every ", interval.count(), " s");
   requireMainThread("scheduleRepeating");
   const auto whole = wholeNanoseconds(std::max(interval, shortestInterval));
   auto timer = std::make_shared<Timer>(Timer{whole, std::move(block), now_ + whole});
   arm(timer);
-  return Registration(std::move(timer));
+  return RegistrationToken(std::move(timer));
 }
 
 void SimulatedMainLoop::arm(const std::shared_ptr<Timer>& timer) {

@@ -79,7 +79,7 @@ class SimulatedMainLoop final : public MainLoop {
 
   Instant now() const override;
   bool isMainThread() const override { return onMainThread_; }
-  Registration scheduleRepeating(TimeInterval interval, std::function<void()> block) override;
+  RegistrationToken scheduleRepeating(TimeInterval interval, std::function<void()> block) override;
   void mainAsyncAfter(TimeInterval delay, const WorkItem& item) override;
   void mainAsync(std::function<void()> block) override;
   void utilityAsync(std::function<void()> block) override;

@@ -285,7 +285,7 @@ TEST_P(AudioHardwareContract, ListenerMayRemoveItselfAndAddAnother) {
   const AudioObjectID device = plug();
   int firstCalls = 0;
   int secondCalls = 0;
-  Registration first;
+  RegistrationToken first;
   first = hardware().addPropertyListener(device, audio::inputVolume, [&] {
     if (++firstCalls > 1) return;
     hardware().removePropertyListener(device, audio::inputVolume, std::move(first));

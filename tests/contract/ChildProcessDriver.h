@@ -11,7 +11,7 @@ namespace hushbox {
 /// Drives child processes, which need no main loop to run.
 class ChildProcessDriver : public ContractDriver {
  public:
-  virtual ChildProcesses& processes() = 0;
+  virtual ChildProcessFactory& processes() = 0;
 
   /// Tells a platform without real programs what the real one at `path` would print for these
   /// arguments. Real platforms need not be told.

@@ -32,7 +32,7 @@ TEST_P(MainLoopContract, RepeatingTimerFiresForTheFirstTimeAfterOneInterval) {
   MainLoop& loop = driver().loop();
   std::vector<Instant> firings;
   const Instant start = loop.now();
-  const Registration timer = loop.scheduleRepeating(TimeInterval(0.05), [&] {
+  const RegistrationToken timer = loop.scheduleRepeating(TimeInterval(0.05), [&] {
     EXPECT_TRUE(loop.isMainThread());
     firings.push_back(loop.now());
   });

@@ -257,12 +257,12 @@ class ScribblingAudioHardware final : public AudioHardware {
                               std::uint32_t size, const void* data) override {
     return real_.setPropertyData(object, address, size, data);
   }
-  Registration addPropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
-                                   std::function<void()> listener) override {
+  RegistrationToken addPropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
+                                        std::function<void()> listener) override {
     return real_.addPropertyListener(object, address, std::move(listener));
   }
   AudioStatus removePropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
-                                     Registration listener) override {
+                                     RegistrationToken listener) override {
     return real_.removePropertyListener(object, address, std::move(listener));
   }
 

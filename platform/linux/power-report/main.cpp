@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "platform/linux/GLibPointers.h"
+#include "platform/linux/bus/GLibPointers.h"
 #include "platform/linux/power-report/AccessoryBattery.h"
 
 /// Prints the batteries of the accessories that UPower knows, one a line, for the battery reading

@@ -1,0 +1,58 @@
+#include "platform/linux/audio/PropertyListeners.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace hushbox {
+
+PropertyListeners::~PropertyListeners() {
+  removeIf([](const auto&) { return true; });
+}
+
+RegistrationToken PropertyListeners::add(const AudioProperty& property,
+                                         std::function<void()> block) {
+  auto listener = std::make_shared<Listener>(Listener{property, std::move(block)});
+  listeners_.push_back(listener);
+  return RegistrationToken(std::move(listener));
+}
+
+bool PropertyListeners::remove(const AudioProperty& property,
+                               const RegistrationToken& registration) {
+  return removeIf([&](const auto& listener) {
+           return listener->property == property && listener == registration.native();
+         }) != 0;
+}
+
+void PropertyListeners::removeUnless(const std::function<bool(AudioObjectID)>& exists) {
+  removeIf([&](const auto& listener) { return !exists(listener->property.object); });
+}
+
+void PropertyListeners::call(const std::vector<AudioProperty>& changes) {
+  std::vector<std::shared_ptr<Listener>> due;
+  for (const AudioProperty& change : changes) {
+    for (const auto& listener : listeners_) {
+      if (listener->property == change && std::ranges::find(due, listener) == due.end()) {
+        due.push_back(listener);
+      }
+    }
+  }
+  // From here on nothing of this object: a listener may end it.
+  for (const auto& listener : due) {
+    if (!listener->removed) listener->block();
+  }
+}
+
+template <typename Predicate>
+std::size_t PropertyListeners::removeIf(Predicate predicate) {
+  // The blocks outlast the change of the list: what they hold may come back here as it ends.
+  std::vector<std::shared_ptr<Listener>> gone;
+  std::erase_if(listeners_, [&](const auto& listener) {
+    if (!predicate(listener)) return false;
+    listener->removed = true;
+    gone.push_back(listener);
+    return true;
+  });
+  return gone.size();
+}
+
+}  // namespace hushbox

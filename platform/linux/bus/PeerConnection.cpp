@@ -1,0 +1,201 @@
+#include "platform/linux/bus/PeerConnection.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <utility>
+
+namespace hushbox {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr std::size_t bytesAtOnce = 16384;
+
+/// The only kind of address of which it can be told who listens there; for "autolaunch:" GIO would
+/// even start a program.
+bool isSocketOfProcess(const std::string& address) {
+  return (address.starts_with("unix:path=") || address.starts_with("unix:abstract=")) &&
+         address.find(';') == address.npos && g_dbus_is_supported_address(address.c_str(), nullptr);
+}
+
+/// The process that began to listen at the socket's other end; -1 when it cannot be told.
+pid_t listenerAt(GSocket* socket) {
+  const ObjectPointer<GCredentials> credentials(g_socket_get_credentials(socket, nullptr));
+  return credentials ? g_credentials_get_unix_pid(credentials.get(), nullptr) : -1;
+}
+
+bool awaitSocket(GSocket* socket, GIOCondition condition, gint64 end) {
+  const gint64 left = end - g_get_monotonic_time();
+  return left > 0 && g_socket_condition_timed_wait(socket, condition, left, nullptr, nullptr);
+}
+
+/// Sends everything, or does not within the time.
+bool sendAll(GSocket* socket, const std::string& bytes, gint64 end) {
+  for (std::size_t sent = 0; sent < bytes.size();) {
+    GError* failure = nullptr;
+    const gssize count =
+        g_socket_send(socket, bytes.data() + sent, bytes.size() - sent, nullptr, &failure);
+    const ErrorPointer error(failure);
+    if (count > 0) sent += static_cast<std::size_t>(count);
+    if (count > 0) continue;
+    if (!error || !g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK)) return false;
+    if (!awaitSocket(socket, G_IO_OUT, end)) return false;
+  }
+  return true;
+}
+
+/// Names us by our user, which the socket's other end checks, as D-Bus has it before the first
+/// message.
+bool authenticate(GSocket* socket, gint64 end) {
+  constexpr std::size_t longestLine = 512;
+  std::string user;
+  for (const char digit : std::to_string(geteuid())) {
+    char hexadecimal[3];
+    std::snprintf(hexadecimal, sizeof hexadecimal, "%02x", static_cast<unsigned>(digit));
+    user += hexadecimal;
+  }
+  using namespace std::string_literals;
+  if (!sendAll(socket, "\0AUTH EXTERNAL "s + user + "\r\n", end)) return false;
+  std::string line;
+  while (!line.ends_with("\r\n")) {
+    if (line.size() > longestLine || !awaitSocket(socket, G_IO_IN, end)) return false;
+    char bytes[longestLine];
+    const gssize count = g_socket_receive(socket, bytes, sizeof bytes, nullptr, nullptr);
+    if (count <= 0) return false;
+    line.append(bytes, static_cast<std::size_t>(count));
+  }
+  return line.starts_with("OK ") && sendAll(socket, "BEGIN\r\n", end);
+}
+
+ErrorPointer makeError(GIOErrorEnum code, const char* text) {
+  return ErrorPointer(g_error_new_literal(G_IO_ERROR, code, text));
+}
+
+}  // namespace
+
+std::unique_ptr<PeerConnection> PeerConnection::open(const std::string& address,
+                                                     std::int32_t process, milliseconds wait,
+                                                     GMainContext* context) {
+  if (!isSocketOfProcess(address)) return nullptr;
+  const gint64 end = g_get_monotonic_time() + std::chrono::microseconds(wait).count();
+  ObjectPointer<GIOStream> stream(
+      g_dbus_address_get_stream_sync(address.c_str(), nullptr, nullptr, nullptr));
+  if (!stream || !G_IS_SOCKET_CONNECTION(stream.get())) return nullptr;
+  GSocket* const socket = g_socket_connection_get_socket(G_SOCKET_CONNECTION(stream.get()));
+  g_socket_set_blocking(socket, FALSE);
+  if (listenerAt(socket) != process || !authenticate(socket, end)) return nullptr;
+  return std::unique_ptr<PeerConnection>(new PeerConnection(std::move(stream), context));
+}
+
+PeerConnection::PeerConnection(ObjectPointer<GIOStream> stream, GMainContext* context)
+    : stream_(std::move(stream)),
+      socket_(g_socket_connection_get_socket(G_SOCKET_CONNECTION(stream_.get()))),
+      source_(g_socket_create_source(socket_, G_IO_IN, nullptr)) {
+  g_source_set_callback(source_, G_SOURCE_FUNC(&onReadable), this, nullptr);
+  g_source_attach(source_, context);
+}
+
+PeerConnection::~PeerConnection() {
+  end();
+  g_source_unref(source_);
+}
+
+void PeerConnection::call(const BusCall& call, Answer answer) {
+  const ObjectPointer<GDBusMessage> message(g_dbus_message_new_method_call(
+      nullptr, call.object.path.c_str(), call.interface, call.method));
+  g_dbus_message_set_flags(message.get(), G_DBUS_MESSAGE_FLAGS_NO_AUTO_START);
+  g_dbus_message_set_serial(message.get(), ++lastSerial_);
+  if (call.arguments) g_dbus_message_set_body(message.get(), call.arguments.get());
+  gsize size = 0;
+  const std::unique_ptr<guchar, decltype(&g_free)> bytes(
+      g_dbus_message_to_blob(message.get(), &size, G_DBUS_CAPABILITY_FLAGS_NONE, nullptr), g_free);
+  if (!bytes) {
+    answer({}, makeError(G_IO_ERROR_INVALID_ARGUMENT, "The call cannot be put into bytes").get());
+    return;
+  }
+  outgoing_.append(reinterpret_cast<const char*>(bytes.get()), size);
+  pending_.emplace(lastSerial_, Pending{std::move(answer), call.replyType, g_get_monotonic_time()});
+}
+
+void PeerConnection::flush(milliseconds wait) {
+  if (!isOpen() || outgoing_.empty()) return;
+  const gint64 until = g_get_monotonic_time() + std::chrono::microseconds(wait).count();
+  if (!sendAll(socket_, std::exchange(outgoing_, {}), until)) end();
+}
+
+void PeerConnection::giveUp(milliseconds after) {
+  const gint64 since = g_get_monotonic_time() - std::chrono::microseconds(after).count();
+  const ErrorPointer error = makeError(G_IO_ERROR_TIMED_OUT, "No answer in time");
+  while (!pending_.empty() && pending_.begin()->second.since < since)
+    pending_.extract(pending_.begin()).mapped().answer({}, error.get());
+}
+
+gboolean PeerConnection::onReadable(GSocket*, GIOCondition, gpointer self) {
+  auto& connection = *static_cast<PeerConnection*>(self);
+  connection.receive();
+  return connection.isOpen() ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
+}
+
+void PeerConnection::receive() {
+  char bytes[bytesAtOnce];
+  GError* failure = nullptr;
+  const gssize count = g_socket_receive(socket_, bytes, sizeof bytes, nullptr, &failure);
+  const ErrorPointer error(failure);
+  if (error && g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK)) return;
+  if (count > 0) incoming_.append(bytes, static_cast<std::size_t>(count));
+  if (count <= 0 || !takeMessages()) end();
+}
+
+bool PeerConnection::takeMessages() {
+  constexpr std::size_t shortestHeader = 16;
+  std::size_t taken = 0;
+  while (incoming_.size() - taken >= shortestHeader) {
+    auto* const start = reinterpret_cast<guchar*>(incoming_.data() + taken);
+    const std::size_t left = incoming_.size() - taken;
+    const gssize needed = g_dbus_message_bytes_needed(start, left, nullptr);
+    if (needed < 0) return false;
+    const auto size = static_cast<std::size_t>(needed);
+    if (size > left) break;
+    const ObjectPointer<GDBusMessage> message(
+        g_dbus_message_new_from_blob(start, size, G_DBUS_CAPABILITY_FLAGS_NONE, nullptr));
+    if (!message) return false;
+    taken += size;
+    take(message.get());
+  }
+  incoming_.erase(0, taken);
+  return true;
+}
+
+void PeerConnection::take(GDBusMessage* message) {
+  const auto type = g_dbus_message_get_message_type(message);
+  if (type != G_DBUS_MESSAGE_TYPE_METHOD_RETURN && type != G_DBUS_MESSAGE_TYPE_ERROR) return;
+  auto answered = pending_.extract(g_dbus_message_get_reply_serial(message));
+  if (answered.empty()) return;
+  const Pending& pending = answered.mapped();
+  GError* failure = nullptr;
+  if (g_dbus_message_to_gerror(message, &failure)) {
+    const ErrorPointer error(failure);
+    pending.answer({}, error.get());
+    return;
+  }
+  GVariant* const body = g_dbus_message_get_body(message);
+  VariantPointer value(body ? g_variant_ref(body) : g_variant_ref_sink(g_variant_new("()")));
+  if (g_variant_is_of_type(value.get(), G_VARIANT_TYPE(pending.replyType.c_str()))) {
+    pending.answer(std::move(value), nullptr);
+  } else {
+    pending.answer({}, makeError(G_IO_ERROR_INVALID_ARGUMENT, "An answer of another type").get());
+  }
+}
+
+void PeerConnection::end() {
+  if (!isOpen()) return;
+  g_source_destroy(source_);
+  socket_ = nullptr;
+  stream_.reset();
+  const ErrorPointer error = makeError(G_IO_ERROR_CLOSED, "The connection is closed");
+  for (auto& [serial, pending] : std::exchange(pending_, {})) pending.answer({}, error.get());
+}
+
+}  // namespace hushbox

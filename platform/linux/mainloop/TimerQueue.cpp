@@ -1,0 +1,78 @@
+#include "platform/linux/mainloop/TimerQueue.h"
+
+#include <sys/timerfd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+#include <utility>
+
+namespace hushbox {
+namespace {
+
+using std::chrono::nanoseconds;
+
+/// Far beyond any machine's uptime, and still safe to add to the present moment.
+constexpr TimeInterval longest = std::chrono::hours{24 * 365 * 100};
+constexpr nanoseconds shortestInterval = std::chrono::microseconds{100};
+
+nanoseconds rounded(TimeInterval interval) {
+  if (!(interval > TimeInterval::zero())) return nanoseconds::zero();
+  return std::chrono::ceil<nanoseconds>(std::min(interval, longest));
+}
+
+timespec timespecOf(nanoseconds span) {
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(span);
+  return {static_cast<time_t>(seconds.count()), static_cast<long>((span - seconds).count())};
+}
+
+}  // namespace
+
+TimerQueue::TimerQueue()
+    : source_(timerfd_create(CLOCK_BOOTTIME, TFD_CLOEXEC | TFD_NONBLOCK), [this] { fireDue(); }) {}
+
+Instant TimerQueue::now() {
+  timespec time{};
+  clock_gettime(CLOCK_BOOTTIME, &time);
+  return Instant{std::chrono::seconds{time.tv_sec} + nanoseconds{time.tv_nsec}};
+}
+
+void TimerQueue::runAfter(TimeInterval delay, std::function<void()> block) {
+  add(now() + rounded(delay), std::make_shared<Timer>(Timer{std::move(block), {}}));
+}
+
+std::shared_ptr<void> TimerQueue::runEvery(TimeInterval interval, std::function<void()> block) {
+  const nanoseconds span = std::max(rounded(interval), shortestInterval);
+  auto timer = std::make_shared<Timer>(Timer{std::move(block), span});
+  add(now() + span, timer);
+  return timer;
+}
+
+void TimerQueue::add(Instant deadline, std::shared_ptr<Timer> timer) {
+  timers_.emplace(deadline, std::move(timer));
+  arm();
+}
+
+void TimerQueue::fireDue() {
+  // What falls due from here on waits for the next turn, so that a timer that sets itself again
+  // cannot keep the loop from its other sources.
+  const Instant due = now();
+  while (!timers_.empty() && timers_.begin()->first <= due) {
+    const auto [deadline, timer] = *timers_.begin();
+    timers_.erase(timers_.begin());
+    if (timer->interval != nanoseconds::zero())
+      timers_.emplace(deadline + timer->interval * ((due - deadline) / timer->interval + 1), timer);
+    timer->block();
+  }
+  arm();
+}
+
+void TimerQueue::arm() {
+  itimerspec at{};
+  // Zero would mean never.
+  if (!timers_.empty())
+    at.it_value = timespecOf(std::max(timers_.begin()->first.time_since_epoch(), nanoseconds{1}));
+  timerfd_settime(source_.descriptor(), TFD_TIMER_ABSTIME, &at, nullptr);
+}
+
+}  // namespace hushbox

@@ -1,0 +1,75 @@
+#include "platform/linux/menubar/ColorSchemeSetting.h"
+
+#include <string_view>
+#include <utility>
+
+#include "platform/linux/bus/AsyncCallback.h"
+
+namespace hushbox {
+namespace {
+
+constexpr const char* portal = "org.freedesktop.portal.Desktop";
+constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
+constexpr const char* settings = "org.freedesktop.portal.Settings";
+constexpr const char* appearance = "org.freedesktop.appearance";
+constexpr const char* colorScheme = "color-scheme";
+constexpr int timeoutMilliseconds = 5000;
+
+}  // namespace
+
+ColorSchemeSetting::ColorSchemeSetting(GDBusConnection* connection,
+                                       std::function<void(ColorScheme)> told)
+    : connection_(g_object_ref(connection)),
+      told_(std::move(told)),
+      subscription_(g_dbus_connection_signal_subscribe(
+          connection, portal, settings, "SettingChanged", portalPath, appearance,
+          G_DBUS_SIGNAL_FLAGS_NONE, settingChanged, this, nullptr)),
+      watch_(g_bus_watch_name_on_connection(connection, portal, G_BUS_NAME_WATCHER_FLAGS_NONE,
+                                            portalAppeared, nullptr, this, nullptr)) {}
+
+ColorSchemeSetting::~ColorSchemeSetting() {
+  g_bus_unwatch_name(watch_);
+  g_dbus_connection_signal_unsubscribe(connection_.get(), subscription_);
+}
+
+void ColorSchemeSetting::portalAppeared(GDBusConnection*, const char*, const char*, gpointer self) {
+  static_cast<ColorSchemeSetting*>(self)->read();
+}
+
+void ColorSchemeSetting::settingChanged(GDBusConnection*, const char*, const char*, const char*,
+                                        const char*, GVariant* arguments, gpointer self) {
+  if (!g_variant_is_of_type(arguments, G_VARIANT_TYPE("(ssv)"))) return;
+  const char* key = nullptr;
+  GVariant* value = nullptr;
+  g_variant_get(arguments, "(&s&sv)", nullptr, &key, &value);
+  const VariantPointer owned(value);
+  if (std::string_view(key) == colorScheme) static_cast<ColorSchemeSetting*>(self)->note(value);
+}
+
+void ColorSchemeSetting::read() {
+  // "Read", which every version of the portal has; the newer "ReadOne" only unwraps the answer.
+  g_dbus_connection_call(
+      connection_.get(), portal, portalPath, settings, "Read",
+      g_variant_new("(ss)", appearance, colorScheme), G_VARIANT_TYPE("(v)"),
+      G_DBUS_CALL_FLAGS_NO_AUTO_START, timeoutMilliseconds, nullptr, AsyncCallback::invoke,
+      AsyncCallback::data([note = lifetime_.weakly([this](GVariant* value) { this->note(value); })](
+                              GObject* source, GAsyncResult* result) {
+        const VariantPointer answer(
+            g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr));
+        if (!answer) return;
+        const VariantPointer value(g_variant_get_child_value(answer.get(), 0));
+        note(value.get());
+      }));
+}
+
+void ColorSchemeSetting::note(GVariant* value) {
+  VariantPointer inner(g_variant_ref(value));
+  while (g_variant_is_of_type(inner.get(), G_VARIANT_TYPE_VARIANT))
+    inner.reset(g_variant_get_variant(inner.get()));
+  if (!g_variant_is_of_type(inner.get(), G_VARIANT_TYPE_UINT32)) return;
+  const guint32 figure = g_variant_get_uint32(inner.get());
+  // Figures that are not known yet count as no preference, as the portal's documentation asks.
+  told_(figure <= 2 ? static_cast<ColorScheme>(figure) : ColorScheme::noPreference);
+}
+
+}  // namespace hushbox

@@ -1,0 +1,325 @@
+#include "platform/linux/menubar/DBusMenu.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/linux/bus/AsyncCallback.h"
+#include "platform/linux/menubar/MenuItemProperties.h"
+
+namespace hushbox {
+namespace {
+
+constexpr const char* introspection = R"xml(<node><interface name="com.canonical.dbusmenu">
+  <property name="Version" type="u" access="read"/>
+  <property name="TextDirection" type="s" access="read"/>
+  <property name="Status" type="s" access="read"/>
+  <property name="IconThemePath" type="as" access="read"/>
+  <method name="GetLayout">
+    <arg type="i" name="parentId" direction="in"/>
+    <arg type="i" name="recursionDepth" direction="in"/>
+    <arg type="as" name="propertyNames" direction="in"/>
+    <arg type="u" name="revision" direction="out"/>
+    <arg type="(ia{sv}av)" name="layout" direction="out"/>
+  </method>
+  <method name="GetGroupProperties">
+    <arg type="ai" name="ids" direction="in"/>
+    <arg type="as" name="propertyNames" direction="in"/>
+    <arg type="a(ia{sv})" name="properties" direction="out"/>
+  </method>
+  <method name="GetProperty">
+    <arg type="i" name="id" direction="in"/>
+    <arg type="s" name="name" direction="in"/>
+    <arg type="v" name="value" direction="out"/>
+  </method>
+  <method name="Event">
+    <arg type="i" name="id" direction="in"/>
+    <arg type="s" name="eventId" direction="in"/>
+    <arg type="v" name="data" direction="in"/>
+    <arg type="u" name="timestamp" direction="in"/>
+  </method>
+  <method name="EventGroup">
+    <arg type="a(isvu)" name="events" direction="in"/>
+    <arg type="ai" name="idErrors" direction="out"/>
+  </method>
+  <method name="AboutToShow">
+    <arg type="i" name="id" direction="in"/>
+    <arg type="b" name="needUpdate" direction="out"/>
+  </method>
+  <method name="AboutToShowGroup">
+    <arg type="ai" name="ids" direction="in"/>
+    <arg type="ai" name="updatesNeeded" direction="out"/>
+    <arg type="ai" name="idErrors" direction="out"/>
+  </method>
+  <signal name="ItemsPropertiesUpdated">
+    <arg type="a(ia{sv})" name="updatedProps"/>
+    <arg type="a(ias)" name="removedProps"/>
+  </signal>
+  <signal name="LayoutUpdated">
+    <arg type="u" name="revision"/>
+    <arg type="i" name="parent"/>
+  </signal>
+  <signal name="ItemActivationRequested">
+    <arg type="i" name="id"/>
+    <arg type="u" name="timestamp"/>
+  </signal>
+</interface></node>)xml";
+
+std::vector<std::string> strings(GVariant* array) {
+  std::vector<std::string> all;
+  GVariantIter iterator;
+  g_variant_iter_init(&iterator, array);
+  const char* text = nullptr;
+  while (g_variant_iter_next(&iterator, "&s", &text)) all.emplace_back(text);
+  return all;
+}
+
+std::vector<std::int32_t> integers(GVariant* array) {
+  std::vector<std::int32_t> all;
+  GVariantIter iterator;
+  g_variant_iter_init(&iterator, array);
+  std::int32_t number = 0;
+  while (g_variant_iter_next(&iterator, "i", &number)) all.push_back(number);
+  return all;
+}
+
+GVariant* toArray(const std::vector<std::int32_t>& numbers) {
+  return g_variant_new_fixed_array(G_VARIANT_TYPE_INT32, numbers.data(), numbers.size(),
+                                   sizeof(std::int32_t));
+}
+
+void refuse(GDBusMethodInvocation* invocation, std::int32_t id) {
+  g_dbus_method_invocation_return_error(invocation, G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS,
+                                        "The menu has no item %d", id);
+}
+
+GVariant* interfaceProperty(std::string_view name) {
+  if (name == "Version") return g_variant_new_uint32(3);
+  if (name == "TextDirection") return g_variant_new_string("ltr");
+  if (name == "Status") return g_variant_new_string("normal");
+  return g_variant_new_strv(nullptr, 0);
+}
+
+}  // namespace
+
+/// The arguments of ItemsPropertiesUpdated, gathered.
+class DBusMenu::PropertyChanges {
+ public:
+  PropertyChanges() {
+    g_variant_builder_init(&updated_, G_VARIANT_TYPE("a(ia{sv})"));
+    g_variant_builder_init(&removed_, G_VARIANT_TYPE("a(ias)"));
+  }
+
+  void add(std::int32_t id, const MenuItemProperties& updated,
+           const std::vector<const char*>& removed) {
+    empty_ = empty_ && updated.empty() && removed.empty();
+    if (!updated.empty()) g_variant_builder_add(&updated_, "(i@a{sv})", id, updated.dictionary());
+    if (removed.empty()) return;
+    GVariant* names = g_variant_new_strv(removed.data(), static_cast<gssize>(removed.size()));
+    g_variant_builder_add(&removed_, "(i@as)", id, names);
+  }
+
+  bool empty() const { return empty_; }
+  /// Floating; to be called once.
+  GVariant* end() { return g_variant_new("(a(ia{sv})a(ias))", &updated_, &removed_); }
+
+ private:
+  GVariantBuilder updated_, removed_;
+  bool empty_ = true;
+};
+
+const GDBusInterfaceVTable DBusMenu::vtable{
+    [](GDBusConnection*, const char*, const char*, const char*, const char* method,
+       GVariant* arguments, GDBusMethodInvocation* invocation,
+       gpointer self) { static_cast<DBusMenu*>(self)->call(method, arguments, invocation); },
+    [](GDBusConnection*, const char*, const char*, const char*, const char* name, GError**,
+       gpointer) { return interfaceProperty(name); },
+    nullptr,
+    {}};
+
+DBusMenu::DBusMenu() : node_(g_dbus_node_info_new_for_xml(introspection, nullptr)) {}
+
+void DBusMenu::exportOn(GDBusConnection* connection) {
+  object_.reset();
+  object_.emplace(connection, path, node_->interfaces[0], vtable, this);
+}
+
+std::optional<MenuItemProperties> DBusMenu::propertiesOf(std::int32_t id) const {
+  if (id == 0) return MenuItemProperties::ofRoot();
+  const MenuItem* item = items_.find(id);
+  if (!item) return std::nullopt;
+  return MenuItemProperties::of(item->row);
+}
+
+void DBusMenu::setRows(std::vector<MenuRow> rows) {
+  const std::vector<MenuItem> before = items_.replace(std::move(rows));
+  announceChangesSince(before);
+  if (std::ranges::equal(before, items_.all(), {}, &MenuItem::id, &MenuItem::id)) return;
+  ++revision_;
+  if (object_) object_->emit("LayoutUpdated", g_variant_new("(ui)", revision_, 0));
+}
+
+void DBusMenu::announceChangesSince(const std::vector<MenuItem>& before) {
+  PropertyChanges changes;
+  for (const MenuItem& old : before) {
+    const MenuItem* item = items_.find(old.id);
+    if (!item) continue;
+    const auto was = MenuItemProperties::of(old.row), now = MenuItemProperties::of(item->row);
+    changes.add(old.id, now.changesSince(was), now.missingFrom(was));
+  }
+  announce(changes);
+}
+
+void DBusMenu::announce(PropertyChanges& changes) {
+  const VariantPointer arguments(g_variant_ref_sink(changes.end()));
+  if (object_ && !changes.empty()) object_->emit("ItemsPropertiesUpdated", arguments.get());
+}
+
+void DBusMenu::call(const std::string& method, GVariant* arguments,
+                    GDBusMethodInvocation* invocation) {
+  using Handler = void (DBusMenu::*)(GVariant*, GDBusMethodInvocation*);
+  static const std::map<std::string, Handler> handlers{
+      {"GetLayout", &DBusMenu::getLayout},
+      {"GetGroupProperties", &DBusMenu::getGroupProperties},
+      {"GetProperty", &DBusMenu::getProperty},
+      {"Event", &DBusMenu::event},
+      {"EventGroup", &DBusMenu::eventGroup},
+      {"AboutToShow", &DBusMenu::aboutToShow},
+      {"AboutToShowGroup", &DBusMenu::aboutToShowGroup}};
+  // GDBus lets only the methods of the interface through.
+  (this->*handlers.at(method))(arguments, invocation);
+}
+
+void DBusMenu::getLayout(GVariant* arguments, GDBusMethodInvocation* invocation) {
+  std::int32_t parent = 0, depth = 0;
+  GVariant* names = nullptr;
+  g_variant_get(arguments, "(ii@as)", &parent, &depth, &names);
+  const std::vector<std::string> wanted = strings(VariantPointer(names).get());
+  const auto properties = propertiesOf(parent);
+  if (!properties) return refuse(invocation, parent);
+  GVariantBuilder children;
+  g_variant_builder_init(&children, G_VARIANT_TYPE("av"));
+  // A negative depth asks for everything, however deep.
+  if (parent == 0 && depth != 0) {
+    for (const MenuItem& item : items_.all()) {
+      g_variant_builder_add(
+          &children, "v",
+          g_variant_new("(i@a{sv}av)", item.id, MenuItemProperties::of(item.row).dictionary(wanted),
+                        nullptr));
+    }
+  }
+  g_dbus_method_invocation_return_value(
+      invocation, g_variant_new("(u(i@a{sv}av))", revision_, parent, properties->dictionary(wanted),
+                                &children));
+}
+
+void DBusMenu::getGroupProperties(GVariant* arguments, GDBusMethodInvocation* invocation) {
+  GVariant *idArray = nullptr, *names = nullptr;
+  g_variant_get(arguments, "(@ai@as)", &idArray, &names);
+  std::vector<std::int32_t> ids = integers(VariantPointer(idArray).get());
+  const std::vector<std::string> wanted = strings(VariantPointer(names).get());
+  if (ids.empty()) {
+    ids.push_back(0);
+    for (const MenuItem& item : items_.all()) ids.push_back(item.id);
+  }
+  GVariantBuilder builder;
+  g_variant_builder_init(&builder, G_VARIANT_TYPE("a(ia{sv})"));
+  for (const std::int32_t id : ids) {
+    if (const auto properties = propertiesOf(id))
+      g_variant_builder_add(&builder, "(i@a{sv})", id, properties->dictionary(wanted));
+  }
+  g_dbus_method_invocation_return_value(invocation, g_variant_new("(a(ia{sv}))", &builder));
+}
+
+void DBusMenu::getProperty(GVariant* arguments, GDBusMethodInvocation* invocation) {
+  std::int32_t id = 0;
+  const char* name = nullptr;
+  g_variant_get(arguments, "(i&s)", &id, &name);
+  const auto properties = propertiesOf(id);
+  if (!properties) return refuse(invocation, id);
+  GVariant* value = properties->find(name);
+  if (!value) {
+    return g_dbus_method_invocation_return_error(invocation, G_DBUS_ERROR,
+                                                 G_DBUS_ERROR_INVALID_ARGS,
+                                                 "Item %d has no property \"%s\"", id, name);
+  }
+  g_dbus_method_invocation_return_value(invocation, g_variant_new("(v)", value));
+}
+
+void DBusMenu::event(GVariant* arguments, GDBusMethodInvocation* invocation) {
+  std::int32_t id = 0;
+  const char* event = nullptr;
+  g_variant_get(arguments, "(i&svu)", &id, &event, nullptr, nullptr);
+  if (!has(id)) return refuse(invocation, id);
+  g_dbus_method_invocation_return_value(invocation, nullptr);
+  if (std::string_view(event) == "clicked") chooseWhenAnswered({id});
+}
+
+void DBusMenu::eventGroup(GVariant* arguments, GDBusMethodInvocation* invocation) {
+  const VariantPointer events(g_variant_get_child_value(arguments, 0));
+  std::vector<std::int32_t> clicked, unknown;
+  GVariantIter iterator;
+  g_variant_iter_init(&iterator, events.get());
+  std::int32_t id = 0;
+  const char* event = nullptr;
+  while (g_variant_iter_next(&iterator, "(i&svu)", &id, &event, nullptr, nullptr)) {
+    if (!has(id)) {
+      unknown.push_back(id);
+    } else if (std::string_view(event) == "clicked") {
+      clicked.push_back(id);
+    }
+  }
+  // So the protocol has it: an error only when no event at all found its item.
+  if (!unknown.empty() && unknown.size() == g_variant_n_children(events.get()))
+    return refuse(invocation, unknown.front());
+  g_dbus_method_invocation_return_value(invocation, g_variant_new("(@ai)", toArray(unknown)));
+  if (!clicked.empty()) chooseWhenAnswered(std::move(clicked));
+}
+
+void DBusMenu::aboutToShow(GVariant* arguments, GDBusMethodInvocation* invocation) {
+  std::int32_t id = 0;
+  g_variant_get(arguments, "(i)", &id);
+  if (!has(id)) return refuse(invocation, id);
+  g_dbus_method_invocation_return_value(invocation, g_variant_new("(b)", FALSE));
+}
+
+void DBusMenu::aboutToShowGroup(GVariant* arguments, GDBusMethodInvocation* invocation) {
+  const VariantPointer array(g_variant_get_child_value(arguments, 0));
+  std::vector<std::int32_t> unknown = integers(array.get());
+  std::erase_if(unknown, [this](std::int32_t id) { return has(id); });
+  g_dbus_method_invocation_return_value(invocation,
+                                        g_variant_new("(@ai@ai)", toArray({}), toArray(unknown)));
+}
+
+void DBusMenu::chooseWhenAnswered(std::vector<std::int32_t> ids) {
+  g_dbus_connection_flush(
+      object_->connection(), nullptr, AsyncCallback::invoke,
+      AsyncCallback::data([choose = lifetime_.weakly([this](std::int32_t id) { this->choose(id); }),
+                           ids = std::move(ids)](GObject*, GAsyncResult*) {
+        for (const std::int32_t id : ids) choose(id);
+      }));
+}
+
+void DBusMenu::choose(std::int32_t id) {
+  const MenuItem* item = items_.find(id);
+  if (!item || !item->row.enabled || !item->row.action) return;
+  // The action may change the rows or end this menu.
+  const auto action = item->row.action;
+  const auto announce = lifetime_.weakly([this, id] { announceMark(id); });
+  action();
+  announce();
+}
+
+void DBusMenu::announceMark(std::int32_t id) {
+  // Panels set the mark by themselves on a click; where it has not come true, nothing else would
+  // take it back.
+  const MenuItem* item = items_.find(id);
+  if (!item || item->row.kind != MenuRow::Kind::toggle) return;
+  PropertyChanges changes;
+  changes.add(id, MenuItemProperties::of(item->row), {});
+  announce(changes);
+}
+
+}  // namespace hushbox

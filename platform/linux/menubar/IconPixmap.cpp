@@ -1,0 +1,153 @@
+#include "platform/linux/menubar/IconPixmap.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <memory>
+
+#include "platform/linux/menubar/CairoCanvas.h"
+
+namespace hushbox {
+namespace {
+
+struct Tone {
+  std::uint8_t red, green, blue;
+};
+
+constexpr Tone white{0xff, 0xff, 0xff};
+constexpr Tone black{0x00, 0x00, 0x00};
+/// Of symbolic icons on light panels, in the Adwaita theme.
+constexpr Tone darkGrey{0x2e, 0x34, 0x36};
+constexpr Tone middleGrey{0x90, 0x90, 0x90};
+
+struct Colouring {
+  Tone fill;
+  Tone edge;
+  double edgeOpacity;
+};
+
+Colouring colouringFor(PanelTone panel) {
+  // Edges short of solid look softer on a panel that is like neither tone.
+  switch (panel) {
+    case PanelTone::dark:
+      return {white, black, 0.8};
+    case PanelTone::light:
+      return {darkGrey, white, 0.8};
+    case PanelTone::unknown:
+      break;
+  }
+  return {middleGrey, middleGrey, 0};
+}
+
+/// In pixels; less than one would vanish.
+double edgeWidth(int size) {
+  return std::max(1.0, size / 20.0);
+}
+
+struct SurfaceDestroy {
+  void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
+};
+using Surface = std::unique_ptr<cairo_surface_t, SurfaceDestroy>;
+
+Surface draw(const Image& image, int size) {
+  Surface surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, size, size));
+  cairo_t* context = cairo_create(surface.get());
+  cairo_scale(context, size / image.width, size / image.height);
+  if (!image.flipped) {
+    cairo_translate(context, 0, image.height);
+    cairo_scale(context, 1, -1);
+  }
+  CairoCanvas canvas(context);
+  if (image.draw) image.draw(&canvas);
+  cairo_destroy(context);
+  cairo_surface_flush(surface.get());
+  return surface;
+}
+
+/// The pixels of the surface in the order of IconPixmap.
+std::vector<std::uint8_t> straightArgb(cairo_surface_t* surface, int size) {
+  std::vector<std::uint8_t> bytes;
+  const auto pixels = static_cast<std::size_t>(size) * static_cast<std::size_t>(size);
+  bytes.reserve(pixels * 4);
+  const unsigned char* data = cairo_image_surface_get_data(surface);
+  if (!data) return std::vector<std::uint8_t>(pixels * 4);
+  const int stride = cairo_image_surface_get_stride(surface);
+  for (int y = 0; y < size; ++y) {
+    const auto* row = reinterpret_cast<const std::uint32_t*>(data + std::ptrdiff_t{y} * stride);
+    for (int x = 0; x < size; ++x) {
+      const std::uint32_t alpha = row[x] >> 24;
+      bytes.push_back(static_cast<std::uint8_t>(alpha));
+      for (const int shift : {16, 8, 0}) {
+        const std::uint32_t channel = row[x] >> shift & 0xff;
+        bytes.push_back(static_cast<std::uint8_t>(alpha ? (channel * 255 + alpha / 2) / alpha : 0));
+      }
+    }
+  }
+  return bytes;
+}
+
+/// Opacities from 0 to 1, transparent beyond the border.
+class AlphaMap {
+ public:
+  AlphaMap(const std::vector<std::uint8_t>& argb, int size) : size_(size) {
+    for (std::size_t i = 0; i < argb.size(); i += 4) values_.push_back(argb[i] / 255.0);
+  }
+
+  double at(int x, int y) const {
+    if (x < 0 || y < 0 || x >= size_ || y >= size_) return 0;
+    return values_[static_cast<std::size_t>(y) * static_cast<std::size_t>(size_) +
+                   static_cast<std::size_t>(x)];
+  }
+
+  /// What a disc of `radius` pixels around (x, y) touches at most.
+  double grown(int x, int y, double radius) const {
+    const int reach = static_cast<int>(std::ceil(radius));
+    double most = 0;
+    for (int dy = -reach; dy <= reach; ++dy) {
+      for (int dx = -reach; dx <= reach; ++dx) {
+        const double cover = std::clamp(radius + 0.5 - std::hypot(dx, dy), 0.0, 1.0);
+        most = std::max(most, cover * at(x + dx, y + dy));
+      }
+    }
+    return most;
+  }
+
+ private:
+  int size_;
+  std::vector<double> values_;
+};
+
+std::uint8_t toByte(double value) {
+  return static_cast<std::uint8_t>(std::lround(value));
+}
+
+/// The edge lies outside the shape only.
+void recolour(std::vector<std::uint8_t>& argb, int size, const Colouring& colouring) {
+  const AlphaMap shape(argb, size);
+  auto byte = argb.begin();
+  for (int y = 0; y < size; ++y) {
+    for (int x = 0; x < size; ++x) {
+      const double inner = shape.at(x, y);
+      const double outer =
+          std::max(shape.grown(x, y, edgeWidth(size)) - inner, 0.0) * colouring.edgeOpacity;
+      const double alpha = inner + outer;
+      const auto mix = [&](std::uint8_t fill, std::uint8_t edge) {
+        return alpha > 0 ? toByte((fill * inner + edge * outer) / alpha) : std::uint8_t{0};
+      };
+      *byte++ = toByte(alpha * 255);
+      *byte++ = mix(colouring.fill.red, colouring.edge.red);
+      *byte++ = mix(colouring.fill.green, colouring.edge.green);
+      *byte++ = mix(colouring.fill.blue, colouring.edge.blue);
+    }
+  }
+}
+
+}  // namespace
+
+IconPixmap IconPixmap::render(const Image& image, int size, PanelTone panel) {
+  IconPixmap pixmap{size, straightArgb(draw(image, size).get(), size)};
+  if (image.isTemplate) recolour(pixmap.bytes, size, colouringFor(panel));
+  return pixmap;
+}
+
+}  // namespace hushbox

@@ -1,0 +1,78 @@
+#include "platform/linux/menubar/StatusNotifierMenuBar.h"
+
+#include <cstdlib>
+#include <utility>
+
+#include "platform/linux/menubar/PanelText.h"
+#include "support/BundleIdentifier.h"
+
+namespace hushbox {
+
+StatusNotifierMenuBar::StatusNotifierMenuBar(UnifiedLog& log,
+                                             std::chrono::milliseconds panelPatience)
+    : log_(log),
+      patienceTimer_(g_timeout_add(
+          static_cast<guint>(panelPatience.count()),
+          [](gpointer self) -> gboolean {
+            static_cast<StatusNotifierMenuBar*>(self)->patienceEnded();
+            return G_SOURCE_REMOVE;
+          },
+          this)),
+      item_([this](const std::string& reason) {
+        reportAbsence("The panel does not take the item (" + reason + ")");
+      }),
+      bus_([this](GDBusConnection* connection) { connected(connection); },
+           [this](const std::string& reason) { lost(reason); }) {
+  guessPanel(ColorScheme::noPreference);
+  bus_.connect();
+}
+
+StatusNotifierMenuBar::~StatusNotifierMenuBar() {
+  if (patienceTimer_) g_source_remove(patienceTimer_);
+}
+
+void StatusNotifierMenuBar::setIcon(const Image& icon, const std::string& description) {
+  item_.setIcon(icon, description);
+  bus_.connect();
+}
+
+void StatusNotifierMenuBar::setRows(std::vector<MenuRow> rows) {
+  menu_.setRows(std::move(rows));
+  bus_.connect();
+}
+
+void StatusNotifierMenuBar::connected(GDBusConnection* connection) {
+  // The menu first: the item names it.
+  menu_.exportOn(connection);
+  item_.exportOn(connection);
+  colorScheme_.emplace(connection, [this](ColorScheme scheme) { guessPanel(scheme); });
+}
+
+void StatusNotifierMenuBar::lost(const std::string& reason) {
+  colorScheme_.reset();
+  item_.withdraw();
+  menu_.withdraw();
+  reportAbsence("There is no session bus (" + reason + ")");
+}
+
+void StatusNotifierMenuBar::guessPanel(ColorScheme scheme) {
+  const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
+  item_.setPanelTone(guessPanelTone(scheme, desktop ? desktop : ""));
+}
+
+void StatusNotifierMenuBar::patienceEnded() {
+  patienceTimer_ = 0;
+  if (item_.isRegistered()) return;
+  if (!bus_.isConnected()) return reportAbsence("The session bus does not answer");
+  reportAbsence(
+      "No panel on this desktop shows status items (nobody owns org.kde.StatusNotifierWatcher; "
+      "GNOME needs its AppIndicator extension)");
+}
+
+void StatusNotifierMenuBar::reportAbsence(const std::string& text) {
+  if (std::exchange(reported_, true)) return;
+  log_.write(bundleIdentifier, "panel", LogLevel::error,
+             panelText(text) + ". Hushbox works on without its icon.");
+}
+
+}  // namespace hushbox

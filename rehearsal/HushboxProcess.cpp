@@ -1,0 +1,57 @@
+#include "rehearsal/HushboxProcess.h"
+
+#include <fstream>
+#include <iterator>
+
+namespace hushbox::rehearsal {
+namespace {
+
+constexpr auto logName = "hushbox.log";
+
+/// The `count`th line of `log` that contains `text`; empty when there is none.
+std::string lineWith(const std::string& log, const std::string& text, int count) {
+  std::size_t at = 0;
+  for (; (at = log.find(text, at)) != std::string::npos; at += text.size()) {
+    if (--count == 0) break;
+  }
+  if (at == std::string::npos) return {};
+  const std::size_t previous = log.rfind('\n', at);
+  const std::size_t start = previous == std::string::npos ? 0 : previous + 1;
+  const std::size_t end = log.find('\n', at);
+  // A line still being written is not there yet.
+  return end == std::string::npos ? std::string() : log.substr(start, end - start);
+}
+
+}  // namespace
+
+HushboxProcess::HushboxProcess(const Session& session, const std::string& program)
+    : path_((session.folder() / logName).string()), process_(session.start(logName, {program})) {
+  process_->waitUntilReady([this] { return !log().empty(); }, "Hushbox's first record");
+}
+
+std::string HushboxProcess::log() const {
+  std::ifstream file(path_);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::string HushboxProcess::waitForLog(const std::string& text, int count) const {
+  std::string line;
+  process_->waitUntilReady(
+      [&] {
+        line = lineWith(log().substr(mark_), text, count);
+        return !line.empty();
+      },
+      "the record \"" + text + "\"");
+  return line;
+}
+
+void HushboxProcess::mark() {
+  mark_ = log().size();
+}
+
+int HushboxProcess::quit(int signal) {
+  ::kill(process_->pid(), signal);
+  return waitForEnd();
+}
+
+}  // namespace hushbox::rehearsal

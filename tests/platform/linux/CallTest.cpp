@@ -1,0 +1,230 @@
+// Calls on real servers, from the press of the speakerphone's button to Teams and back.
+
+#include <algorithm>
+
+#include "tests/platform/linux/fixtures/CallFixture.h"
+
+#include "rehearsal/Waiting.h"
+
+namespace hushbox {
+namespace {
+
+using rehearsal::AudioFlavour;
+using rehearsal::letPass;
+using rehearsal::Milliseconds;
+using rehearsal::patience;
+using rehearsal::waitUntil;
+using Clock = std::chrono::system_clock;
+
+constexpr Milliseconds bounceWindow{300};
+/// Longer than the poll's second: whatever an echo would do, it has done.
+constexpr Milliseconds pollAndMore{1500};
+
+class CallTest : public CallFixture {
+ protected:
+  void SetUp() override { putUp(AudioFlavour::PulseAudio); }
+};
+
+/// What depends on the sound server, on each of them.
+class CallOnEitherServerTest : public CallFixture,
+                               public testing::WithParamInterface<AudioFlavour> {
+ protected:
+  void SetUp() override { putUp(GetParam()); }
+};
+
+// One after the other, so that each server has one desk.
+INSTANTIATE_TEST_SUITE_P(PulseAudio, CallOnEitherServerTest,
+                         testing::Values(AudioFlavour::PulseAudio));
+INSTANTIATE_TEST_SUITE_P(PipeWire, CallOnEitherServerTest, testing::Values(AudioFlavour::PipeWire));
+
+TEST_P(CallOnEitherServerTest, DropThatStaysMutesTeamsAfterTheBounceWindow) {
+  const auto drop = Clock::now();
+  sound().setVolume(0.0);
+  meeting->waitForMuted(true);
+  program->waitForNote("Mute → Teams");
+  ASSERT_EQ(meeting->presses().size(), 1U);
+  EXPECT_GE(meeting->presses().front() - drop, bounceWindow);
+  EXPECT_EQ(coordinator().teamsMuted(), true);
+}
+
+TEST_P(CallOnEitherServerTest, ReturnOfTheVolumeUnmutesTeams) {
+  sound().setVolume(0.0);
+  meeting->waitForMuted(true);
+  sound().setVolume(1.0);
+  meeting->waitForMuted(false);
+  program->waitForNote("Unmute → Teams");
+  EXPECT_EQ(meeting->presses().size(), 2U);
+}
+
+TEST_P(CallOnEitherServerTest, VolumePutBackWithinTheWindowPressesOnce) {
+  sound().setVolume(0.0);
+  letPass(Milliseconds{100});
+  sound().setVolume(1.0);
+  program->waitForNote("Toggle → Teams");
+  letPass(pollAndMore);
+  EXPECT_EQ(meeting->presses().size(), 1U);
+  EXPECT_TRUE(meeting->isMuted());
+}
+
+TEST_P(CallOnEitherServerTest, ButtonThatWorksTheMuteSwitchIsAPressToo) {
+  sound().setMuteSwitch(true);
+  meeting->waitForMuted(true);
+  sound().setMuteSwitch(false);
+  meeting->waitForMuted(false);
+  EXPECT_EQ(meeting->presses().size(), 2U);
+}
+
+TEST_P(CallOnEitherServerTest, SpeakerphoneFollowsAChangeMadeInTeamsWithoutAnEcho) {
+  sound().setVolume(0.7);
+  letPass(Milliseconds{200});
+  meeting->clickMicrophone();
+  waitUntil([this] { return sound().volume() == 0.0; }, patience, "the speakerphone to mute");
+  program->waitForNote("Teams muted → Jabra");
+  letPass(pollAndMore);
+  meeting->clickMicrophone();
+  waitUntil([this] { return sound().volume() > 0.0; }, patience, "the speakerphone to unmute");
+  program->waitForNote("Teams unmuted → Jabra");
+  letPass(pollAndMore);
+  EXPECT_NEAR(sound().volume(), 0.7, 0.001);
+  EXPECT_EQ(meeting->presses().size(), 2U);
+  EXPECT_FALSE(meeting->isMuted());
+}
+
+TEST_P(CallOnEitherServerTest, SpeakerphoneThatComesBackWorksAgain) {
+  sound().unplugSpeakerphone();
+  waitUntil([this] { return !coordinator().jabra().deviceName(); }, patience, "the unplugging");
+  EXPECT_FALSE(coordinator().jabra().isInCall());
+  EXPECT_EQ(std::ranges::count(program->log.lines, "Jabra input not present"), 1);
+  call.reset();
+  sound().plugSpeakerphone();
+  call = sound().record();
+  waitUntil([this] { return coordinator().jabra().isInCall(); }, patience, "the call");
+  sound().setVolume(0.0);
+  meeting->waitForMuted(true);
+  EXPECT_EQ(meeting->presses().size(), 1U);
+}
+
+TEST_P(CallOnEitherServerTest, MuteThatWaitsOutTheWindowOutlivesTheUnplugging) {
+  sound().setVolume(0.0);
+  letPass(Milliseconds{50});
+  sound().unplugSpeakerphone();
+  meeting->waitForMuted(true);
+  EXPECT_EQ(meeting->presses().size(), 1U);
+  EXPECT_EQ(coordinator().jabra().isMuted(), true);
+}
+
+TEST_P(CallOnEitherServerTest, SoundServerThatDiesAndComesBackIsFoundAgain) {
+  sound().kill();
+  waitUntil([this] { return !coordinator().jabra().deviceName(); }, patience, "the loss");
+  call.reset();
+  sound().restart();
+  call = sound().record();
+  waitUntil([this] { return coordinator().jabra().isInCall(); }, patience, "the call");
+  sound().setVolume(0.0);
+  meeting->waitForMuted(true);
+  EXPECT_EQ(meeting->presses().size(), 1U);
+}
+
+TEST_P(CallOnEitherServerTest, VolumeMeterIsNoCall) {
+  call.reset();
+  waitUntil([this] { return !coordinator().jabra().isInCall(); }, patience, "the end of the call");
+  const auto meter = sound().meter();
+  letPass(pollAndMore);
+  EXPECT_FALSE(coordinator().jabra().isInCall());
+  EXPECT_EQ(std::ranges::count(program->log.lines, "Jabra mic in use -> true"), 0);
+}
+
+TEST_F(CallTest, PressWhileTeamsIsAlreadyThereChangesNothing) {
+  sound().setVolume(0.0);
+  meeting->pressMicrophone();
+  program->waitForNote("Mute — Teams already in sync");
+  EXPECT_EQ(meeting->presses().size(), 1U);
+}
+
+TEST_F(CallTest, TeamsThatClosesAndOpensAgainIsFoundAgain) {
+  meeting->close();
+  sound().setVolume(0.0);
+  program->waitForNote("Mute — Teams not running");
+  // Until a poll has missed Teams, a meeting in the same state as before is nothing new.
+  waitUntil([this] { return !coordinator().teamsMuted(); }, patience, "a poll to miss Teams");
+  meeting.emplace(desk().browser());
+  // The new meeting is live, so the poll that finds it takes the speakerphone along.
+  program->waitForNote("Teams unmuted → Jabra");
+  waitUntil([this] { return sound().volume() > 0.0; }, patience, "the speakerphone to unmute");
+  // Beyond the half second in which a change counts as the echo of that.
+  letPass(Milliseconds{700});
+  sound().setVolume(0.0);
+  meeting->waitForMuted(true);
+  EXPECT_EQ(meeting->presses().size(), 1U);
+}
+
+TEST_F(CallTest, TeamsWithoutAMeetingHasNoButtonToPress) {
+  meeting->leaveCall();
+  sound().setVolume(0.0);
+  program->waitForNote("Mute — no Teams meeting found");
+}
+
+TEST_F(CallTest, MinimisedTeamsIsPressedOnceAndReadTrue) {
+  meeting->page().minimise();
+  sound().setVolume(0.0);
+  meeting->waitForMuted(true);
+  letPass(pollAndMore);
+  EXPECT_EQ(coordinator().teamsMuted(), true);
+  EXPECT_EQ(sound().volume(), 0.0);
+  sound().setVolume(1.0);
+  meeting->waitForMuted(false);
+  letPass(pollAndMore);
+  EXPECT_EQ(coordinator().teamsMuted(), false);
+  EXPECT_EQ(meeting->presses().size(), 2U);
+}
+
+/// The longest that a timer of 10 ms was kept waiting: how long the loop was held.
+class LongestHold {
+ public:
+  LongestHold() : source_(g_timeout_add(10, tick, this)) {}
+  ~LongestHold() { g_source_remove(source_); }
+
+  Milliseconds value() const { return std::chrono::duration_cast<Milliseconds>(longest_); }
+
+ private:
+  static gboolean tick(gpointer self) {
+    auto& hold = *static_cast<LongestHold*>(self);
+    const auto now = std::chrono::steady_clock::now();
+    hold.longest_ = std::max(hold.longest_, now - hold.last_);
+    hold.last_ = now;
+    return G_SOURCE_CONTINUE;
+  }
+
+  std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
+  std::chrono::steady_clock::duration longest_{};
+  guint source_;
+};
+
+TEST_F(CallTest, FrozenTeamsHoldsTheLoopForOneTimeOutAndIsTakenUpAgain) {
+  desk().browser().freeze();
+  {
+    const LongestHold hold;
+    sound().setVolume(0.0);
+    program->waitForNote("Mute — no Teams meeting found");
+    // One messaging time-out of a second, and as much again for a machine that is busy.
+    EXPECT_LT(hold.value(), Milliseconds{2000});
+  }
+  desk().browser().thaw();
+  waitUntil([this] { return coordinator().teamsMuted() == false; }, patience,
+            "Teams to be read again");
+  EXPECT_EQ(meeting->presses().size(), 0U);
+}
+
+TEST_F(CallTest, PressWithoutAccessibilityAsksForIt) {
+  abandonDesk();
+  desk().accessibility().setEnabled(false);
+  sound().setVolume(0.0);
+  program->waitForNote("Mute — grant Accessibility to Hushbox");
+  EXPECT_EQ(meeting->presses().size(), 0U);
+  EXPECT_TRUE(
+      platform().accessibility.isProcessTrustedWithOptions(true) ||
+      rehearsal::holdsWithin([] { return platform().accessibility.isProcessTrusted(); }, patience));
+}
+
+}  // namespace
+}  // namespace hushbox

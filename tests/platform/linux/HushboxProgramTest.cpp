@@ -1,0 +1,220 @@
+// The program itself, as it is installed, in a session of its own: its end, its entry among the
+// autostarted applications, and what it makes of children that misbehave.
+
+#include <gio/gdesktopappinfo.h>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+
+#include "platform/linux/processes/SpawnedChildProcessFactory.h"
+#include "rehearsal/HushboxProcess.h"
+#include "rehearsal/ItemMenu.h"
+#include "tests/platform/linux/fixtures/PanelFixture.h"
+
+namespace hushbox {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using rehearsal::holdsWithin;
+using rehearsal::ItemMenu;
+using rehearsal::letPass;
+using rehearsal::patience;
+using rehearsal::waitUntil;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+using Clock = std::chrono::steady_clock;
+
+class HushboxProgramTest : public PanelFixture {
+ protected:
+  static constexpr const char* launch = "Launch at login";
+
+  HushboxProgramTest() : bus_(session_.busAddress()) {
+    watcher_ = std::make_unique<Watcher>(session_.busAddress());
+  }
+
+  void startProgram(const fs::path& program = HUSHBOX_PROGRAM) {
+    program_.emplace(session_, program);
+    watcher_->waitForItem();
+    name_ = watcher_->items().back();
+    client_->listenTo(name_);
+  }
+
+  ItemMenu rows() const { return {bus_, name_}; }
+
+  fs::path entry() const {
+    return session_.home() / ".config" / "autostart" / "org.hushbox.Hushbox.desktop";
+  }
+
+  rehearsal::BusConnection bus_;
+  std::optional<rehearsal::HushboxProcess> program_;
+};
+
+class HushboxProgramSignalTest : public HushboxProgramTest,
+                                 public testing::WithParamInterface<int> {};
+
+TEST_P(HushboxProgramSignalTest, EndsItCleanlyWithStatusZero) {
+  startProgram();
+  EXPECT_EQ(program_->quit(GetParam()), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(SessionEnd, HushboxProgramSignalTest,
+                         testing::Values(SIGTERM, SIGINT, SIGHUP));
+
+TEST_F(HushboxProgramTest, QuitRowEndsItWithStatusZero) {
+  startProgram();
+  rows().choose("Quit Hushbox");
+  EXPECT_EQ(program_->waitForEnd(), 0);
+  EXPECT_FALSE(bus_.hasOwner(name_));
+}
+
+TEST_F(HushboxProgramTest, SecondStartSaysSoAndEndsWithZeroAndTheFirstGoesOn) {
+  startProgram();
+  const auto second = session_.start("second.log", {HUSHBOX_PROGRAM});
+  EXPECT_EQ(second->waitForExit(), 0);
+  std::ifstream log(session_.folder() / "second.log");
+  const std::string said(std::istreambuf_iterator<char>(log), {});
+  EXPECT_THAT(said, HasSubstr("running in this session already"));
+  letPass(100ms);
+  EXPECT_THAT(watcher_->items(), ElementsAre(name_));
+  EXPECT_EQ(rows().row("Quit Hushbox").enabled, true);
+}
+
+TEST_F(HushboxProgramTest, SendsThePanelNothingWhileNothingChanges) {
+  startProgram();
+  // The first reading of the battery has come in by then, and the first polls have gone by.
+  letPass(1500ms);
+  client_->takeSignals();
+  letPass(3s);
+  EXPECT_THAT(client_->takeSignals(), IsEmpty());
+}
+
+TEST_F(HushboxProgramTest, SwitchWritesAnEntryThatStartsTheProgramThatWroteIt) {
+  startProgram();
+  rows().choose(launch);
+  waitUntil([&] { return rows().row(launch).on; }, patience, "the switch");
+  SpawnedChildProcessFactory processes{ChildProcessRules{}};
+  const auto validator = processes.make();
+  validator->setExecutablePath("/usr/bin/desktop-file-validate");
+  validator->setArguments({entry()});
+  ASSERT_TRUE(validator->launch()) << "desktop-file-validate is not installed.";
+  EXPECT_EQ(validator->readDataToEndOfFile(), "");
+  EXPECT_EQ(program_->quit(), 0);
+
+  const std::unique_ptr<GDesktopAppInfo, void (*)(gpointer)> info(
+      g_desktop_app_info_new_from_filename(entry().c_str()), g_object_unref);
+  ASSERT_TRUE(info);
+  ASSERT_TRUE(g_app_info_launch(G_APP_INFO(info.get()), nullptr, nullptr, nullptr));
+  waitUntil([&] { return watcher_->items().back() != name_; }, patience, "the program's start");
+  name_ = watcher_->items().back();
+  const int process = bus_.processOf(name_);
+  EXPECT_EQ(fs::read_symlink("/proc/" + std::to_string(process) + "/exe"),
+            fs::canonical(HUSHBOX_PROGRAM));
+  EXPECT_TRUE(rows().row(launch).on);
+  rows().choose(launch);
+  waitUntil([&] { return !rows().row(launch).on; }, patience, "the switch");
+  EXPECT_FALSE(fs::exists(entry()));
+  kill(process, SIGTERM);
+  waitUntil([&] { return !bus_.hasOwner(name_); }, patience, "the program's end");
+}
+
+TEST_F(HushboxProgramTest, RefusedRegistrationPutsTheSwitchBackWithoutAMessage) {
+  std::ofstream(session_.home() / ".config") << "a file where the folder would be";
+  startProgram();
+  letPass(1500ms);
+  const std::string logged = program_->log();
+  client_->takeSignals();
+  rows().choose(launch);
+  std::vector<std::string> signals;
+  holdsWithin([&] { return !(signals = client_->takeSignals()).empty(); }, patience);
+  EXPECT_THAT(signals, ElementsAre(HasSubstr("'toggle-state': <0>")));
+  EXPECT_FALSE(rows().row(launch).on);
+  EXPECT_EQ(program_->log(), logged);
+}
+
+TEST_F(HushboxProgramTest, WatcherThatDiesAndComesBackGetsTheItemAgain) {
+  startProgram();
+  watcher_.reset();
+  letPass(50ms);
+  watcher_ = std::make_unique<Watcher>(session_.busAddress());
+  watcher_->waitForItem();
+  EXPECT_THAT(watcher_->items(), ElementsAre(name_));
+}
+
+/// The program with a stand-in of the test's own for the power report, which it looks for beside
+/// itself.
+class HushboxProgramChildTest : public HushboxProgramTest {
+ protected:
+  void startProgramWithChild(const std::string& body) {
+    const fs::path folder = session_.folder() / "installed";
+    fs::create_directories(folder / "power-report");
+    fs::copy_file(HUSHBOX_PROGRAM, folder / "hushbox");
+    const fs::path child = folder / "power-report" / "hushbox-power-report";
+    std::ofstream(child) << "#!/bin/sh\necho $$ >" << note_.string() << '\n' << body << '\n';
+    fs::permissions(child, fs::perms::owner_all);
+    startProgram(folder / "hushbox");
+    waitUntil([this] { return this->child() != 0; }, patience, "the child");
+  }
+
+  pid_t child() const {
+    pid_t process = 0;
+    std::ifstream(note_) >> process;
+    return process;
+  }
+  bool childIsGone() const { return kill(child(), 0) != 0; }
+
+  bool hasBatteryRow() const {
+    return std::ranges::any_of(
+        rows().rows(), [](const ItemMenu::Row& row) { return row.text.starts_with("Battery"); });
+  }
+
+  /// How long the program takes at most to answer the panel.
+  Clock::duration slowestAnswer() {
+    Clock::duration slowest{};
+    for (int i = 0; i < 20; ++i) {
+      const auto begin = Clock::now();
+      EXPECT_EQ(ofItem("Id").text(), "'hushbox'");
+      slowest = std::max(slowest, Clock::now() - begin);
+    }
+    return slowest;
+  }
+
+  const fs::path note_ = session_.folder() / "child";
+};
+
+TEST_F(HushboxProgramChildTest, OutputOfAChildIsTheBatteryRow) {
+  startProgramWithChild("printf ' -Jabra Speak2 75\\t42%%; charging; present: true\\n'");
+  waitUntil([this] { return hasBatteryRow(); }, patience, "the row");
+  EXPECT_EQ(rows().rows()[1].text, "Battery: 42% (charging)");
+}
+
+TEST_F(HushboxProgramChildTest, ChildThatNeverEndsStallsNeitherTheProgramNorItsEnd) {
+  startProgramWithChild("exec sleep 600");
+  EXPECT_LT(slowestAnswer(), 5s);
+  ASSERT_FALSE(childIsGone());
+  const auto begin = Clock::now();
+  EXPECT_EQ(program_->quit(), 0);
+  // Less than the ten seconds that a child may take.
+  EXPECT_LT(Clock::now() - begin, 8s);
+  EXPECT_TRUE(holdsWithin([&] { return childIsGone(); }, patience));
+}
+
+TEST_F(HushboxProgramChildTest, ChildThatFloodsIsKilledAndTheProgramGoesOn) {
+  startProgramWithChild("exec yes ' -Jabra Speak2 75\t42%; charging'");
+  EXPECT_LT(slowestAnswer(), 5s);
+  // By its output, well before its time is over.
+  EXPECT_TRUE(holdsWithin([&] { return childIsGone(); }, 8s));
+  EXPECT_FALSE(hasBatteryRow());
+  EXPECT_EQ(program_->quit(), 0);
+}
+
+}  // namespace
+}  // namespace hushbox

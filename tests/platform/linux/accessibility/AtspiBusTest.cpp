@@ -1,0 +1,125 @@
+#include "platform/linux/accessibility/AtspiBus.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <memory>
+
+#include "platform/linux/accessibility/AtspiAccessibilityTree.h"
+#include "rehearsal/AccessibilityBus.h"
+#include "rehearsal/Session.h"
+#include "rehearsal/Waiting.h"
+#include "tests/platform/linux/fixtures/AccessibleProgram.h"
+#include "tests/platform/linux/fixtures/TeamsReader.h"
+
+namespace hushbox {
+namespace {
+
+using rehearsal::holdsWithin;
+using rehearsal::patience;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+class AtspiBusTest : public testing::Test {
+ protected:
+  AtspiBusTest() { session_.applyToThisProcess(); }
+
+  bool launcherRuns() const {
+    return rehearsal::BusConnection(session_.busAddress()).hasOwner("org.a11y.Bus");
+  }
+
+  rehearsal::Session session_;
+  rehearsal::AccessibilityBus accessibility_{session_};
+  AtspiAccessibilityTree tree_;
+};
+
+TEST_F(AtspiBusTest, LookingStartsNothingAndFindsNoTrust) {
+  EXPECT_FALSE(tree_.isProcessTrusted());
+  EXPECT_FALSE(tree_.isProcessTrustedWithOptions(false));
+  EXPECT_TRUE(tree_.workspace().runningApplications().empty());
+  EXPECT_FALSE(launcherRuns());
+}
+
+TEST_F(AtspiBusTest, SwitchedOffMeansNoTrust) {
+  accessibility_.setEnabled(false);
+  EXPECT_FALSE(tree_.isProcessTrusted());
+}
+
+TEST_F(AtspiBusTest, PromptSwitchesItOnAndReturnsThePresentState) {
+  EXPECT_FALSE(tree_.isProcessTrustedWithOptions(true));
+  EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, patience));
+  EXPECT_TRUE(accessibility_.isEnabled());
+  EXPECT_TRUE(tree_.isProcessTrustedWithOptions(true));
+}
+
+TEST_F(AtspiBusTest, PromptWhereItIsSwitchedOnChangesNothing) {
+  accessibility_.setEnabled(true);
+  ASSERT_TRUE(tree_.isProcessTrusted());
+  const auto before = tree_.callCount();
+  EXPECT_TRUE(tree_.isProcessTrustedWithOptions(true));
+  EXPECT_EQ(tree_.callCount(), before);
+}
+
+TEST_F(AtspiBusTest, TheSwitchIsFollowedWithoutAsking) {
+  accessibility_.setEnabled(true);
+  ASSERT_TRUE(tree_.isProcessTrusted());
+  const auto before = tree_.callCount();
+  for (int i = 0; i < 5; ++i) EXPECT_TRUE(tree_.isProcessTrusted());
+  EXPECT_EQ(tree_.callCount(), before);
+  accessibility_.setEnabled(false);
+  EXPECT_TRUE(holdsWithin([&] { return !tree_.isProcessTrusted(); }, patience));
+  accessibility_.setEnabled(true);
+  EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, patience));
+}
+
+TEST_F(AtspiBusTest, DeadBusIsFoundAgainWhenItComesBack) {
+  accessibility_.setEnabled(true);
+  TeamsReader reader(tree_, tree_.workspace());
+  const AccessibleProgram::Object document{
+      .role = 95, .documentAttributes = {{"URI", "https://teams.microsoft.com/v2/"}}};
+  {
+    AccessibleProgram program(accessibility_.address(), "Browser", "Gecko");
+    program.put("/document", document);
+    program.put(AccessibleProgram::root, {.role = 75, .children = {"/document"}});
+    ASSERT_EQ(reader.read(), TeamsReader::noMeeting);
+    accessibility_.kill();
+    EXPECT_TRUE(holdsWithin([&] { return reader.read() == TeamsReader::notTrusted; }, patience));
+  }
+  accessibility_.setEnabled(true);
+  EXPECT_TRUE(holdsWithin([&] { return reader.read() == TeamsReader::notRunning; }, patience));
+  AccessibleProgram program(accessibility_.address(), "Browser", "Gecko");
+  program.put("/document", document);
+  program.put(AccessibleProgram::root, {.role = 75, .children = {"/document"}});
+  EXPECT_TRUE(holdsWithin([&] { return reader.read() == TeamsReader::noMeeting; }, patience));
+}
+
+TEST_F(AtspiBusTest, FrozenSessionBusHoldsUpNobodyForLong) {
+  session_.bus().freeze();
+  const auto before = steady_clock::now();
+  EXPECT_FALSE(tree_.isProcessTrusted());
+  EXPECT_LT(steady_clock::now() - before, 2 * AtspiBus::busWait);
+  const auto again = steady_clock::now();
+  EXPECT_FALSE(tree_.isProcessTrusted());
+  EXPECT_LT(steady_clock::now() - again, AtspiBus::busWait / 2);
+  session_.bus().thaw();
+  accessibility_.setEnabled(true);
+  EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, patience));
+}
+
+TEST(AtspiBusWithoutSession, NothingIsTrustedAndNothingIsStarted) {
+  rehearsal::Session session;
+  session.applyToThisProcess();
+  g_setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/at/all", TRUE);
+  AtspiAccessibilityTree tree;
+  EXPECT_FALSE(tree.isProcessTrusted());
+  EXPECT_FALSE(tree.isProcessTrustedWithOptions(true));
+  EXPECT_TRUE(tree.workspace().runningApplications().empty());
+  g_setenv("DBUS_SESSION_BUS_ADDRESS", "no address at all", TRUE);
+  EXPECT_FALSE(AtspiBus().isEnabled());
+  g_unsetenv("DBUS_SESSION_BUS_ADDRESS");
+  EXPECT_FALSE(AtspiBus().isEnabled());
+  EXPECT_FALSE(AtspiBus().connect());
+}
+
+}  // namespace
+}  // namespace hushbox

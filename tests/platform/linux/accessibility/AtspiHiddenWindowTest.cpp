@@ -1,0 +1,160 @@
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <memory>
+#include <tuple>
+
+#include "platform/linux/accessibility/AtspiAccessibilityTree.h"
+#include "platform/linux/accessibility/CompositingManager.h"
+#include "rehearsal/Desk.h"
+#include "tests/platform/linux/fixtures/TeamsReader.h"
+
+namespace hushbox {
+namespace {
+
+using rehearsal::Desk;
+using rehearsal::holdsWithin;
+using rehearsal::MeetingPage;
+using rehearsal::patience;
+using rehearsal::WindowKind;
+
+constexpr const char* live = MeetingPage::labelWhenLive;
+constexpr const char* muted = MeetingPage::labelWhenMuted;
+
+/// A meeting whose window nobody sees: a browser then leaves its tree as it was.
+class AtspiHiddenWindow : public testing::TestWithParam<bool> {
+ protected:
+  static Desk::Options options() {
+    Desk::Options options;
+    options.audio.reset();
+    options.display = true;
+    options.headlessBrowser = GetParam();
+    return options;
+  }
+
+  void findMeeting() {
+    ASSERT_TRUE(holdsWithin([&] { return reader_.read() == live; }, patience));
+  }
+
+  /// Whether reading alone makes the label true. On a machine with time to spare the first reading
+  /// does; left to itself, Chromium keeps the old label until somebody acts on the page.
+  bool comesToRead(const std::string& label) {
+    return holdsWithin([&] { return reader_.read() == label; }, patience);
+  }
+
+  /// Changes the meeting from inside and from outside, and reads right after each change.
+  void expectTrueLabels() {
+    bool wanted = false;
+    for (int change = 0; change < 12; ++change) {
+      meeting_.pressMicrophone();
+      wanted = !wanted;
+      EXPECT_TRUE(comesToRead(wanted ? muted : live)) << "changed in the page, " << change;
+      EXPECT_EQ(reader_.press(), accessibility::success);
+      wanted = !wanted;
+      EXPECT_TRUE(comesToRead(wanted ? muted : live)) << "pressed, " << change;
+      EXPECT_EQ(meeting_.isMuted(), wanted);
+    }
+  }
+
+  Desk desk_{options()};
+  MeetingPage meeting_{desk_.browser()};
+  AtspiAccessibilityTree tree_;
+  TeamsReader reader_{tree_, tree_.workspace()};
+};
+
+TEST_P(AtspiHiddenWindow, LabelsAreTrueAtOnceWhileItIsMinimised) {
+  findMeeting();
+  meeting_.page().minimise();
+  expectTrueLabels();
+  meeting_.page().restore();
+  expectTrueLabels();
+}
+
+INSTANTIATE_TEST_SUITE_P(Headless, AtspiHiddenWindow, testing::Values(true));
+INSTANTIATE_TEST_SUITE_P(Windows, AtspiHiddenWindow, testing::Values(false));
+
+/// Only windows on a display can cover one another.
+using AtspiCoveredWindow = AtspiHiddenWindow;
+
+TEST_P(AtspiCoveredWindow, LabelsAreTrueAtOnceWhileItIsCovered) {
+  findMeeting();
+  const auto cover = meeting_.page().cover();
+  expectTrueLabels();
+  cover->close();
+}
+
+INSTANTIATE_TEST_SUITE_P(Windows, AtspiCoveredWindow, testing::Values(false));
+
+/// On a desktop that draws windows apart from one another, a page rests only when it is minimised.
+class AtspiCompositedWindow : public AtspiHiddenWindow {
+ protected:
+  AtspiCompositedWindow() {
+    CompositingManager manager;
+    EXPECT_TRUE(holdsWithin([&] { return manager.isRunning(); }, patience));
+  }
+
+  std::unique_ptr<rehearsal::ServerProcess> compositor_ =
+      desk_.session().start("xcompmgr.log", {"xcompmgr"});
+};
+
+TEST_P(AtspiCompositedWindow, LabelsAreReadWithoutWaiting) {
+  findMeeting();
+  const auto readsAtOnce = [this] {
+    const auto began = std::chrono::steady_clock::now();
+    return reader_.read() == live &&
+           std::chrono::steady_clock::now() - began < AtspiTeams::labelWait;
+  };
+  EXPECT_TRUE(holdsWithin(readsAtOnce, patience));
+}
+
+TEST_P(AtspiCompositedWindow, LabelsFollowTheMeeting) {
+  findMeeting();
+  bool wanted = false;
+  for (int change = 0; change < 6; ++change) {
+    meeting_.pressMicrophone();
+    wanted = !wanted;
+    const std::string label = wanted ? muted : live;
+    EXPECT_TRUE(holdsWithin([&] { return reader_.read() == label; }, patience));
+    EXPECT_EQ(reader_.press(), accessibility::success);
+    wanted = !wanted;
+    EXPECT_EQ(meeting_.isMuted(), wanted);
+    EXPECT_EQ(reader_.read(), wanted ? muted : live) << "after the press " << change;
+  }
+}
+
+TEST_P(AtspiCompositedWindow, LabelsAreTrueAtOnceWhileItIsMinimised) {
+  findMeeting();
+  findMeeting();
+  meeting_.page().minimise();
+  expectTrueLabels();
+}
+
+TEST_P(AtspiCompositedWindow, LabelsAreTrueAtOnceBehindAnotherTabAndInFrontAgain) {
+  findMeeting();
+  findMeeting();
+  const auto other =
+      desk_.browser().open(rehearsal::Browser::pageUrl("decoy.html"), WindowKind::Tab);
+  ASSERT_TRUE(holdsWithin([this] { return meeting_.page().isHidden(); }, patience));
+  expectTrueLabels();
+  other->close();
+  ASSERT_TRUE(holdsWithin([this] { return !meeting_.page().isHidden(); }, patience));
+  expectTrueLabels();
+}
+
+TEST_P(AtspiCompositedWindow, LabelsAreTrueAtOnceOnAnotherWorkspace) {
+  findMeeting();
+  findMeeting();
+  const auto xdotool = [this](std::vector<std::string> words) {
+    words.insert(words.begin(), "xdotool");
+    const auto process = desk_.session().start("xdotool.log", words);
+    EXPECT_EQ(process->waitForExit(patience), 0);
+  };
+  xdotool({"set_num_desktops", "2"});
+  xdotool({"set_desktop", "1"});
+  expectTrueLabels();
+}
+
+INSTANTIATE_TEST_SUITE_P(Windows, AtspiCompositedWindow, testing::Values(false));
+
+}  // namespace
+}  // namespace hushbox

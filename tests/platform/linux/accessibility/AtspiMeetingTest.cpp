@@ -1,0 +1,242 @@
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "platform/linux/accessibility/AtspiAccessibilityTree.h"
+#include "rehearsal/Desk.h"
+#include "tests/platform/linux/fixtures/TeamsReader.h"
+
+namespace hushbox {
+namespace {
+
+using rehearsal::BrowserPage;
+using rehearsal::Desk;
+using rehearsal::holdsWithin;
+using rehearsal::MeetingPage;
+using rehearsal::patience;
+using rehearsal::WindowKind;
+using testing::ElementsAre;
+using testing::SizeIs;
+
+constexpr const char* live = MeetingPage::labelWhenLive;
+constexpr const char* muted = MeetingPage::labelWhenMuted;
+
+/// A meeting in a real browser without a screen.
+class AtspiMeeting : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    Desk::Options options;
+    options.audio.reset();
+    desk_ = std::make_unique<Desk>(options);
+  }
+  static void TearDownTestSuite() { desk_.reset(); }
+
+  std::unique_ptr<MeetingPage> meet(MeetingPage::Options options = {}) {
+    return std::make_unique<MeetingPage>(desk_->browser(), options);
+  }
+  std::unique_ptr<BrowserPage> open(const std::string& url, WindowKind kind = WindowKind::Window) {
+    return desk_->browser().open(url, kind);
+  }
+  static std::string titled(const std::string& title, const std::string& body) {
+    return "data:text/html,<title>" + title + "</title>" + body;
+  }
+  testing::AssertionResult reads(const std::string& awaited) {
+    std::string last;
+    if (holdsWithin([&] { return (last = reader_.read()) == awaited; }, patience))
+      return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "read last: " << last;
+  }
+
+  static inline std::unique_ptr<Desk> desk_;
+  AtspiAccessibilityTree tree_;
+  TeamsReader reader_{tree_, tree_.workspace()};
+};
+
+TEST_F(AtspiMeeting, ButtonIsFoundWithItsLabelAndPressed) {
+  const auto meeting = meet();
+  ASSERT_TRUE(reads(live));
+  EXPECT_EQ(reader_.processIdentifier(), desk_->browser().pid());
+  EXPECT_EQ(reader_.text(reader_.button(), "AXRole"), "AXButton");
+  EXPECT_EQ(reader_.text(reader_.button(), "AXHelp"), "Mute");
+  EXPECT_EQ(reader_.text(reader_.button(), "AXTitle"), std::nullopt);
+  for (const char* label : {muted, live, muted}) {
+    EXPECT_EQ(reader_.press(), accessibility::success);
+    EXPECT_EQ(reader_.read(), label);
+  }
+  EXPECT_TRUE(meeting->isMuted());
+  EXPECT_THAT(meeting->presses(), SizeIs(3));
+  meeting->close();
+}
+
+TEST_F(AtspiMeeting, CheckBoxAndToggleButtonAreRecognisedAndPressed) {
+  const std::pair<MeetingPage::Control, const char*> kinds[] = {
+      {MeetingPage::Control::CheckBox, "AXCheckBox"},
+      {MeetingPage::Control::ToggleButton, "AXButton"}};
+  for (const auto& [control, role] : kinds) {
+    MeetingPage::Options options;
+    options.microphone = control;
+    const auto meeting = meet(options);
+    ASSERT_TRUE(reads(live)) << role;
+    EXPECT_EQ(reader_.text(reader_.button(), "AXRole"), role);
+    EXPECT_EQ(reader_.press(), accessibility::success);
+    EXPECT_TRUE(reads(muted));
+    EXPECT_TRUE(meeting->isMuted());
+    meeting->close();
+    ASSERT_TRUE(reads(TeamsReader::notRunning)) << role;
+  }
+}
+
+TEST_F(AtspiMeeting, NothingOfOtherPagesOrOfTheBrowserItselfIsPresented) {
+  const auto player = open(rehearsal::Browser::pageUrl("decoy.html"));
+  const auto meeting = meet();
+  const auto behind = open(titled("Song", "<button aria-label='Mute mic'>x</button>"));
+  ASSERT_TRUE(reads(live));
+  EXPECT_THAT(reader_.controls(),
+              ElementsAre("People", "Mute all participants", "Turn camera on (Ctrl+Shift+O)", live,
+                          "Leave (Ctrl+Shift+H)"));
+  EXPECT_EQ(reader_.press(), accessibility::success);
+  meeting->waitForMuted(true);
+  EXPECT_EQ(player->evaluate("decoy.presses").get<int>(), 0);
+  player->close();
+  behind->close();
+  meeting->close();
+}
+
+TEST_F(AtspiMeeting, BrowserWithoutAMeetingIsNotTeams) {
+  const auto player = open(rehearsal::Browser::pageUrl("decoy.html"));
+  EXPECT_EQ(reader_.read(), TeamsReader::notRunning);
+  player->close();
+}
+
+TEST_F(AtspiMeeting, PageThatOnlyHasTheTitleDoesNotHideTheMeeting) {
+  const auto advertisement =
+      open(titled("Meetings and calls | Microsoft Teams", "<button aria-label='Buy'>x</button>"));
+  ASSERT_TRUE(reads(TeamsReader::noMeeting));
+  const auto meeting = meet();
+  ASSERT_TRUE(reads(live));
+  EXPECT_EQ(reader_.press(), accessibility::success);
+  EXPECT_TRUE(meeting->isMuted());
+  advertisement->close();
+  meeting->close();
+}
+
+TEST_F(AtspiMeeting, MeetingInATabBehindIsStillReadAndPressed) {
+  const auto meeting = meet();
+  ASSERT_TRUE(reads(live));
+  const auto front = open(rehearsal::Browser::pageUrl("decoy.html"), WindowKind::Tab);
+  ASSERT_TRUE(holdsWithin([&] { return meeting->page().isHidden(); }, patience));
+  for (const bool wanted : {true, false, true}) {
+    meeting->pressMicrophone();
+    EXPECT_TRUE(reads(wanted ? muted : live));
+  }
+  EXPECT_EQ(reader_.press(), accessibility::success);
+  EXPECT_TRUE(reads(live));
+  EXPECT_FALSE(meeting->isMuted());
+  // Also found anew: the document is remembered, not only the button.
+  TeamsReader another(tree_, tree_.workspace());
+  EXPECT_EQ(another.read(), live);
+  front->close();
+  meeting->close();
+}
+
+TEST_F(AtspiMeeting, ReloadMakesTheButtonInvalidAndItIsFoundAgain) {
+  const auto meeting = meet();
+  ASSERT_TRUE(reads(live));
+  const auto before = reader_.button();
+  meeting->page().evaluate("location.reload()");
+  ASSERT_TRUE(
+      holdsWithin([&] { return reader_.read() == live && reader_.button() != before; }, patience));
+  AttributeValue value;
+  EXPECT_EQ(tree_.copyAttributeValue(before, "AXRole", value), accessibility::invalidElement);
+  EXPECT_EQ(tree_.performAction(before, "AXPress"), accessibility::invalidElement);
+  EXPECT_EQ(reader_.press(), accessibility::success);
+  EXPECT_TRUE(reads(muted));
+  meeting->close();
+}
+
+TEST_F(AtspiMeeting, EndOfTheCallAndOfTheMeetingShow) {
+  const auto meeting = meet();
+  ASSERT_TRUE(reads(live));
+  meeting->leaveCall();
+  EXPECT_TRUE(reads(TeamsReader::noMeeting));
+  meeting->joinCall();
+  EXPECT_TRUE(reads(live));
+  meeting->close();
+  EXPECT_TRUE(reads(TeamsReader::notRunning));
+}
+
+TEST_F(AtspiMeeting, PressThatChangesNothingIsStillAPress) {
+  MeetingPage::Options options;
+  options.stuck = true;
+  const auto meeting = meet(options);
+  ASSERT_TRUE(reads(live));
+  EXPECT_EQ(reader_.press(), accessibility::success);
+  EXPECT_TRUE(reads(live));
+  EXPECT_THAT(meeting->presses(), SizeIs(1));
+  meeting->close();
+}
+
+TEST_F(AtspiMeeting, PollWithTheKnownButtonTakesAtMostTwelveCalls) {
+  const auto meeting = meet();
+  ASSERT_TRUE(reads(live));
+  const auto before = tree_.callCount();
+  EXPECT_EQ(reader_.read(), live);
+  EXPECT_LE(tree_.callCount() - before, 12U);
+  EXPECT_EQ(reader_.visits(), 0);
+  meeting->close();
+}
+
+TEST_F(AtspiMeeting, FortyThousandElementsCostNoMoreCallsThanFew) {
+  MeetingPage::Options options;
+  options.extraElements = 40'000;
+  const auto meeting = meet(options);
+  ASSERT_TRUE(reads(live));
+  // A new reader has to search and walk again.
+  TeamsReader another(tree_, tree_.workspace());
+  const auto beforeWalk = tree_.callCount();
+  EXPECT_EQ(another.read(), live);
+  // A walk of the page would take tens of thousands.
+  EXPECT_LE(tree_.callCount() - beforeWalk, 40U);
+  EXPECT_LT(another.visits(), 10);
+  const auto beforePoll = tree_.callCount();
+  EXPECT_EQ(another.read(), live);
+  EXPECT_LE(tree_.callCount() - beforePoll, 12U);
+  EXPECT_EQ(another.press(), accessibility::success);
+  EXPECT_EQ(another.read(), muted);
+  meeting->close();
+}
+
+TEST_F(AtspiMeeting, SeveralTreesFollowOneAnother) {
+  const auto meeting = meet();
+  for (int i = 0; i < 3; ++i) {
+    AtspiAccessibilityTree tree;
+    TeamsReader reader(tree, tree.workspace());
+    ASSERT_TRUE(holdsWithin([&] { return reader.read() == live; }, patience));
+  }
+  meeting->close();
+}
+
+TEST_F(AtspiMeeting, ElementsOfAnotherTreeAreInvalid) {
+  const auto meeting = meet();
+  ASSERT_TRUE(reads(live));
+  AccessibilityElementRef ofAnother;
+  {
+    AtspiAccessibilityTree another;
+    ofAnother = another.createApplication(reader_.processIdentifier());
+    AttributeValue value;
+    EXPECT_EQ(another.copyAttributeValue(reader_.button(), "AXRole", value),
+              accessibility::invalidElement);
+    EXPECT_EQ(another.performAction(reader_.button(), "AXPress"), accessibility::invalidElement);
+  }
+  AttributeValue value;
+  EXPECT_EQ(tree_.copyAttributeValue(ofAnother, "AXRole", value), accessibility::invalidElement);
+  EXPECT_EQ(tree_.setMessagingTimeout(ofAnother, 1), accessibility::invalidElement);
+  EXPECT_EQ(tree_.setAttributeValue(ofAnother, "AXManualAccessibility", true),
+            accessibility::invalidElement);
+  EXPECT_FALSE(meeting->isMuted());
+  meeting->close();
+}
+
+}  // namespace
+}  // namespace hushbox

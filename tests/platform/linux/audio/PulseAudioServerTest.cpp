@@ -1,0 +1,166 @@
+#include <chrono>
+#include <cstdlib>
+
+#include "tests/platform/linux/fixtures/PulseAudioFixture.h"
+
+namespace hushbox {
+namespace {
+
+using namespace std::chrono_literals;
+using rehearsal::holdsWithin;
+using testing::Contains;
+using testing::IsEmpty;
+
+using Clock = std::chrono::steady_clock;
+
+// What no step of ours takes unless it waits for the server, with room for a loaded machine;
+// libpulse would wait for 30 s.
+constexpr auto atOnce = 3s;
+
+class PulseAudioServerTest : public PulseAudioFixture {
+ protected:
+  /// How long a step keeps the main loop from turning.
+  template <typename Step>
+  static Clock::duration timeOf(Step step) {
+    const auto before = Clock::now();
+    step();
+    return Clock::now() - before;
+  }
+
+  /// How many times the loop wakes up within a second.
+  static int wakeUpsInASecond() {
+    bool over = false;
+    g_timeout_add(
+        1000,
+        [](gpointer flag) -> gboolean {
+          *static_cast<bool*>(flag) = true;
+          return G_SOURCE_REMOVE;
+        },
+        &over);
+    int wakeUps = 0;
+    while (!over) {
+      g_main_context_iteration(nullptr, TRUE);
+      ++wakeUps;
+    }
+    return wakeUps - 1;
+  }
+};
+
+TEST_P(PulseAudioServerTest, DevicesGoWithTheServerAndComeBackAsOthers) {
+  const AudioObjectID first = start();
+  recordLists();
+  recordVolumes(first);
+  server_->kill();
+  eventually([&] { return devices().empty(); });
+  EXPECT_THAT(lists_, Contains(IsEmpty()));
+  EXPECT_EQ(volumeOf(first), std::nullopt);
+  EXPECT_EQ(write(first, 0.5F), audio::hardwareNotRunning);
+  EXPECT_TRUE(hardware_->hasProperty(audio::systemObject, audio::deviceList));
+
+  lists_.clear();
+  server_->restart();
+  eventually([&] { return find("Jabra Speak2 75") != 0; });
+  const AudioObjectID second = find("Jabra Speak2 75");
+  EXPECT_NE(second, first);
+  EXPECT_EQ(volumeOf(first), std::nullopt);
+  ASSERT_FALSE(lists_.empty());
+  EXPECT_THAT(lists_.back(), Contains("Jabra Speak2 75"));
+  EXPECT_THAT(volumes_, IsEmpty());
+
+  EXPECT_EQ(write(second, 0.5F), audio::noError);
+  eventually([&] { return volumeOf(second) == 0.5F; });
+}
+
+TEST_P(PulseAudioServerTest, SurvivesCrashAfterCrash) {
+  AudioObjectID last = start();
+  for (int crash = 0; crash < 3; ++crash) {
+    server_->restart();
+    eventually([&] {
+      const AudioObjectID now = find("Jabra Speak2 75");
+      return now != 0 && now != last;
+    });
+    last = find("Jabra Speak2 75");
+  }
+}
+
+TEST_P(PulseAudioServerTest, ServerThatComesAfterTheStartIsFound) {
+  server_->kill();
+  EXPECT_LT(timeOf([&] { hardware_ = std::make_unique<PulseAudioHardware>(); }), atOnce);
+  EXPECT_THAT(devices(), IsEmpty());
+  recordLists();
+  server_->restart();
+  eventually([&] { return find("Jabra Speak2 75") != 0; });
+  EXPECT_FALSE(lists_.empty());
+}
+
+TEST_P(PulseAudioServerTest, FrozenServerHoldsNothingUp) {
+  const AudioObjectID device = start();
+  recordVolumes(device);
+  server_->freeze();
+  EXPECT_LT(timeOf([&] {
+              EXPECT_EQ(volumeOf(device), 1.0F);
+              EXPECT_EQ(isRunning(device), false);
+              EXPECT_EQ(nameOf(device), "Jabra Speak2 75");
+              EXPECT_EQ(write(device, 0.5F), audio::noError);
+            }),
+            atOnce);
+  EXPECT_LT(timeOf([] { rehearsal::letPass(100ms); }), 100ms + atOnce);
+  EXPECT_EQ(volumeOf(device), 1.0F);
+  server_->thaw();
+  eventually([&] { return volumeOf(device) == 0.5F; });
+  EXPECT_THAT(volumes_, testing::ElementsAre(0.5F));
+}
+
+TEST_P(PulseAudioServerTest, ServerThatIsFrozenAtTheStartIsWaitedForOnlySoLong) {
+  server_->freeze();
+  const auto time = timeOf([&] { hardware_ = std::make_unique<PulseAudioHardware>(); });
+  EXPECT_GE(time, PulseAudioHardware::startPatience);
+  EXPECT_LT(time, PulseAudioHardware::startPatience + atOnce);
+  EXPECT_THAT(devices(), IsEmpty());
+  recordLists();
+  server_->thaw();
+  eventually([&] { return find("Jabra Speak2 75") != 0; });
+  EXPECT_FALSE(lists_.empty());
+}
+
+TEST_P(PulseAudioServerTest, NothingWakesTheLoopWhileNothingHappens) {
+  start();
+  // Whatever the plugging in has stirred up, the suspension of idle devices too, dies down first.
+  int quietSeconds = 0;
+  for (int second = 0; quietSeconds < 3 && second < 20; ++second) {
+    quietSeconds = wakeUpsInASecond() == 0 ? quietSeconds + 1 : 0;
+  }
+  EXPECT_EQ(quietSeconds, 3);
+}
+
+TEST_P(PulseAudioServerTest, ListenerMayEndTheAdapterAsTheServerGoes) {
+  start();
+  hardware_->addPropertyListener(audio::systemObject, audio::deviceList,
+                                 [this] { hardware_.reset(); });
+  server_->kill();
+  eventually([&] { return hardware_ == nullptr; });
+  rehearsal::letPass(2 * PulseConnection::firstDelay);
+}
+
+TEST_P(PulseAudioServerTest, ListenerMayEndTheAdapterAsTheServerReturns) {
+  server_->kill();
+  hardware_ = std::make_unique<PulseAudioHardware>();
+  hardware_->addPropertyListener(audio::systemObject, audio::deviceList,
+                                 [this] { hardware_.reset(); });
+  server_->restart();
+  eventually([&] { return hardware_ == nullptr; });
+  settle();
+}
+
+TEST_P(PulseAudioServerTest, EndsBetweenTwoAttempts) {
+  start();
+  server_->kill();
+  eventually([&] { return devices().empty(); });
+  hardware_.reset();
+  rehearsal::letPass(2 * PulseConnection::firstDelay);
+}
+
+HUSHBOX_ON_BOTH_AUDIO_SERVERS(PulseAudioServerTest);
+
+}  // namespace
+}  // namespace hushbox

@@ -1,0 +1,310 @@
+#include <pulse/pulseaudio.h>
+
+#include <atomic>
+#include <cmath>
+#include <limits>
+#include <mutex>
+#include <thread>
+
+#include "tests/platform/linux/fixtures/PulseAudioFixture.h"
+
+namespace hushbox {
+namespace {
+
+using rehearsal::AudioClient;
+using rehearsal::Milliseconds;
+using testing::ElementsAre;
+using testing::FloatNear;
+using testing::IsEmpty;
+
+// A level is kept in steps of 1/65536.
+constexpr float step = 1.0F / PA_VOLUME_NORM;
+
+class PulseAudioVolumeTest : public PulseAudioFixture {
+ protected:
+  void eventuallyAt(AudioObjectID device, float volume) {
+    eventually([&] { return std::abs(volumeOf(device).value_or(-1) - volume) <= step; });
+  }
+  static std::string address() { return session_->environment().at("PULSE_SERVER"); }
+};
+
+TEST_P(PulseAudioVolumeTest, TellsOfAnothersChangeOnceAndReadsIt) {
+  const AudioObjectID device = start();
+  recordVolumes(device);
+  server_->setVolume(0.5);
+  eventuallyAt(device, 0.5F);
+  settle();
+  EXPECT_THAT(volumes_, ElementsAre(0.5F));
+}
+
+TEST_P(PulseAudioVolumeTest, ZeroIsExactlyZero) {
+  const AudioObjectID device = start();
+  recordVolumes(device);
+  EXPECT_EQ(write(device, 0.0F), audio::noError);
+  eventually([&] { return volumeOf(device) == 0.0F; });
+  EXPECT_EQ(server_->volume(), 0.0);
+  EXPECT_FALSE(server_->muteSwitch());
+  EXPECT_THAT(volumes_, ElementsAre(0.0F));
+}
+
+TEST_P(PulseAudioVolumeTest, FaintestLevelIsNotZero) {
+  const AudioObjectID device = start();
+  write(device, std::numeric_limits<float>::denorm_min());
+  eventually([&] { return volumeOf(device) < 0.5F; });
+  EXPECT_GT(volumeOf(device), 0.0F);
+}
+
+TEST_P(PulseAudioVolumeTest, WrittenLevelIsReadWhenTheServerHasConfirmedIt) {
+  const AudioObjectID device = start();
+  recordVolumes(device);
+  EXPECT_EQ(write(device, 0.6F), audio::noError);
+  EXPECT_EQ(volumeOf(device), 1.0F);
+  eventuallyAt(device, 0.6F);
+  EXPECT_NEAR(server_->volume(), 0.6, step);
+  settle();
+  EXPECT_THAT(volumes_, ElementsAre(FloatNear(0.6F, step)));
+}
+
+TEST_P(PulseAudioVolumeTest, LevelsOutOfRangeCountAsTheNearestInIt) {
+  const AudioObjectID device = start();
+  EXPECT_EQ(write(device, -1.0F), audio::noError);
+  eventually([&] { return volumeOf(device) == 0.0F; });
+  EXPECT_EQ(write(device, 7.0F), audio::noError);
+  eventually([&] { return volumeOf(device) == 1.0F; });
+  EXPECT_EQ(server_->volume(), 1.0);
+  EXPECT_EQ(write(device, std::numeric_limits<float>::quiet_NaN()), audio::unsupportedOperation);
+}
+
+TEST_P(PulseAudioVolumeTest, SameLevelAgainTellsNobody) {
+  const AudioObjectID device = start();
+  write(device, 0.5F);
+  eventuallyAt(device, 0.5F);
+  recordVolumes(device);
+  write(device, 0.5F);
+  server_->setVolume(0.5);
+  settle();
+  EXPECT_THAT(volumes_, IsEmpty());
+}
+
+TEST_P(PulseAudioVolumeTest, MuteSwitchReadsAsZeroAndBack) {
+  const AudioObjectID device = start();
+  server_->setVolume(0.75);
+  eventuallyAt(device, 0.75F);
+  recordVolumes(device);
+  server_->setMuteSwitch(true);
+  eventually([&] { return volumeOf(device) == 0.0F; });
+  server_->setMuteSwitch(false);
+  eventuallyAt(device, 0.75F);
+  EXPECT_THAT(volumes_, ElementsAre(0.0F, 0.75F));
+}
+
+TEST_P(PulseAudioVolumeTest, VolumeThatMovesBehindTheMuteSwitchTellsNobody) {
+  const AudioObjectID device = start();
+  server_->setMuteSwitch(true);
+  eventually([&] { return volumeOf(device) == 0.0F; });
+  recordVolumes(device);
+  server_->setVolume(0.5);
+  server_->setVolume(0.0);
+  settle();
+  server_->setMuteSwitch(false);
+  settle();
+  EXPECT_THAT(volumes_, IsEmpty());
+}
+
+TEST_P(PulseAudioVolumeTest, WritingALevelOpensTheMuteSwitchInOneChange) {
+  const AudioObjectID device = start();
+  server_->setMuteSwitch(true);
+  eventually([&] { return volumeOf(device) == 0.0F; });
+  recordVolumes(device);
+  write(device, 0.5F);
+  eventuallyAt(device, 0.5F);
+  EXPECT_FALSE(server_->muteSwitch());
+  settle();
+  EXPECT_THAT(volumes_, ElementsAre(0.5F));
+}
+
+TEST_P(PulseAudioVolumeTest, WritingZeroLeavesAClosedMuteSwitchClosed) {
+  const AudioObjectID device = start();
+  server_->setMuteSwitch(true);
+  eventually([&] { return volumeOf(device) == 0.0F; });
+  write(device, 0.0F);
+  eventually([&] { return server_->volume() == 0.0; });
+  EXPECT_TRUE(server_->muteSwitch());
+}
+
+TEST_P(PulseAudioVolumeTest, AboveFullVolumeReadsAsFull) {
+  const AudioObjectID device = start();
+  recordVolumes(device);
+  server_->setVolume(1.25);
+  server_->setVolume(1.5);
+  settle();
+  EXPECT_EQ(volumeOf(device), 1.0F);
+  EXPECT_THAT(volumes_, IsEmpty());
+}
+
+/// A headset with two channels, and their volumes as another program sees them.
+class StereoHeadset {
+ public:
+  StereoHeadset(const std::string& address, rehearsal::AudioFlavour flavour)
+      : client_(address, "Mixer"),
+        module_(flavour == rehearsal::AudioFlavour::PulseAudio
+                    ? client_.loadModule("module-null-source",
+                                         "channels=2 source_name=stereo description=Stereo")
+                    : client_.loadModule("module-null-sink",
+                                         "media.class=Audio/Source/Virtual channels=2 "
+                                         "sink_name=stereo "
+                                         "sink_properties=device.description=Stereo")) {}
+  ~StereoHeadset() { client_.unloadModule(module_); }
+  StereoHeadset(const StereoHeadset&) = delete;
+  StereoHeadset& operator=(const StereoHeadset&) = delete;
+
+  void setVolumes(pa_volume_t left, pa_volume_t right) {
+    pa_cvolume volume{};
+    volume.channels = 2;
+    volume.values[0] = left;
+    volume.values[1] = right;
+    const AudioClient::Lock lock(client_);
+    pa_operation_unref(pa_context_set_source_volume_by_name(client_.context(), "stereo", &volume,
+                                                            nullptr, nullptr));
+  }
+
+  /// Asks again and again until the channels are there, within a step.
+  bool reaches(pa_volume_t left, pa_volume_t right) {
+    return rehearsal::holdsWithin(
+        [&] {
+          ask();
+          const std::lock_guard guard(mutex_);
+          return volume_.channels == 2 && near(volume_.values[0], left) &&
+                 near(volume_.values[1], right);
+        },
+        rehearsal::patience);
+  }
+
+ private:
+  static bool near(pa_volume_t a, pa_volume_t b) { return a <= b + 1 && b <= a + 1; }
+  void ask() {
+    const AudioClient::Lock lock(client_);
+    pa_operation_unref(
+        pa_context_get_source_info_by_name(client_.context(), "stereo", answer, this));
+  }
+  static void answer(pa_context*, const pa_source_info* info, int last, void* self) {
+    if (last != 0) return;
+    auto& headset = *static_cast<StereoHeadset*>(self);
+    const std::lock_guard guard(headset.mutex_);
+    headset.volume_ = info->volume;
+  }
+
+  std::mutex mutex_;
+  pa_cvolume volume_{};
+  AudioClient client_;
+  std::uint32_t module_;
+};
+
+TEST_P(PulseAudioVolumeTest, ChannelsKeepTheirBalanceThroughLevelsAndSilence) {
+  StereoHeadset headset(address(), GetParam());
+  start();
+  eventually([&] { return find("Stereo") != 0; });
+  const AudioObjectID device = find("Stereo");
+  headset.setVolumes(40000, 20000);
+  eventuallyAt(device, 40000 * step);
+
+  write(device, 20000 * step);
+  EXPECT_TRUE(headset.reaches(20000, 10000));
+  eventuallyAt(device, 20000 * step);
+  write(device, 0.0F);
+  EXPECT_TRUE(headset.reaches(0, 0));
+  eventually([&] { return volumeOf(device) == 0.0F; });
+  write(device, 40000 * step);
+  EXPECT_TRUE(headset.reaches(40000, 20000));
+}
+
+/// Drops of the volume that another program puts back. A loaded machine may hold our loop up for
+/// longer than a drop lasts, so a few of many have to be seen, not every one.
+class PulseAudioBounceTest : public PulseAudioVolumeTest {
+ protected:
+  static constexpr int wanted = 5;
+  static constexpr int limit = 100;
+
+  void SetUp() override {
+    PulseAudioVolumeTest::SetUp();
+    server_->observer().clear();
+    device_ = start();
+    write(device_, 0.75F);
+    eventuallyAt(device_, 0.75F);
+    server_->observer().waitForVolume(0.75);
+    recordVolumes(device_);
+  }
+
+  /// Lets a thread that stands for another program do its work while our loop runs.
+  static void meanwhile(const std::function<void()>& work) {
+    std::atomic<bool> done = false;
+    std::thread other([&] {
+      work();
+      done = true;
+      rehearsal::wakeWaiters();
+    });
+    eventually([&] { return done.load(); });
+    other.join();
+  }
+
+  /// Drops the volume again and again, for so long each time, until enough of it has been seen.
+  bool areSeen(Milliseconds duration) {
+    AudioClient client(address(), "Meeting");
+    for (int drop = 0; drop < limit && seen() < wanted; ++drop) {
+      meanwhile([&] {
+        client.setVolume(AudioServer::speakerphoneSource, 0.0);
+        std::this_thread::sleep_for(duration);
+        client.setVolume(AudioServer::speakerphoneSource, 0.75);
+        std::this_thread::sleep_for(duration);
+      });
+      eventuallyAt(device_, 0.75F);
+    }
+    return seen() >= wanted;
+  }
+
+  int seen() const { return static_cast<int>(std::ranges::count(volumes_, 0.0F)); }
+
+  AudioObjectID device_ = 0;
+};
+
+TEST_P(PulseAudioBounceTest, DropsOfAHundredMillisecondsAreSeen) {
+  EXPECT_TRUE(areSeen(Milliseconds{100}));
+}
+
+TEST_P(PulseAudioBounceTest, DropsOfTwentyMillisecondsAreSeen) {
+  EXPECT_TRUE(areSeen(Milliseconds{20}));
+}
+
+TEST_P(PulseAudioBounceTest, DropsOfFiveMillisecondsAreSeen) {
+  EXPECT_TRUE(areSeen(Milliseconds{5}));
+}
+
+TEST_P(PulseAudioBounceTest, DropsThatAProgramUndoesAsSoonAsItLearnsOfThemAreSeen) {
+  AudioClient host(address(), "Meeting");
+  std::atomic<int> undone = 0;
+  server_->observer().onVolumeChanged([&](const rehearsal::VolumeChange& change) {
+    if (change.volume == 0.0) {
+      host.setVolume(AudioServer::speakerphoneSource, 0.75);
+    } else {
+      ++undone;
+    }
+  });
+  for (int drop = 1; drop <= limit && seen() < wanted; ++drop) {
+    const int before = undone;
+    meanwhile([&] { server_->setVolume(0.0); });
+    // The host itself may miss a drop that comes on the heels of the last change.
+    if (!rehearsal::holdsWithin([&] { return undone > before; }, Milliseconds{1000})) {
+      meanwhile([&] { server_->setVolume(0.75); });
+    }
+    eventuallyAt(device_, 0.75F);
+  }
+  server_->observer().onVolumeChanged({});
+  EXPECT_GE(seen(), wanted);
+}
+
+HUSHBOX_ON_BOTH_AUDIO_SERVERS(PulseAudioBounceTest);
+
+HUSHBOX_ON_BOTH_AUDIO_SERVERS(PulseAudioVolumeTest);
+
+}  // namespace
+}  // namespace hushbox

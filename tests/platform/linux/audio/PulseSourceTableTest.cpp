@@ -1,0 +1,329 @@
+#include "platform/linux/audio/PulseSourceTable.h"
+
+#include <gmock/gmock.h>
+#include <pulse/proplist.h>
+
+#include <memory>
+#include <set>
+
+namespace hushbox {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr AudioProperty listChange{audio::systemObject, audio::deviceList};
+constexpr const char* usbName = "alsa_input.usb-Jabra_Speak2_75";
+
+pa_cvolume volumeOf(std::initializer_list<pa_volume_t> channels) {
+  pa_cvolume volume{};
+  for (const pa_volume_t channel : channels) volume.values[volume.channels++] = channel;
+  return volume;
+}
+
+pa_source_info sourceInfo(std::uint32_t index, const char* name, const char* description) {
+  pa_source_info info{};
+  info.index = index;
+  info.name = name;
+  info.description = description;
+  info.monitor_of_sink = PA_INVALID_INDEX;
+  info.volume = volumeOf({PA_VOLUME_NORM});
+  return info;
+}
+
+pa_source_output_info streamInfo(std::uint32_t index, std::uint32_t source) {
+  pa_source_output_info info{};
+  info.index = index;
+  info.source = source;
+  info.name = "Meeting";
+  return info;
+}
+
+class PulseSourceTableTest : public testing::Test {
+ protected:
+  const PulseSourceTable::Source& only() const {
+    EXPECT_THAT(table_.sources(), SizeIs(1));
+    return table_.sources().front();
+  }
+  void plug() { table_.setSource(info_); }
+
+  PulseSourceTable table_;
+  pa_source_info info_ = sourceInfo(7, usbName, "Jabra Speak2 75");
+};
+
+TEST_F(PulseSourceTableTest, SourceIsADeviceUnderItsDescription) {
+  EXPECT_THAT(table_.setSource(info_), ElementsAre(listChange));
+  EXPECT_EQ(only().name, "Jabra Speak2 75");
+  EXPECT_EQ(table_.find(only().id), &only());
+  EXPECT_EQ(table_.find(audio::systemObject), nullptr);
+}
+
+TEST_F(PulseSourceTableTest, MonitorOfASinkIsNoDevice) {
+  info_.monitor_of_sink = 0;
+  EXPECT_THAT(table_.setSource(info_), IsEmpty());
+  EXPECT_THAT(table_.sources(), IsEmpty());
+}
+
+TEST_F(PulseSourceTableTest, SourceThatIsNotDescribedInFullIsNoDeviceYet) {
+  info_.volume = volumeOf({});
+  EXPECT_THAT(table_.setSource(info_), IsEmpty());
+  EXPECT_THAT(table_.sources(), IsEmpty());
+
+  info_.volume = volumeOf({PA_VOLUME_NORM});
+  plug();
+  info_.volume = volumeOf({});
+  EXPECT_THAT(table_.setSource(info_), IsEmpty());
+  EXPECT_EQ(only().inputVolume(), 1.0F);
+}
+
+TEST_F(PulseSourceTableTest, ListKeepsTheOrderInWhichTheSourcesCame) {
+  const auto second = sourceInfo(3, "alsa_input.pci", "Built-in");
+  plug();
+  table_.setSource(second);
+  info_.mute = 1;
+  plug();
+  ASSERT_THAT(table_.sources(), SizeIs(2));
+  EXPECT_EQ(table_.sources()[0].name, "Jabra Speak2 75");
+  EXPECT_EQ(table_.sources()[1].name, "Built-in");
+}
+
+TEST_F(PulseSourceTableTest, IdentifierIsNeverHandedOutTwice) {
+  std::set<AudioObjectID> seen;
+  for (int cycle = 0; cycle < 1000; ++cycle) {
+    plug();
+    EXPECT_GT(only().id, audio::systemObject);
+    EXPECT_TRUE(seen.insert(only().id).second);
+    EXPECT_THAT(table_.removeSource(info_.index), ElementsAre(listChange));
+  }
+  PulseSourceTable another;
+  another.setSource(info_);
+  EXPECT_FALSE(seen.contains(another.sources().front().id));
+}
+
+TEST_F(PulseSourceTableTest, SourceKeepsItsIdentifierWhateverChangesAboutIt) {
+  plug();
+  const AudioObjectID id = only().id;
+  info_.description = "Speakerphone";
+  info_.volume = volumeOf({0});
+  info_.mute = 1;
+  EXPECT_THAT(table_.setSource(info_), ElementsAre(AudioProperty{id, audio::deviceName}, listChange,
+                                                   AudioProperty{id, audio::inputVolume}));
+  EXPECT_EQ(only().id, id);
+  EXPECT_EQ(only().name, "Speakerphone");
+}
+
+TEST_F(PulseSourceTableTest, AnotherSourceUnderAUsedIndexIsAnotherDevice) {
+  plug();
+  const AudioObjectID id = only().id;
+  info_.name = "alsa_input.pci";
+  EXPECT_THAT(table_.setSource(info_), ElementsAre(listChange));
+  EXPECT_NE(only().id, id);
+}
+
+TEST_F(PulseSourceTableTest, SourcesOfOneNameAreTwoDevices) {
+  plug();
+  table_.setSource(sourceInfo(8, "alsa_input.usb-Jabra_Speak2_75.2", "Jabra Speak2 75"));
+  ASSERT_THAT(table_.sources(), SizeIs(2));
+  EXPECT_NE(table_.sources()[0].id, table_.sources()[1].id);
+}
+
+TEST_F(PulseSourceTableTest, NameThatIsNoUtf8IsMadeSo) {
+  info_.description = "Jabra \xFF Speak";
+  plug();
+  EXPECT_EQ(only().name, "Jabra \xEF\xBF\xBD Speak");
+}
+
+TEST_F(PulseSourceTableTest, SourceWithoutADescriptionGoesByItsOwnName) {
+  info_.description = nullptr;
+  plug();
+  EXPECT_EQ(only().name, usbName);
+}
+
+TEST_F(PulseSourceTableTest, InputVolumeIsTheLoudestChannelUpToFull) {
+  info_.volume = volumeOf({PA_VOLUME_NORM / 4, PA_VOLUME_NORM / 2});
+  plug();
+  EXPECT_EQ(only().inputVolume(), 0.5F);
+  info_.volume = volumeOf({2 * PA_VOLUME_NORM});
+  plug();
+  EXPECT_EQ(only().inputVolume(), 1.0F);
+}
+
+TEST_F(PulseSourceTableTest, InputVolumeIsZeroOnlyWhenNothingComesThrough) {
+  info_.volume = volumeOf({0, 1});
+  plug();
+  EXPECT_GT(only().inputVolume(), 0.0F);
+  info_.mute = 1;
+  plug();
+  EXPECT_EQ(only().inputVolume(), 0.0F);
+  info_.mute = 0;
+  info_.volume = volumeOf({0, 0});
+  plug();
+  EXPECT_EQ(only().inputVolume(), 0.0F);
+}
+
+TEST_F(PulseSourceTableTest, NothingChangesUnlessTheValueReadDoes) {
+  plug();
+  EXPECT_THAT(table_.setSource(info_), IsEmpty());
+  info_.volume = volumeOf({PA_VOLUME_NORM + 1000});
+  EXPECT_THAT(table_.setSource(info_), IsEmpty());
+
+  info_.mute = 1;
+  EXPECT_THAT(table_.setSource(info_), SizeIs(1));
+  info_.volume = volumeOf({PA_VOLUME_NORM / 2});
+  EXPECT_THAT(table_.setSource(info_), IsEmpty());
+  info_.volume = volumeOf({0});
+  EXPECT_THAT(table_.setSource(info_), IsEmpty());
+  info_.mute = 0;
+  EXPECT_THAT(table_.setSource(info_), IsEmpty());
+}
+
+TEST_F(PulseSourceTableTest, BalanceSurvivesALevelAndASilence) {
+  info_.volume = volumeOf({40000, 20000});
+  plug();
+  const pa_cvolume halved = only().volumeFor(20000.0F / PA_VOLUME_NORM);
+  EXPECT_TRUE(pa_cvolume_equal(&halved, &(info_.volume = volumeOf({20000, 10000}))));
+
+  info_.volume = volumeOf({0, 0});
+  plug();
+  const pa_cvolume restored = only().volumeFor(40000.0F / PA_VOLUME_NORM);
+  EXPECT_TRUE(pa_cvolume_equal(&restored, &(info_.volume = volumeOf({40000, 20000}))));
+}
+
+TEST_F(PulseSourceTableTest, OnlyLevelZeroIsSilent) {
+  plug();
+  EXPECT_TRUE(pa_cvolume_is_muted(std::make_unique<pa_cvolume>(only().volumeFor(0.0F)).get()));
+  const pa_cvolume faint = only().volumeFor(1e-9F);
+  EXPECT_EQ(pa_cvolume_max(&faint), 1U);
+  const pa_cvolume full = only().volumeFor(1.0F);
+  EXPECT_EQ(pa_cvolume_max(&full), PA_VOLUME_NORM);
+}
+
+TEST_F(PulseSourceTableTest, SilentSinceItsFirstMomentItGetsEvenChannels) {
+  info_.volume = volumeOf({0, 0});
+  plug();
+  const pa_cvolume volume = only().volumeFor(1.0F);
+  EXPECT_TRUE(pa_cvolume_channels_equal_to(&volume, PA_VOLUME_NORM));
+}
+
+TEST_F(PulseSourceTableTest, RunsFromTheFirstStreamToTheLast) {
+  plug();
+  const AudioProperty change{only().id, audio::runningSomewhere};
+  EXPECT_FALSE(only().running);
+  EXPECT_THAT(table_.setStream(streamInfo(1, 7)), ElementsAre(change));
+  EXPECT_TRUE(only().running);
+  EXPECT_THAT(table_.setStream(streamInfo(2, 7)), IsEmpty());
+  EXPECT_THAT(table_.removeStream(1), IsEmpty());
+  EXPECT_THAT(table_.removeStream(2), ElementsAre(change));
+  EXPECT_FALSE(only().running);
+}
+
+TEST_F(PulseSourceTableTest, StreamThatWasThereBeforeItsSourceCounts) {
+  table_.setStream(streamInfo(1, 7));
+  plug();
+  EXPECT_TRUE(only().running);
+}
+
+TEST_F(PulseSourceTableTest, StreamCountsForTheSourceThatItIsMovedTo) {
+  plug();
+  table_.setSource(sourceInfo(8, "alsa_input.pci", "Built-in"));
+  const AudioObjectID usb = table_.sources()[0].id;
+  const AudioObjectID builtIn = table_.sources()[1].id;
+  table_.setStream(streamInfo(1, 7));
+  EXPECT_THAT(table_.setStream(streamInfo(1, 8)),
+              ElementsAre(AudioProperty{usb, audio::runningSomewhere},
+                          AudioProperty{builtIn, audio::runningSomewhere}));
+  EXPECT_FALSE(table_.find(usb)->running);
+  EXPECT_TRUE(table_.find(builtIn)->running);
+}
+
+TEST_F(PulseSourceTableTest, PausedStreamDoesNotCount) {
+  plug();
+  auto stream = streamInfo(1, 7);
+  stream.corked = 1;
+  EXPECT_THAT(table_.setStream(stream), IsEmpty());
+  stream.corked = 0;
+  EXPECT_THAT(table_.setStream(stream), SizeIs(1));
+  stream.corked = 1;
+  EXPECT_THAT(table_.setStream(stream), SizeIs(1));
+  EXPECT_FALSE(only().running);
+}
+
+TEST_F(PulseSourceTableTest, StreamThatHasNoSourceYetCountsOnceItHas) {
+  plug();
+  auto stream = streamInfo(1, PA_INVALID_INDEX);
+  EXPECT_THAT(table_.setStream(stream), IsEmpty());
+  stream.source = 7;
+  EXPECT_THAT(table_.setStream(stream), SizeIs(1));
+}
+
+/// One mark by which a level meter is known.
+struct MeterMark {
+  const char* label;
+  const char* resampler;
+  const char* streamName;
+  const char* key;
+  const char* value;
+};
+
+class PulseMeterTest : public testing::TestWithParam<MeterMark> {};
+
+TEST_P(PulseMeterTest, EachMarkAloneTellsAMeterFromARecording) {
+  PulseSourceTable table;
+  table.setSource(sourceInfo(7, usbName, "Jabra Speak2 75"));
+  const std::unique_ptr<pa_proplist, decltype(&pa_proplist_free)> properties(pa_proplist_new(),
+                                                                             pa_proplist_free);
+  auto stream = streamInfo(1, 7);
+  stream.resample_method = GetParam().resampler;
+  stream.name = GetParam().streamName;
+  stream.proplist = properties.get();
+  if (GetParam().key != nullptr) {
+    pa_proplist_sets(stream.proplist, GetParam().key, GetParam().value);
+  }
+  EXPECT_THAT(table.setStream(stream), IsEmpty());
+  EXPECT_FALSE(table.sources().front().running);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , PulseMeterTest,
+    testing::Values(MeterMark{"resampler", "peaks", "Meeting", nullptr, nullptr},
+                    MeterMark{"name", nullptr, "Peak detect", nullptr, nullptr},
+                    MeterMark{"peaks", nullptr, "Meeting", "resample.peaks", "true"},
+                    MeterMark{"monitoring", nullptr, "Meeting", "stream.monitor", "true"},
+                    MeterMark{"mixer", nullptr, "Meeting", PA_PROP_APPLICATION_ID,
+                              "org.PulseAudio.pavucontrol"},
+                    MeterMark{"settings", nullptr, "Meeting", PA_PROP_APPLICATION_ID,
+                              "org.gnome.VolumeControl"}),
+    [](const auto& instance) { return instance.param.label; });
+
+TEST_F(PulseSourceTableTest, OtherPropertiesMakeNoMeter) {
+  plug();
+  const std::unique_ptr<pa_proplist, decltype(&pa_proplist_free)> properties(pa_proplist_new(),
+                                                                             pa_proplist_free);
+  auto stream = streamInfo(1, 7);
+  stream.resample_method = "speex-float-1";
+  stream.proplist = properties.get();
+  pa_proplist_sets(stream.proplist, "stream.monitor", "false");
+  pa_proplist_sets(stream.proplist, PA_PROP_APPLICATION_ID, "com.microsoft.teams");
+  EXPECT_THAT(table_.setStream(stream), SizeIs(1));
+}
+
+TEST_F(PulseSourceTableTest, ForgetsEverythingWithTheServer) {
+  EXPECT_THAT(table_.clear(), IsEmpty());
+  plug();
+  table_.setStream(streamInfo(1, 7));
+  EXPECT_THAT(table_.clear(), ElementsAre(listChange));
+  EXPECT_THAT(table_.sources(), IsEmpty());
+  plug();
+  EXPECT_FALSE(only().running);
+}
+
+TEST_F(PulseSourceTableTest, RemovalOfWhatWasNeverThereChangesNothing) {
+  plug();
+  EXPECT_THAT(table_.removeSource(99), IsEmpty());
+  EXPECT_THAT(table_.removeStream(99), IsEmpty());
+  EXPECT_THAT(table_.sources(), SizeIs(1));
+}
+
+}  // namespace
+}  // namespace hushbox

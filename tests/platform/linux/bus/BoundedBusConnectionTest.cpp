@@ -1,0 +1,277 @@
+#include "platform/linux/bus/BoundedBusConnection.h"
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <string>
+
+#include "rehearsal/AccessibilityBus.h"
+#include "rehearsal/Session.h"
+#include "rehearsal/Waiting.h"
+#include "tests/platform/linux/fixtures/AccessibleProgram.h"
+
+namespace hushbox {
+namespace {
+
+using rehearsal::holdsWithin;
+using rehearsal::patience;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+using Outcome = BusReply::Outcome;
+
+class BoundedBusConnectionTest : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(connection_.open(address_, milliseconds{10'000})); }
+
+  static BusCall role(const AccessibleProgram& program, milliseconds wait) {
+    return {{program.busName(), AccessibleProgram::root},
+            "org.a11y.atspi.Accessible",
+            "GetRole",
+            "(u)",
+            wait,
+            nullptr};
+  }
+  Outcome ask(BusCall call) {
+    std::vector<BusCall> calls;
+    calls.push_back(std::move(call));
+    return connection_.ask(std::move(calls)).front().outcome;
+  }
+
+  /// What holds whichever way the calls go.
+  void expectRepliesInTheOrderOfTheCalls() {
+    other_.put(AccessibleProgram::root, {.role = 7});
+    std::vector<BusCall> calls;
+    for (int i = 0; i < 50; ++i) calls.push_back(role(i % 2 ? other_ : program_, patience));
+    const auto replies = connection_.ask(std::move(calls));
+    ASSERT_EQ(replies.size(), 50U);
+    for (std::size_t i = 0; i < replies.size(); ++i) {
+      ASSERT_TRUE(replies[i]);
+      guint32 found = 0;
+      g_variant_get(replies[i].value.get(), "(u)", &found);
+      EXPECT_EQ(found, i % 2 ? 7U : 75U);
+    }
+    EXPECT_EQ(connection_.callCount(), 50U);
+  }
+  void expectErrorsAndWrongTypesToBeRefusals() {
+    BusCall unknown = role(program_, patience);
+    unknown.method = "NoSuchMethod";
+    EXPECT_EQ(ask(std::move(unknown)), Outcome::refused);
+    program_.answerWith(
+        [](const std::string&, const std::string&) { return g_variant_new("(s)", "text"); });
+    EXPECT_EQ(ask(role(program_, patience)), Outcome::refused);
+  }
+  void expectASilentPeerToBeWaitedForOnceAndAskedAgainWhenItHasAnswered() {
+    program_.freeze();
+    const auto before = steady_clock::now();
+    EXPECT_EQ(ask(role(program_, milliseconds{200})), Outcome::silent);
+    EXPECT_GE(steady_clock::now() - before, milliseconds{200});
+    EXPECT_TRUE(connection_.isSilent(program_.busName()));
+
+    const int callsBefore = callsTo(program_);
+    const auto again = steady_clock::now();
+    for (int i = 0; i < 20; ++i)
+      EXPECT_EQ(ask(role(program_, milliseconds{10'000})), Outcome::silent);
+    EXPECT_LT(steady_clock::now() - again, milliseconds{5'000});
+    EXPECT_EQ(callsTo(program_), callsBefore);
+    EXPECT_EQ(ask(role(other_, patience)), Outcome::answered);
+
+    program_.thaw();
+    EXPECT_TRUE(holdsWithin(
+        [&] {
+          connection_.dispatch();
+          return !connection_.isSilent(program_.busName());
+        },
+        patience));
+    EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
+  }
+  static int callsTo(const AccessibleProgram& program) {
+    return program.calls() + program.straightCalls();
+  }
+
+  rehearsal::Session session_;
+  rehearsal::AccessibilityBus accessibility_{session_};
+  const std::string address_ = accessibility_.address();
+  AccessibleProgram program_{address_, "One", "Toolkit"};
+  AccessibleProgram other_{address_, "Other", "Toolkit"};
+  BoundedBusConnection connection_;
+};
+
+TEST_F(BoundedBusConnectionTest, RepliesComeInTheOrderOfTheCalls) {
+  expectRepliesInTheOrderOfTheCalls();
+}
+
+TEST_F(BoundedBusConnectionTest, SilentPeerIsWaitedForOnceAndAskedAgainWhenItHasAnswered) {
+  expectASilentPeerToBeWaitedForOnceAndAskedAgainWhenItHasAnswered();
+}
+
+TEST_F(BoundedBusConnectionTest, ImpatientCallsDoNotWaitForPatientOnes) {
+  // Both are silent; the batch ends with the longer wait, and not with the sum.
+  program_.freeze();
+  other_.freeze();
+  std::vector<BusCall> calls;
+  calls.push_back(role(program_, milliseconds{300}));
+  calls.push_back(role(other_, milliseconds{100}));
+  const auto before = steady_clock::now();
+  connection_.ask(std::move(calls));
+  EXPECT_GE(steady_clock::now() - before, milliseconds{300});
+  EXPECT_LT(steady_clock::now() - before, milliseconds{5'000});
+}
+
+TEST_F(BoundedBusConnectionTest, WaitEndsWithTheLastOpenCall) {
+  other_.freeze();
+  std::vector<BusCall> calls;
+  calls.push_back(role(program_, milliseconds{60'000}));
+  calls.push_back(role(other_, milliseconds{100}));
+  const auto before = steady_clock::now();
+  const auto replies = connection_.ask(std::move(calls));
+  EXPECT_LT(steady_clock::now() - before, milliseconds{30'000});
+  EXPECT_EQ(replies[0].outcome, Outcome::answered);
+  EXPECT_EQ(replies[1].outcome, Outcome::silent);
+}
+
+TEST_F(BoundedBusConnectionTest, ErrorsAndWrongTypesAreRefusals) {
+  expectErrorsAndWrongTypesToBeRefusals();
+}
+
+TEST_F(BoundedBusConnectionTest, NamesOfNobodyAreGone) {
+  BusCall nobody = role(program_, patience);
+  nobody.object.busName = ":1.99999";
+  EXPECT_EQ(ask(std::move(nobody)), Outcome::gone);
+  BusCall noName = role(program_, patience);
+  noName.object.busName = "not a name";
+  EXPECT_EQ(ask(std::move(noName)), Outcome::gone);
+  BusCall noPath = role(program_, patience);
+  noPath.object.path = "no path";
+  EXPECT_EQ(ask(std::move(noPath)), Outcome::gone);
+}
+
+TEST_F(BoundedBusConnectionTest, MainContextStandsStillMeanwhile) {
+  bool ran = false;
+  GSource* const idle = g_idle_source_new();
+  g_source_set_callback(
+      idle,
+      [](gpointer data) -> gboolean {
+        *static_cast<bool*>(data) = true;
+        return G_SOURCE_REMOVE;
+      },
+      &ran, nullptr);
+  g_source_attach(idle, nullptr);
+  program_.freeze();
+  ask(role(program_, milliseconds{50}));
+  ask(role(other_, patience));
+  connection_.dispatch();
+  EXPECT_FALSE(ran);
+  g_source_destroy(idle);
+  g_source_unref(idle);
+}
+
+TEST_F(BoundedBusConnectionTest, EndOfTheBusClosesItAndItCanBeOpenedAgain) {
+  accessibility_.kill();
+  EXPECT_TRUE(holdsWithin([&] { return !connection_.isOpen(); }, patience));
+  EXPECT_EQ(ask(role(program_, patience)), Outcome::gone);
+  EXPECT_TRUE(connection_.open(accessibility_.address(), milliseconds{10'000}));
+  EXPECT_TRUE(connection_.isOpen());
+}
+
+TEST_F(BoundedBusConnectionTest, SignalsArriveWhenTheyAreHandledAndEndWithTheConnection) {
+  int signals = 0;
+  connection_.subscribe("org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", nullptr,
+                        [&](GVariant*) { ++signals; });
+  ask(role(program_, patience));
+  const int before = signals;
+  AccessibleProgram newcomer(address_, "Newcomer", "Toolkit");
+  EXPECT_EQ(signals, before);
+  EXPECT_TRUE(holdsWithin(
+      [&] {
+        connection_.dispatch();
+        return signals > before;
+      },
+      patience));
+  connection_.close();
+  EXPECT_FALSE(connection_.isOpen());
+}
+
+TEST(AtspiConnectionOpening, FrozenBusIsGivenUpInTime) {
+  rehearsal::Session session;
+  session.bus().freeze();
+  BoundedBusConnection connection;
+  const auto before = steady_clock::now();
+  EXPECT_FALSE(connection.open(session.busAddress(), milliseconds{200}));
+  EXPECT_LT(steady_clock::now() - before, milliseconds{10'000});
+  EXPECT_FALSE(connection.isOpen());
+  session.bus().thaw();
+  EXPECT_TRUE(connection.open(session.busAddress(), milliseconds{10'000}));
+}
+
+TEST(AtspiConnectionOpening, AddressThatLeadsNowhereFails) {
+  BoundedBusConnection connection;
+  EXPECT_FALSE(connection.open("unix:path=/nowhere/at/all", milliseconds{10'000}));
+  EXPECT_FALSE(connection.open("nonsense", milliseconds{10'000}));
+  EXPECT_FALSE(connection.isOpen());
+}
+
+/// With a connection straight to the one program beside the bus's.
+class AtspiStraightTest : public BoundedBusConnectionTest {
+ protected:
+  void SetUp() override {
+    BoundedBusConnectionTest::SetUp();
+    program_.offer(path_);
+    ASSERT_TRUE(connection_.reach(program_.busName(), "unix:path=" + path_, getpid(), patience));
+  }
+
+  const std::string path_ = (session_.folder() / "peer").string();
+};
+
+TEST_F(AtspiStraightTest, RepliesComeInTheOrderOfTheCallsWhicheverWayTheyWent) {
+  expectRepliesInTheOrderOfTheCalls();
+  EXPECT_EQ(program_.straightCalls(), 25);
+}
+
+TEST_F(AtspiStraightTest, ErrorsAndWrongTypesAreRefusals) {
+  expectErrorsAndWrongTypesToBeRefusals();
+}
+
+TEST_F(AtspiStraightTest, SilentPeerIsWaitedForOnceAndAskedAgainWhenItHasAnswered) {
+  expectASilentPeerToBeWaitedForOnceAndAskedAgainWhenItHasAnswered();
+  EXPECT_EQ(program_.straightCalls(), 2);
+}
+
+TEST_F(AtspiStraightTest, LongAnswersAreTakenWhole) {
+  const std::string text(500'000, 'x');
+  program_.answerWith(
+      [&](const std::string&, const std::string&) { return g_variant_new("(s)", text.c_str()); });
+  BusCall call = role(program_, patience);
+  call.replyType = "(s)";
+  std::vector<BusCall> calls;
+  for (int i = 0; i < 3; ++i)
+    calls.push_back({call.object, call.interface, call.method, "(s)", patience, nullptr});
+  for (const BusReply& reply : connection_.ask(std::move(calls))) {
+    ASSERT_TRUE(reply);
+    const char* taken = nullptr;
+    g_variant_get(reply.value.get(), "(&s)", &taken);
+    EXPECT_EQ(taken, text);
+  }
+}
+
+TEST_F(AtspiStraightTest, CallsGoOverTheBusOnceTheConnectionHasEnded) {
+  EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
+  const int straight = program_.straightCalls();
+  EXPECT_EQ(straight, 1);
+  program_.hangUp();
+  // The end may be noticed only by a call that gets no answer.
+  EXPECT_TRUE(
+      holdsWithin([&] { return ask(role(program_, patience)) == Outcome::answered; }, patience));
+  EXPECT_EQ(program_.straightCalls(), straight);
+}
+
+TEST_F(AtspiStraightTest, ConnectionEndsWithTheBus) {
+  connection_.close();
+  EXPECT_EQ(ask(role(program_, patience)), Outcome::gone);
+  ASSERT_TRUE(connection_.open(address_, patience));
+  EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
+  EXPECT_EQ(program_.straightCalls(), 0);
+}
+
+}  // namespace
+}  // namespace hushbox

@@ -1,0 +1,332 @@
+#include "platform/linux/bus/PeerConnection.h"
+
+#include <gmock/gmock.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/linux/accessibility/AtspiAccessibilityTree.h"
+#include "rehearsal/AccessibilityBus.h"
+#include "rehearsal/Session.h"
+#include "rehearsal/Waiting.h"
+#include "tests/platform/linux/fixtures/AccessibleProgram.h"
+#include "tests/platform/linux/fixtures/ScopedEnvironment.h"
+#include "tests/platform/linux/fixtures/TeamsReader.h"
+
+namespace hushbox {
+namespace {
+
+using rehearsal::holdsWithin;
+using rehearsal::patience;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+using testing::ElementsAre;
+
+/// What a loaded machine may add to a time-out.
+constexpr milliseconds slack{1500};
+
+/// Somebody who listens at a socket and does to the first who comes what the test says.
+class Listener {
+ public:
+  using Service = std::function<void(int socket)>;
+
+  Listener(const std::string& path, Service service)
+      : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)), service_(std::move(service)) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(::bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(::listen(socket_, 8), 0);
+    if (service_) thread_ = std::thread([this] { serve(); });
+  }
+  ~Listener() {
+    ::shutdown(socket_, SHUT_RDWR);
+    if (thread_.joinable()) thread_.join();
+    ::close(socket_);
+  }
+
+  /// Reads up to and with the text; false when the other end is closed before.
+  static bool readUntil(int socket, const std::string& end) {
+    std::string text;
+    char byte = 0;
+    while (!text.ends_with(end)) {
+      if (::read(socket, &byte, 1) != 1) return false;
+      text += byte;
+    }
+    return true;
+  }
+  static void write(int socket, const std::string& text) {
+    // Whoever has hung up hears no more.
+    (void)!::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
+  }
+  /// What comes before the first message.
+  static void welcome(int socket) {
+    readUntil(socket, "\r\n");
+    write(socket, "OK 0123456789abcdef0123456789abcdef\r\n");
+    readUntil(socket, "BEGIN\r\n");
+  }
+
+ private:
+  void serve() {
+    const int accepted = ::accept(socket_, nullptr, nullptr);
+    if (accepted < 0) return;
+    service_(accepted);
+    ::close(accepted);
+  }
+
+  const int socket_;
+  const Service service_;
+  std::thread thread_;
+};
+
+/// The connection by itself, to listeners that do as they like.
+class PeerConnectionTest : public testing::Test {
+ protected:
+  ~PeerConnectionTest() override {
+    peer_.reset();
+    g_main_context_unref(context_);
+  }
+
+  std::unique_ptr<PeerConnection> open(const std::string& address,
+                                       milliseconds wait = patience) const {
+    return PeerConnection::open(address, getpid(), wait, context_);
+  }
+  /// Lets the listener serve a connection.
+  void connect(Listener::Service service) {
+    listener_.emplace(path_, std::move(service));
+    peer_ = open(address_);
+    ASSERT_NE(peer_, nullptr);
+  }
+  /// Makes a call; how it ends is in `errors_`.
+  void call() {
+    const BusCall call{{":1.1", "/object"}, "an.Interface", "Method", "(u)", patience, nullptr};
+    peer_->call(call, [this](const VariantPointer&, const GError* error) {
+      errors_.push_back(error ? error->code : -1);
+    });
+  }
+  bool endsWithin(milliseconds deadline) {
+    return holdsWithin(
+        [&] {
+          g_main_context_iteration(context_, FALSE);
+          return !peer_->isOpen();
+        },
+        deadline);
+  }
+
+  rehearsal::Session session_;
+  const std::string path_ = (session_.folder() / "peer").string();
+  const std::string address_ = "unix:path=" + path_;
+  GMainContext* const context_ = g_main_context_new();
+  std::optional<Listener> listener_;
+  std::unique_ptr<PeerConnection> peer_;
+  std::vector<int> errors_;
+};
+
+TEST_F(PeerConnectionTest, StartsNoProgramAndLooksForNobodyElsewhere) {
+  const std::filesystem::path sign = session_.folder() / "started";
+  const std::filesystem::path launcher = session_.folder() / "dbus-launch";
+  std::ofstream(launcher) << "#!/bin/sh\n: > '" << sign.string() << "'\n";
+  std::filesystem::permissions(launcher, std::filesystem::perms::owner_all);
+  ScopedEnvironment environment;
+  environment.set("PATH", session_.folder().string() + ":" + std::getenv("PATH"));
+  environment.set("DISPLAY", ":9");
+  const Listener listener(path_, [](int socket) { Listener::welcome(socket); });
+  const std::string addresses[] = {"unixexec:path=" + launcher.string(),
+                                   "unix:path=" + path_ + "-not;unix:path=" + path_,
+                                   "tcp:host=localhost,port=1",
+                                   "autolaunch:",
+                                   "unix:dir=" + session_.folder().string(),
+                                   "unix:path=",
+                                   "no address",
+                                   ""};
+  for (const std::string& address : addresses) EXPECT_EQ(open(address), nullptr) << address;
+  // A program would take a moment.
+  EXPECT_FALSE(holdsWithin([&] { return std::filesystem::exists(sign); }, milliseconds{500}));
+}
+
+TEST_F(PeerConnectionTest, DoesNotComeAboutWithNobodyThere) {
+  EXPECT_EQ(open(address_), nullptr);
+}
+
+TEST_F(PeerConnectionTest, DoesNotComeAboutWithAnotherProcess) {
+  const Listener listener(path_, [](int socket) { Listener::welcome(socket); });
+  EXPECT_EQ(PeerConnection::open(address_, getppid(), patience, context_), nullptr);
+}
+
+TEST_F(PeerConnectionTest, DoesNotComeAboutWithSomebodySilent) {
+  const Listener listener(path_, nullptr);
+  const auto before = steady_clock::now();
+  EXPECT_EQ(open(address_, milliseconds{100}), nullptr);
+  // The kernel's time-outs are rounded.
+  EXPECT_GE(steady_clock::now() - before, milliseconds{90});
+  EXPECT_LT(steady_clock::now() - before, milliseconds{100} + slack);
+}
+
+TEST_F(PeerConnectionTest, DoesNotComeAboutWithSomebodyWhoRefuses) {
+  const Listener listener(path_, [](int socket) {
+    Listener::readUntil(socket, "\r\n");
+    Listener::write(socket, "REJECTED EXTERNAL\r\n");
+    Listener::readUntil(socket, "never");
+  });
+  EXPECT_EQ(open(address_), nullptr);
+}
+
+TEST_F(PeerConnectionTest, DoesNotComeAboutWithSomebodyWhoNeverEndsALine) {
+  const Listener listener(path_, [](int socket) {
+    Listener::readUntil(socket, "\r\n");
+    Listener::write(socket, std::string(4000, 'x'));
+    Listener::readUntil(socket, "never");
+  });
+  const auto before = steady_clock::now();
+  EXPECT_EQ(open(address_), nullptr);
+  EXPECT_LT(steady_clock::now() - before, patience);
+}
+
+TEST_F(PeerConnectionTest, EndsWithTheOther) {
+  connect([](int socket) {
+    Listener::welcome(socket);
+    Listener::readUntil(socket, "Method");
+  });
+  call();
+  call();
+  peer_->flush(patience);
+  EXPECT_TRUE(endsWithin(patience));
+  EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_CLOSED, G_IO_ERROR_CLOSED));
+}
+
+TEST_F(PeerConnectionTest, EndsOverWhatIsNoMessage) {
+  connect([](int socket) {
+    Listener::welcome(socket);
+    Listener::write(socket, "HTTP/1.1 200 OK\r\n\r\n");
+    Listener::readUntil(socket, "never");
+  });
+  call();
+  peer_->flush(patience);
+  EXPECT_TRUE(endsWithin(patience));
+  EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_CLOSED));
+}
+
+TEST_F(PeerConnectionTest, EndsWhenNobodyReadsWhatItSends) {
+  connect([](int socket) {
+    Listener::welcome(socket);
+    pollfd closed{socket, POLLRDHUP, 0};
+    ::poll(&closed, 1, -1);
+  });
+  const auto before = steady_clock::now();
+  for (int i = 0; i < 10'000; ++i) call();
+  peer_->flush(milliseconds{100});
+  EXPECT_FALSE(peer_->isOpen());
+  EXPECT_GE(steady_clock::now() - before, milliseconds{90});
+  EXPECT_EQ(errors_.size(), 10'000U);
+}
+
+TEST_F(PeerConnectionTest, IgnoresAnswersToQuestionsThatItDidNotPut) {
+  connect([](int socket) {
+    Listener::welcome(socket);
+    const ObjectPointer<GDBusMessage> message(g_dbus_message_new());
+    g_dbus_message_set_message_type(message.get(), G_DBUS_MESSAGE_TYPE_METHOD_RETURN);
+    g_dbus_message_set_serial(message.get(), 1);
+    for (const guint32 serial : {77U, 1U, 1U}) {
+      g_dbus_message_set_reply_serial(message.get(), serial);
+      g_dbus_message_set_body(message.get(), g_variant_new("(u)", 5U));
+      gsize size = 0;
+      guchar* const bytes =
+          g_dbus_message_to_blob(message.get(), &size, G_DBUS_CAPABILITY_FLAGS_NONE, nullptr);
+      Listener::write(socket, std::string(reinterpret_cast<char*>(bytes), size));
+      g_free(bytes);
+    }
+    Listener::readUntil(socket, "Method");
+  });
+  call();
+  EXPECT_TRUE(holdsWithin(
+      [&] {
+        g_main_context_iteration(context_, FALSE);
+        return !errors_.empty();
+      },
+      patience));
+  peer_->flush(patience);
+  EXPECT_TRUE(endsWithin(patience));
+  EXPECT_THAT(errors_, ElementsAre(-1));
+}
+
+TEST_F(PeerConnectionTest, GivesUpWhatIsUnanswered) {
+  connect([](int socket) {
+    Listener::welcome(socket);
+    Listener::readUntil(socket, "never");
+  });
+  call();
+  peer_->flush(patience);
+  peer_->giveUp(milliseconds{60'000});
+  EXPECT_THAT(errors_, ElementsAre());
+  std::this_thread::sleep_for(milliseconds{2});
+  peer_->giveUp(milliseconds{1});
+  EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_TIMED_OUT));
+  call();
+  peer_.reset();
+  EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_TIMED_OUT, G_IO_ERROR_CLOSED));
+}
+
+/// Programs that say where they can be reached.
+class AtspiReachedProgram : public testing::Test {
+ protected:
+  static constexpr const char* label = "Mute mic (Ctrl+Shift+M)";
+
+  AtspiReachedProgram() {
+    session_.applyToThisProcess();
+    accessibility_.setEnabled(true);
+    browser_ = std::make_unique<AccessibleProgram>(accessibility_.address(), "Browser", "Gecko");
+    browser_->put("/b", {.role = 43, .name = label, .actions = {"press"}});
+    browser_->put("/document", {.role = 95,
+                                .documentAttributes = {{"URI", "https://teams.microsoft.com/v2/"}},
+                                .children = {"/b"}});
+    browser_->put(AccessibleProgram::root, {.role = 75, .children = {"/document"}});
+  }
+
+  rehearsal::Session session_;
+  rehearsal::AccessibilityBus accessibility_{session_};
+  std::unique_ptr<AccessibleProgram> browser_;
+  AtspiAccessibilityTree tree_;
+  TeamsReader reader_{tree_, tree_.workspace()};
+};
+
+TEST_F(AtspiReachedProgram, IsAskedAndPressedStraight) {
+  browser_->offer((session_.folder() / "peer").string());
+  ASSERT_EQ(reader_.read(), label);
+  const int before = browser_->calls();
+  EXPECT_EQ(reader_.read(), label);
+  EXPECT_EQ(reader_.press(), accessibility::success);
+  EXPECT_EQ(browser_->calls(), before);
+  EXPECT_THAT(browser_->performed(), ElementsAre("/b 0"));
+}
+
+TEST_F(AtspiReachedProgram, IsAskedOverTheBusWhereItNamesAnothersSocket) {
+  const std::string others = accessibility_.address();
+  browser_->answerWith([&](const std::string&, const std::string& method) -> GVariant* {
+    if (method != "GetApplicationBusAddress") return nullptr;
+    return g_variant_new("(s)", others.c_str());
+  });
+  EXPECT_EQ(reader_.read(), label);
+  EXPECT_EQ(reader_.press(), accessibility::success);
+  EXPECT_THAT(browser_->performed(), ElementsAre("/b 0"));
+}
+
+TEST_F(AtspiReachedProgram, IsFoundAgainAfterItHungUp) {
+  browser_->offer((session_.folder() / "peer").string());
+  ASSERT_EQ(reader_.read(), label);
+  browser_->hangUp();
+  EXPECT_TRUE(holdsWithin([&] { return reader_.read() == label; }, patience));
+}
+
+}  // namespace
+}  // namespace hushbox

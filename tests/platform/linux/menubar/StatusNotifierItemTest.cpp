@@ -1,0 +1,121 @@
+#include "platform/linux/menubar/StatusNotifierItem.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/linux/menubar/IconPixmap.h"
+#include "tests/platform/linux/fixtures/PanelFixture.h"
+
+namespace hushbox {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class StatusNotifierItemTest : public PanelFixture {
+ protected:
+  std::vector<IconPixmap> pixmaps() {
+    const auto answer = ofItem("IconPixmap");
+    std::vector<IconPixmap> all;
+    GVariantIter iterator;
+    g_variant_iter_init(&iterator, answer.value.get());
+    int width = 0, height = 0;
+    for (GVariant* bytes = nullptr;
+         g_variant_iter_next(&iterator, "(ii@ay)", &width, &height, &bytes);) {
+      EXPECT_EQ(width, height);
+      gsize count = 0;
+      const auto* first =
+          static_cast<const std::uint8_t*>(g_variant_get_fixed_array(bytes, &count, 1));
+      all.push_back({width, {first, first + count}});
+      g_variant_unref(bytes);
+    }
+    return all;
+  }
+};
+
+TEST_F(StatusNotifierItemTest, SaysWhatItIsAndWhereItsMenuIs) {
+  start();
+  EXPECT_EQ(ofItem("Category").text(), "'Hardware'");
+  EXPECT_EQ(ofItem("Id").text(), "'hushbox'");
+  EXPECT_EQ(ofItem("Title").text(), "'Hushbox'");
+  EXPECT_EQ(ofItem("Status").text(), "'Active'");
+  EXPECT_EQ(ofItem("IconName").text(), "''");
+  EXPECT_EQ(ofItem("OverlayIconPixmap").text(), "[]");
+  EXPECT_EQ(ofItem("ItemIsMenu").text(), "true");
+  EXPECT_EQ(ofItem("Menu").text(), "'/MenuBar'");
+  EXPECT_EQ(ofItem("WindowId").text(), "0");
+}
+
+TEST_F(StatusNotifierItemTest, AllItsPropertiesCanBeReadAtOnce) {
+  start();
+  const auto answer = client_->call(name_, "/StatusNotifierItem", "org.freedesktop.DBus.Properties",
+                                    "GetAll", g_variant_new("(s)", item));
+  EXPECT_EQ(answer.error, "");
+}
+
+TEST_F(StatusNotifierItemTest, LeavesItToThePanelToOpenTheMenu) {
+  start();
+  for (const char* method : {"Activate", "ContextMenu"}) {
+    EXPECT_EQ(client_->call(name_, "/StatusNotifierItem", item, method, g_variant_new("(ii)", 5, 5))
+                  .error,
+              "org.freedesktop.DBus.Error.UnknownMethod");
+  }
+}
+
+TEST_F(StatusNotifierItemTest, IconComesInTheSizesOfPanels) {
+  start();
+  std::vector<int> sizes;
+  for (const IconPixmap& pixmap : pixmaps()) {
+    sizes.push_back(pixmap.size);
+    EXPECT_EQ(pixmap, IconPixmap::render(icon(), pixmap.size, PanelTone::unknown));
+  }
+  EXPECT_THAT(sizes, ElementsAre(16, 18, 22, 24, 32, 36, 44, 48, 64));
+}
+
+TEST_F(StatusNotifierItemTest, StateIsSaidInWords) {
+  start();
+  menuBar_->setIcon(icon(), "On a call — muted");
+  EXPECT_EQ(ofItem("IconAccessibleDesc").text(), "'On a call — muted'");
+  EXPECT_EQ(ofItem("ToolTip").text(), "('', [], 'Hushbox', 'On a call — muted')");
+}
+
+TEST_F(StatusNotifierItemTest, WordsAreMadeFitToShow) {
+  start();
+  menuBar_->setIcon(icon(), std::string("<b>&\0\n\xff", 8));
+  EXPECT_THAT(ofItem("IconAccessibleDesc").text(), HasSubstr("<b>&\\\\n\xEF\xBF\xBD"));
+  EXPECT_THAT(ofItem("ToolTip").text(), HasSubstr("&lt;b&gt;&amp;\\\\n\xEF\xBF\xBD"));
+}
+
+TEST_F(StatusNotifierItemTest, SameIconAndWordsCostNoMessage) {
+  start();
+  menuBar_->setIcon(icon(), "Not on a call");
+  EXPECT_THAT(client_->takeSignals(), IsEmpty());
+}
+
+TEST_F(StatusNotifierItemTest, OtherPixelsOrOtherWordsAreTold) {
+  start();
+  menuBar_->setIcon(icon({}, true), "Not on a call");
+  EXPECT_THAT(client_->takeSignals(), ElementsAre("NewIcon"));
+  menuBar_->setIcon(icon({}, true), "On a call");
+  EXPECT_THAT(client_->takeSignals(), ElementsAre("NewToolTip"));
+  menuBar_->setIcon(icon(Color::systemRed, true), "On a call — muted");
+  EXPECT_THAT(client_->takeSignals(), ElementsAre("NewIcon", "NewToolTip"));
+  for (const IconPixmap& pixmap : pixmaps()) {
+    EXPECT_EQ(pixmap,
+              IconPixmap::render(icon(Color::systemRed, true), pixmap.size, PanelTone::unknown));
+  }
+}
+
+TEST_F(StatusNotifierItemTest, SamePixelsAsATemplateAreAnotherIcon) {
+  start();
+  Image image = icon();
+  image.isTemplate = false;
+  menuBar_->setIcon(image, "Not on a call");
+  EXPECT_THAT(client_->takeSignals(), ElementsAre("NewIcon"));
+}
+
+}  // namespace
+}  // namespace hushbox

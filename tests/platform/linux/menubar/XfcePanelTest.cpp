@@ -1,0 +1,288 @@
+#include <gmock/gmock.h>
+
+#include <array>
+#include <concepts>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/LuchadorArt.h"
+#include "platform/linux/menubar/StatusNotifierMenuBar.h"
+#include "rehearsal/Panel.h"
+#include "tests/platform/linux/fixtures/PanelFixture.h"
+#include "tests/platform/linux/fixtures/Picture.h"
+
+namespace hushbox {
+namespace {
+
+using rehearsal::holdsWithin;
+using rehearsal::letPass;
+using rehearsal::Panel;
+using rehearsal::patience;
+using rehearsal::Session;
+using rehearsal::waitUntil;
+using std::chrono::milliseconds;
+
+using Pixel = Picture::Pixel;
+
+struct State {
+  const char* name;
+  bool muted;
+  bool connected;
+  std::optional<Color> tint;
+  const char* words;
+};
+
+constexpr std::array states{
+    State{"connected", false, true, {}, "Not on a call"},
+    State{"muted", true, true, {}, "Not on a call, muted"},
+    State{"disconnected", false, false, {}, "Jabra not connected"},
+    State{"disconnected-muted", true, false, {}, "Jabra not connected, muted"},
+    State{"call-live", false, true, Color::systemGreen, "On a call, live"},
+    State{"call-muted", true, true, Color::systemRed, "On a call, muted"},
+};
+
+/// The item in a real panel, seen and clicked on.
+class XfcePanelTest : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    unsetenv("XDG_CURRENT_DESKTOP");
+    session_ = std::make_unique<Session>(Session::Options{.display = true, .systemBus = false});
+    session_->applyToThisProcess();
+    panel_ = std::make_unique<Panel>(*session_);
+  }
+  static void TearDownTestSuite() {
+    panel_.reset();
+    session_.reset();
+  }
+
+  XfcePanelTest() {
+    panel_->setTone(Panel::Tone::Dark);
+    menuBar_ = std::make_unique<StatusNotifierMenuBar>(log_);
+    show(states[0]);
+    showRows("Not on a call");
+    panel_->waitForItem();
+  }
+  ~XfcePanelTest() override {
+    if (panel_->menu()) panel_->closeMenu();
+    menuBar_.reset();
+    holdsWithin([] { return panel_->items().empty(); }, patience);
+  }
+
+  void show(const State& state) {
+    menuBar_->setIcon(LuchadorArt::menuBarImage(state.muted, state.connected, state.tint),
+                      state.words);
+  }
+
+  struct Extras {
+    bool battery = false;
+    bool untrusted = false;
+    bool launch = false;
+  };
+  void showRows(const std::string& call, const Extras& extras) {
+    using Kind = MenuRow::Kind;
+    const auto chosen = [this](const char* what) { return [this, what] { chosen_ = what; }; };
+    std::vector<MenuRow> rows{{.kind = Kind::text, .text = call}};
+    if (extras.battery) rows.push_back({.kind = Kind::text, .text = "Battery: 42% (charging)"});
+    rows.push_back({.kind = Kind::text, .text = "10:42 Muted by the headset_button"});
+    rows.push_back({.kind = Kind::separator});
+    if (extras.untrusted) {
+      rows.push_back({.kind = Kind::button,
+                      .text = "Grant Accessibility…",
+                      .enabled = true,
+                      .action = chosen("grant")});
+    }
+    rows.push_back({.kind = Kind::toggle,
+                    .text = "Launch at login",
+                    .enabled = true,
+                    .on = extras.launch,
+                    .action = chosen("launch")});
+    rows.push_back({.kind = Kind::separator});
+    rows.push_back({.kind = Kind::button,
+                    .text = "Quit Hushbox",
+                    .enabled = true,
+                    .keyEquivalent = "q",
+                    .action = chosen("quit")});
+    menuBar_->setRows(std::move(rows));
+  }
+  void showRows(const std::string& call) { showRows(call, {}); }
+
+  /// Takes a picture, again and again, until it is as awaited; the last one stays.
+  template <typename Predicate>
+  void waitForPicture(const std::string& name, const Panel::Area& area, Predicate isAsAwaited) {
+    waitForPicture(
+        name, [&] { return area; }, isAsAwaited);
+  }
+  template <typename Where, typename Predicate>
+  requires std::invocable<Where>
+  void waitForPicture(const std::string& name, Where where, Predicate isAsAwaited) {
+    const std::filesystem::path file = Picture::folder() / (name + ".png");
+    waitUntil(
+        [&] {
+          panel_->picture(where(), file);
+          return isAsAwaited(Picture(file));
+        },
+        patience, "the picture " + name);
+  }
+
+  static inline std::unique_ptr<Session> session_;
+  static inline std::unique_ptr<Panel> panel_;
+  KeptLog log_;
+  std::unique_ptr<StatusNotifierMenuBar> menuBar_;
+  std::string chosen_;
+};
+
+bool isOfColour(const Pixel& pixel, std::optional<Color> tint) {
+  if (!tint) return Picture::difference(pixel, {pixel[0], pixel[0], pixel[0]}) < 16;
+  const int red = pixel[0], green = pixel[1];
+  return *tint == Color::systemRed ? red - green > 80 : green - red > 60;
+}
+
+TEST_F(XfcePanelTest, EachStateStandsOutFromADarkPanelAndFromALightOne) {
+  for (const Panel::Tone tone : {Panel::Tone::Dark, Panel::Tone::Light}) {
+    panel_->setTone(tone);
+    const std::string panelName = tone == Panel::Tone::Dark ? "dark" : "light";
+    for (const State& state : states) {
+      show(state);
+      const std::string name = "item-" + panelName + "-" + state.name;
+      waitForPicture(
+          name, [] { return panel_->waitForItem(); },
+          [&](const Picture& picture) {
+            const Pixel background = picture.at(0, 2);
+            const bool rightPanel = (background[0] < 128) == (tone == Panel::Tone::Dark);
+            const int coloured = picture.count([&](const Pixel& pixel) {
+              return Picture::difference(pixel, background) > 60 && isOfColour(pixel, state.tint);
+            });
+            return rightPanel && picture.standingOut() > 100 && (!state.connected || coloured > 60);
+          });
+    }
+  }
+}
+
+TEST_F(XfcePanelTest, MenuOpensOnAClickAndShowsEveryRow) {
+  const Panel::Area menu = panel_->openMenu();
+  waitForPicture("menu-connected", menu,
+                 [](const Picture& picture) { return picture.standingOut() > 500; });
+  panel_->closeMenu();
+  EXPECT_EQ(chosen_, "");
+}
+
+TEST_F(XfcePanelTest, MenuLooksRightInEveryState) {
+  struct Scene {
+    const char* name;
+    const State& state;
+    const char* call;
+    Extras extras;
+  };
+  const std::array scenes{
+      Scene{"menu-on-a-call", states[4], "On a call — live", {.launch = true}},
+      Scene{"menu-battery", states[5], "On a call — muted", {.battery = true, .launch = true}},
+      Scene{"menu-without-permission", states[0], "Not on a call", {.untrusted = true}}};
+  for (const Scene& scene : scenes) {
+    show(scene.state);
+    showRows(scene.call, scene.extras);
+    const Panel::Area menu = panel_->openMenu();
+    waitForPicture(scene.name, {menu.x - 40, 0, menu.width + 40, menu.y + menu.height + 8},
+                   [](const Picture& picture) { return picture.standingOut() > 500; });
+    panel_->closeMenu();
+  }
+}
+
+TEST_F(XfcePanelTest, OpenMenuChangesItsTextsInPlace) {
+  const Panel::Area menu = panel_->openMenu();
+  const Panel::Area firstRow{menu.x, menu.y + 4, menu.width, 25};
+  int before = 0;
+  waitForPicture("row-before", firstRow, [&](const Picture& picture) {
+    return std::exchange(before, picture.standingOut()) == picture.standingOut();
+  });
+  showRows("On a call — muted, and for longer than before");
+  waitForPicture("row-after", firstRow,
+                 [&](const Picture& picture) { return picture.standingOut() > before + 100; });
+  EXPECT_TRUE(panel_->menu());
+}
+
+TEST_F(XfcePanelTest, RowsThatCameWhileTheMenuWasOpenAreThereAndCanBeClicked) {
+  const Panel::Area before = panel_->openMenu();
+  showRows("On a call — muted", {.battery = true, .untrusted = true, .launch = true});
+  panel_->closeMenu();
+  // The toolkit lets an open menu scroll rather than grow, so only now is it higher.
+  EXPECT_GT(panel_->openMenu().height, before.height + 40);
+  panel_->chooseRow("Grant Accessibility…");
+  waitUntil([&] { return chosen_ == "grant"; }, patience, "the click");
+}
+
+TEST_F(XfcePanelTest, ClicksReachTheRowsUnderThePointer) {
+  showRows("Not on a call", {.battery = true, .untrusted = true});
+  for (const auto& [row, action] :
+       std::vector<std::pair<std::string, std::string>>{{"Launch at login", "launch"},
+                                                        {"Grant Accessibility…", "grant"},
+                                                        {"Quit Hushbox", "quit"}}) {
+    panel_->openMenu();
+    panel_->chooseRow(row);
+    waitUntil([&, expected = action] { return chosen_ == expected; }, patience, row);
+  }
+}
+
+TEST_F(XfcePanelTest, GreyedTextCannotBeChosen) {
+  panel_->openMenu();
+  panel_->clickRow("Not on a call");
+  letPass(milliseconds{300});
+  EXPECT_EQ(chosen_, "");
+}
+
+/// The column of the menu in which the marks are.
+std::vector<Pixel> marks(const Picture& picture) {
+  std::vector<Pixel> pixels;
+  for (int y = 0; y < picture.height(); ++y)
+    for (int x = 4; x < 24; ++x) pixels.push_back(picture.at(x, y));
+  return pixels;
+}
+
+TEST_F(XfcePanelTest, SwitchShowsItsMarkWhileTheMenuIsOpenAndLosesItAgain) {
+  const Panel::Area menu = panel_->openMenu();
+  panel_->movePointerAway();
+  std::vector<Pixel> off;
+  waitForPicture("switch-off", menu, [&](const Picture& picture) {
+    // Nothing is highlighted any more once two pictures are the same.
+    return std::exchange(off, marks(picture)) == marks(picture);
+  });
+  showRows("Not on a call", {.launch = true});
+  waitForPicture("switch-on", menu, [&](const Picture& picture) { return marks(picture) != off; });
+  showRows("Not on a call");
+  waitForPicture("switch-off", menu, [&](const Picture& picture) { return marks(picture) == off; });
+  // The panel sets the mark by itself; as the switch stays off, it has to be told.
+  panel_->chooseRow("Launch at login");
+  waitUntil([&] { return chosen_ == "launch"; }, patience, "the click");
+  panel_->openMenu();
+  panel_->movePointerAway();
+  waitForPicture("switch-refused", menu,
+                 [&](const Picture& picture) { return marks(picture) == off; });
+}
+
+TEST_F(XfcePanelTest, ItemIsThereAgainAfterThePanelHasDied) {
+  panel_->kill();
+  panel_.reset();
+  panel_ = std::make_unique<Panel>(*session_);
+  panel_->waitForItem();
+  panel_->openMenu();
+  panel_->chooseRow("Quit Hushbox");
+  waitUntil([&] { return chosen_ == "quit"; }, patience, "the click");
+}
+
+TEST_F(XfcePanelTest, FrozenPanelKeepsNobodyWaiting) {
+  panel_->freeze();
+  const auto begin = std::chrono::steady_clock::now();
+  for (int i = 0; i < 100; ++i) {
+    show(states[static_cast<std::size_t>(i) % states.size()]);
+    showRows("Call " + std::to_string(i));
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, patience);
+  panel_->thaw();
+}
+
+}  // namespace
+}  // namespace hushbox

@@ -1,0 +1,259 @@
+#include "platform/linux/processes/SpawnedChildProcessFactory.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "rehearsal/ScratchFolder.h"
+#include "rehearsal/Waiting.h"
+
+namespace hushbox {
+namespace {
+
+using namespace std::chrono_literals;
+using rehearsal::holdsWithin;
+using rehearsal::patience;
+
+constexpr const char* powerTool = "/usr/bin/pmset";
+
+class SpawnedChildProcessFactoryTest : public testing::Test {
+ protected:
+  /// Puts a shell script where the power tool's stand-in is.
+  void script(const std::string& body) {
+    std::ofstream(standIn_) << "#!/bin/sh\n" << body << '\n';
+    std::filesystem::permissions(standIn_, std::filesystem::perms::owner_all);
+  }
+
+  ChildProcessRules rules(std::chrono::milliseconds timeLimit = patience) const {
+    ChildProcessRules rules;
+    rules.standIns[powerTool] = standIn_;
+    rules.timeLimit = timeLimit;
+    return rules;
+  }
+
+  /// Launches the stand-in, reads and waits, the way the battery reading does.
+  std::string read(ChildProcessFactory& processes, std::vector<std::string> arguments = {}) const {
+    const auto process = processes.make();
+    process->setExecutablePath(powerTool);
+    process->setArguments(arguments);
+    EXPECT_TRUE(process->launch());
+    std::string output = process->readDataToEndOfFile();
+    process->waitUntilExit();
+    return output;
+  }
+
+  /// The process whose number a script wrote to that file; 0 while there is none.
+  pid_t noted(const std::string& name) const {
+    pid_t pid = 0;
+    std::ifstream(scratch_.path() / name) >> pid;
+    return pid;
+  }
+  std::string notePath(const std::string& name) const { return scratch_.path() / name; }
+
+  /// Gone, or dead and only not yet asked after by its new parent.
+  static bool isGone(pid_t pid) {
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    std::string number, name, state;
+    return !(stat >> number >> name >> state) || state == "Z";
+  }
+
+  rehearsal::ScratchFolder scratch_;
+  std::string standIn_ = scratch_.path() / "stand-in";
+};
+
+TEST_F(SpawnedChildProcessFactoryTest, StandInGetsTheArgumentsAndItsOutputIsRead) {
+  script(R"(printf '%s|' "$0" "$@"; printf 'no newline \377')");
+  SpawnedChildProcessFactory processes{rules()};
+  EXPECT_EQ(read(processes, {"-g", "accps", "", "a b"}),
+            standIn_ + "|-g|accps||a b|no newline \377");
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, OtherPathsRunAsTheyStand) {
+  SpawnedChildProcessFactory processes{rules()};
+  const auto process = processes.make();
+  process->setExecutablePath("/bin/echo");
+  process->setArguments({"plain"});
+  ASSERT_TRUE(process->launch());
+  EXPECT_EQ(process->readDataToEndOfFile(), "plain\n");
+  process->waitUntilExit();
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, ExitStatusAndStandardErrorDoNotCount) {
+  script("echo report; echo trouble >/dev/null; exit 3");
+  SpawnedChildProcessFactory processes{rules()};
+  EXPECT_EQ(read(processes), "report\n");
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, OutputLargerThanThePipeIsReadWhole) {
+  script("head -c 900000 /dev/zero");
+  SpawnedChildProcessFactory processes{rules()};
+  EXPECT_EQ(read(processes).size(), 900000U);
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, LaunchFailsForWhatCannotRun) {
+  SpawnedChildProcessFactory processes{rules()};
+  std::ofstream(scratch_.path() / "plain") << "text";
+  script("echo never");
+  const std::string cutShort = standIn_ + std::string("\0tail", 5);
+  for (const std::string& path : {notePath("missing"), notePath("plain"), scratch_.path().string(),
+                                  std::string(), cutShort}) {
+    const auto process = processes.make();
+    process->setExecutablePath(path);
+    EXPECT_FALSE(process->launch()) << path;
+    EXPECT_EQ(process->readDataToEndOfFile(), "");
+    process->waitUntilExit();
+  }
+  EXPECT_FALSE(processes.make()->launch());
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, LaunchFailsWithoutDescriptorsForThePipe) {
+  script("echo never");
+  SpawnedChildProcessFactory processes{rules()};
+  std::vector<int> all;
+  for (int one; (one = open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;) all.push_back(one);
+  const auto process = processes.make();
+  process->setExecutablePath(powerTool);
+  EXPECT_FALSE(process->launch());
+  for (const int one : all) close(one);
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, ChildThatNeverEndsIsKilledAndGivesNothing) {
+  script("echo $$ >" + notePath("pid") + "; echo half a report; exec sleep 60");
+  SpawnedChildProcessFactory processes{rules(300ms)};
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(read(processes), "");
+  EXPECT_GE(std::chrono::steady_clock::now() - start, 300ms);
+  EXPECT_TRUE(isGone(noted("pid")));
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, ChildrenOfAChildThatNeverEndsAreKilledToo) {
+  script("sleep 60 & echo $! >" + notePath("pid") + "; wait");
+  SpawnedChildProcessFactory processes{rules(1s)};
+  EXPECT_EQ(read(processes), "");
+  EXPECT_TRUE(holdsWithin([&] { return noted("pid") && isGone(noted("pid")); }, patience));
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, FloodOfOutputIsKilledAndGivesNothing) {
+  script("echo $$ >" + notePath("pid") + "; exec cat /dev/zero");
+  SpawnedChildProcessFactory processes{rules()};
+  EXPECT_EQ(read(processes), "");
+  EXPECT_TRUE(isGone(noted("pid")));
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, ChildThatClosesItsOutputAndLivesOnIsKilledAfterTheLimit) {
+  script("echo $$ >" + notePath("pid") + "; echo report; exec >/dev/null; exec sleep 60");
+  SpawnedChildProcessFactory processes{rules(2s)};
+  EXPECT_EQ(read(processes), "report\n");
+  EXPECT_TRUE(isGone(noted("pid")));
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, DaemonThatHoldsTheOutputOpenIsNotWaitedForBeyondTheLimit) {
+  script("setsid sh -c 'echo $$ >" + notePath("pid") + "; exec sleep 60' & echo report");
+  SpawnedChildProcessFactory processes{rules(1s)};
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(read(processes), "");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 20s);
+  if (const pid_t daemon = noted("pid")) kill(daemon, SIGKILL);
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, ProcessLetGoOfUnreadIsKilled) {
+  script("echo $$ >" + notePath("pid") + "; exec sleep 60");
+  SpawnedChildProcessFactory processes{rules()};
+  auto process = processes.make();
+  process->setExecutablePath(powerTool);
+  ASSERT_TRUE(process->launch());
+  ASSERT_TRUE(holdsWithin([&] { return noted("pid") != 0; }, patience));
+  process = nullptr;
+  EXPECT_TRUE(isGone(noted("pid")));
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, EndOfTheProgramWaitsForNobodyAndStartsNothing) {
+  script("echo $$ >" + notePath("pid") + "; exec sleep 60");
+  SpawnedChildProcessFactory processes{rules()};
+  auto reading = std::async(std::launch::async, [&] { return read(processes); });
+  ASSERT_TRUE(holdsWithin([&] { return noted("pid") != 0; }, patience));
+  processes.endAll();
+  EXPECT_EQ(reading.get(), "");
+  EXPECT_TRUE(isGone(noted("pid")));
+  const auto later = processes.make();
+  later->setExecutablePath("/bin/true");
+  EXPECT_FALSE(later->launch());
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, ProcessMayOutliveItsMaker) {
+  script("echo report");
+  auto process = SpawnedChildProcessFactory{rules()}.make();
+  process->setExecutablePath(powerTool);
+  ASSERT_TRUE(process->launch());
+  EXPECT_EQ(process->readDataToEndOfFile(), "report\n");
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, ReadingsSideBySideKeepTheirOutputApart) {
+  script("sleep 0.05; echo $1");
+  SpawnedChildProcessFactory processes{rules()};
+  std::vector<std::future<std::string>> readings;
+  for (int i = 0; i < 8; ++i)
+    readings.push_back(
+        std::async(std::launch::async, [&, i] { return read(processes, {std::to_string(i)}); }));
+  for (std::size_t i = 0; i < readings.size(); ++i)
+    EXPECT_EQ(readings[i].get(), std::to_string(i) + "\n");
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, ChildInheritsNoDescriptorsAndNoSignalSettings) {
+  script("ls /proc/self/fd | wc -l; sed -n 's/Sig[BI][lg][kn]://p' /proc/self/status");
+  const int leaked = open("/dev/null", O_RDONLY);
+  ASSERT_GE(leaked, 0);
+  sigset_t blocked, before;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGUSR1);
+  pthread_sigmask(SIG_BLOCK, &blocked, &before);
+  const auto handler = signal(SIGPIPE, SIG_IGN);
+  SpawnedChildProcessFactory processes{rules()};
+  std::istringstream output(read(processes));
+  signal(SIGPIPE, handler);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  close(leaked);
+
+  int descriptors = 0;
+  std::uint64_t blockedThere = 1, ignoredThere = ~std::uint64_t{0};
+  output >> descriptors >> std::hex >> blockedThere >> ignoredThere;
+  // The three streams and the one through which ls reads the folder.
+  EXPECT_EQ(descriptors, 4);
+  EXPECT_EQ(blockedThere, 0U);
+  EXPECT_EQ(ignoredThere & std::uint64_t{1} << (SIGPIPE - 1), 0U);
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, LeavesNoDescriptorAndNoZombieAndOtherChildrenAlone) {
+  script("echo report");
+  SpawnedChildProcessFactory processes{rules()};
+  const auto descriptors = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  };
+  const pid_t other = fork();
+  if (other == 0) _exit(7);
+  const auto before = descriptors();
+  for (int i = 0; i < 10; ++i) read(processes);
+  EXPECT_EQ(descriptors(), before);
+  int status = 0;
+  EXPECT_EQ(waitpid(other, &status, 0), other);
+  EXPECT_EQ(WEXITSTATUS(status), 7);
+  siginfo_t zombie{};
+  waitid(P_ALL, 0, &zombie, WEXITED | WNOHANG | WNOWAIT);
+  EXPECT_EQ(zombie.si_pid, 0);
+}
+
+}  // namespace
+}  // namespace hushbox

@@ -1,0 +1,228 @@
+#include "platform/macos/AXAccessibilityTree.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "tests/platform/macos/MacFixture.h"
+
+namespace hushbox {
+namespace {
+
+using doubles::AXStrange;
+using testing::ElementsAre;
+
+constexpr std::int32_t process = 501;
+
+class AXAccessibilityTreeTest : public MacFixture {
+ protected:
+  AccessibilityElementRef application(float timeout = 1.0F) {
+    const auto element = tree.createApplication(process);
+    EXPECT_EQ(tree.setMessagingTimeout(element, timeout), accessibility::success);
+    return element;
+  }
+
+  AttributeValue read(const AccessibilityElementRef& element, std::string_view attribute) {
+    AttributeValue value;
+    EXPECT_EQ(tree.copyAttributeValue(element, attribute, value), accessibility::success);
+    return value;
+  }
+
+  std::vector<AccessibilityElementRef> children(const AccessibilityElementRef& element) {
+    auto value = read(element, "AXChildren");
+    const auto* found = std::get_if<std::vector<AccessibilityElementRef>>(&value);
+    return found ? *found : std::vector<AccessibilityElementRef>();
+  }
+
+  doubles::AXNodeRef root = doubles::axApplication(process);
+  AXAccessibilityTree tree;
+};
+
+doubles::AXNodeRef node(std::map<std::string, doubles::AXValue> attributes) {
+  auto made = std::make_shared<doubles::AXNode>();
+  made->attributes = std::move(attributes);
+  return made;
+}
+
+TEST_F(AXAccessibilityTreeTest, TrustIsAskedForWithAPromptOnlyWhereOneIsWanted) {
+  EXPECT_TRUE(tree.isProcessTrusted());
+  EXPECT_TRUE(doubles::prompts.empty());
+  doubles::trusted = false;
+  EXPECT_FALSE(tree.isProcessTrusted());
+  EXPECT_FALSE(tree.isProcessTrustedWithOptions(false));
+  EXPECT_FALSE(tree.isProcessTrustedWithOptions(true));
+  EXPECT_THAT(doubles::prompts, ElementsAre(false, true));
+}
+
+TEST_F(AXAccessibilityTreeTest, TextIsReadAsUtf8) {
+  root->attributes["AXTitle"] = std::string("Mute mic (⌘+Shift+M)");
+  EXPECT_EQ(read(application(), "AXTitle"), AttributeValue("Mute mic (⌘+Shift+M)"));
+}
+
+TEST_F(AXAccessibilityTreeTest, TextThatHasNoUtf8KeepsItsGoodPart) {
+  root->attributes["AXTitle"] = AXStrange::loneSurrogate;
+  EXPECT_EQ(read(application(), "AXTitle"), AttributeValue("Mute?"));
+}
+
+TEST_F(AXAccessibilityTreeTest, ValuesOfOtherTypesAreOfNoUse) {
+  for (const AXStrange strange : {AXStrange::number, AXStrange::boolean, AXStrange::null,
+                                  AXStrange::nestedList, AXStrange::stringList}) {
+    root->attributes["AXValue"] = strange;
+    EXPECT_EQ(read(application(), "AXValue"), AttributeValue(OtherAttributeValue{}));
+  }
+}
+
+TEST_F(AXAccessibilityTreeTest, SuccessWithoutAValueGivesNone) {
+  root->attributes["AXValue"] = AXStrange::nothing;
+  EXPECT_EQ(read(application(), "AXValue"), AttributeValue());
+}
+
+TEST_F(AXAccessibilityTreeTest, EmptyListIsAListOfElements) {
+  root->attributes["AXWindows"] = AXStrange::emptyList;
+  const auto value = read(application(), "AXWindows");
+  EXPECT_TRUE(std::holds_alternative<std::vector<AccessibilityElementRef>>(value));
+}
+
+TEST_F(AXAccessibilityTreeTest, StrangeMembersOfAListAreLeftOut) {
+  root->children = {node({{"AXTitle", "a"}}), node({{"AXTitle", "b"}})};
+  root->strangeChildren = true;
+  const auto found = children(application());
+  ASSERT_EQ(found.size(), 2U);
+  EXPECT_EQ(read(found[0], "AXTitle"), AttributeValue("a"));
+  EXPECT_EQ(read(found[1], "AXTitle"), AttributeValue("b"));
+}
+
+TEST_F(AXAccessibilityTreeTest, AttributesAreSetToTheTwoBooleans) {
+  const auto element = application();
+  EXPECT_EQ(tree.setAttributeValue(element, "AXManualAccessibility", true),
+            accessibility::attributeUnsupported);
+  tree.setAttributeValue(element, "AXEnhancedUserInterface", false);
+  EXPECT_THAT(root->written, ElementsAre(std::pair("AXEnhancedUserInterface", false),
+                                         std::pair("AXManualAccessibility", true)));
+}
+
+TEST_F(AXAccessibilityTreeTest, ActionAndItsStatusArePassedOn) {
+  std::vector<std::string> actions;
+  root->perform = [&](const std::string& action) {
+    actions.push_back(action);
+    return accessibility::cannotComplete;
+  };
+  EXPECT_EQ(tree.performAction(application(), "AXPress"), accessibility::cannotComplete);
+  EXPECT_THAT(actions, ElementsAre("AXPress"));
+}
+
+TEST_F(AXAccessibilityTreeTest, FailureOfAReadComesBackAndLeavesTheValueAlone) {
+  AttributeValue value = "before";
+  EXPECT_EQ(tree.copyAttributeValue(application(), "AXNothing", value),
+            accessibility::attributeUnsupported);
+  EXPECT_EQ(value, AttributeValue("before"));
+}
+
+TEST_F(AXAccessibilityTreeTest, TimeoutHoldsForTheWholeTreeBelowTheApplication) {
+  root->children = {node({})};
+  root->children[0]->children = {node({})};
+  const auto button = children(children(application(1.5F))[0])[0];
+  doubles::axFrozen = true;
+  AttributeValue value;
+  EXPECT_EQ(tree.copyAttributeValue(button, "AXRole", value), accessibility::cannotComplete);
+  EXPECT_EQ(tree.performAction(button, "AXPress"), accessibility::cannotComplete);
+  EXPECT_EQ(tree.setAttributeValue(button, "AXFocused", true), accessibility::cannotComplete);
+  EXPECT_THAT(doubles::axWaits, ElementsAre(1.5F, 1.5F, 1.5F));
+}
+
+TEST_F(AXAccessibilityTreeTest, LaterTimeoutHoldsForElementsThatAreOutAlready) {
+  root->children = {node({})};
+  const auto app = application(1.0F);
+  const auto child = children(app)[0];
+  EXPECT_EQ(tree.setMessagingTimeout(app, 0.25F), accessibility::success);
+  doubles::axFrozen = true;
+  AttributeValue value;
+  tree.copyAttributeValue(child, "AXRole", value);
+  EXPECT_THAT(doubles::axWaits, ElementsAre(0.25F));
+}
+
+TEST_F(AXAccessibilityTreeTest, TimeoutIsSetOnceAnElement) {
+  root->children = {node({{"AXRole", "AXButton"}})};
+  const auto child = children(application())[0];
+  doubles::resetCalls();
+  for (int i = 0; i < 3; ++i) read(child, "AXRole");
+  EXPECT_EQ(doubles::calls()["AXUIElementSetMessagingTimeout"], 1);
+}
+
+TEST_F(AXAccessibilityTreeTest, ElementWhoseTimeoutCannotBeSetIsNotCalled) {
+  root->children = {node({{"AXRole", "AXButton"}})};
+  const auto child = children(application())[0];
+  doubles::axTimeoutStatus = accessibility::invalidElement;
+  doubles::resetCalls();
+  AttributeValue value;
+  EXPECT_EQ(tree.copyAttributeValue(child, "AXRole", value), accessibility::invalidElement);
+  EXPECT_EQ(doubles::calls()["AXUIElementCopyAttributeValue"], 0);
+  doubles::axTimeoutStatus = 0;
+  EXPECT_EQ(read(child, "AXRole"), AttributeValue("AXButton"));
+}
+
+TEST_F(AXAccessibilityTreeTest, ElementsAreKeptAsLongAsTheyAreHeldAndNoLonger) {
+  root->children = {node({{"AXTitle", "kept"}}), node({})};
+  const long before = doubles::axElements();
+  {
+    const doubles::AutoreleasePool outer;
+    AccessibilityElementRef kept;
+    {
+      const doubles::AutoreleasePool pool;
+      kept = children(application())[0];
+    }
+    EXPECT_EQ(doubles::axElements(), before + 1);
+    EXPECT_EQ(read(kept, "AXTitle"), AttributeValue("kept"));
+  }
+  EXPECT_EQ(doubles::axElements(), before);
+}
+
+TEST_F(AXAccessibilityTreeTest, ValuesThatWereReadAreReleased) {
+  root->attributes = {{"AXTitle", "A title too long to be kept in a pointer"},
+                      {"AXValue", AXStrange::number},
+                      {"AXOther", AXStrange::nestedList}};
+  root->children = {node({}), node({})};
+  root->strangeChildren = true;
+  const auto app = application();
+  const auto round = [&] {
+    const doubles::AutoreleasePool pool;
+    for (const char* attribute : {"AXTitle", "AXValue", "AXOther", "AXChildren"}) {
+      read(app, attribute);
+    }
+    AttributeValue value;
+    tree.copyAttributeValue(app, "AXNothing", value);
+    tree.setAttributeValue(app, "AXManualAccessibility", true);
+    tree.performAction(app, "AXPress");
+    tree.isProcessTrustedWithOptions(true);
+    tree.createApplication(process);
+  };
+  round();
+  const long before = doubles::liveObjects();
+  for (int i = 0; i < 5; ++i) round();
+  EXPECT_EQ(doubles::liveObjects(), before);
+}
+
+TEST_F(AXAccessibilityTreeTest, ElementOfAnotherTreeOrOfNoneIsInvalid) {
+  auto other = std::make_unique<AXAccessibilityTree>();
+  const auto foreign = other->createApplication(process);
+  const auto check = [&](const AccessibilityElementRef& element) {
+    AttributeValue value;
+    EXPECT_EQ(tree.setMessagingTimeout(element, 1), accessibility::invalidElement);
+    EXPECT_EQ(tree.copyAttributeValue(element, "AXRole", value), accessibility::invalidElement);
+    EXPECT_EQ(tree.setAttributeValue(element, "AXFocused", true), accessibility::invalidElement);
+    EXPECT_EQ(tree.performAction(element, "AXPress"), accessibility::invalidElement);
+  };
+  check(foreign);
+  other.reset();
+  check(foreign);
+  check(nullptr);
+  check(std::make_shared<AccessibilityElement>());
+}
+
+}  // namespace
+}  // namespace hushbox

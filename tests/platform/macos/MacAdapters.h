@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "platform/macos/AXAccessibilityTree.h"
+#include "platform/macos/CoreAudioHardware.h"
+#include "platform/macos/FormatterLocale.h"
+#include "platform/macos/NSWorkspaceApplications.h"
+#include "platform/macos/OSUnifiedLog.h"
+#include "platform/macos/RunLoopMainLoop.h"
+#include "platform/macos/ServiceLoginItem.h"
+#include "platform/macos/StatusItemMenuBar.h"
+#include "platform/macos/TaskChildProcessFactory.h"
+#include "platform/macos/UserNotificationCenter.h"
+
+namespace hushbox {
+
+/// Every adapter of the Mac on the doubles, in scope as the platform.
+struct MacAdapters {
+  RunLoopMainLoop mainLoop;
+  OSUnifiedLog log;
+  CoreAudioHardware audio;
+  AXAccessibilityTree accessibility;
+  NSWorkspaceApplications workspace;
+  TaskChildProcessFactory childProcesses;
+  UserNotificationCenter notifications;
+  ServiceLoginItem loginItem;
+  StatusItemMenuBar menuBar;
+  FormatterLocale locale;
+  PlatformScope scope{{mainLoop, audio, accessibility, workspace, childProcesses, notifications,
+                       loginItem, menuBar, log, locale}};
+};
+
+}  // namespace hushbox

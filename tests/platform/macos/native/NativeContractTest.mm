@@ -1,0 +1,62 @@
+// What the adapters do on a real Mac, as far as it takes nobody's permission.
+
+#import <Foundation/Foundation.h>
+
+#include <memory>
+#include <thread>
+
+#import "platform/macos/FormatterLocale.h"
+#import "platform/macos/OSUnifiedLog.h"
+#import "platform/macos/RunLoopMainLoop.h"
+#import "platform/macos/TaskChildProcessFactory.h"
+#include "tests/contract/ChildProcessContract.h"
+#include "tests/contract/MainLoopContract.h"
+#import "tests/platform/macos/native/NativeScope.h"
+
+namespace hushbox {
+namespace {
+
+class NativeChildProcessDriver final : public ChildProcessDriver {
+ public:
+  ChildProcessFactory& processes() override { return processes_; }
+  bool waitFor(const std::function<bool()>& condition, TimeInterval limit) override {
+    return runUntil(condition, limit);
+  }
+
+ private:
+  TaskChildProcessFactory processes_;
+};
+
+class NativeMainLoopDriver final : public MainLoopDriver {
+ public:
+  MainLoop& loop() override { return loop_; }
+  void keepBusy(TimeInterval span) override { std::this_thread::sleep_for(span); }
+  bool waitFor(const std::function<bool()>& condition, TimeInterval limit) override {
+    return runUntil(condition, limit);
+  }
+
+ private:
+  RunLoopMainLoop loop_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Native, ChildProcessContract, driverFactory<ChildProcessDriver>([] {
+                           return std::make_unique<NativeChildProcessDriver>();
+                         }));
+INSTANTIATE_TEST_SUITE_P(Native, MainLoopContract, driverFactory<MainLoopDriver>([] {
+                           return std::make_unique<NativeMainLoopDriver>();
+                         }));
+
+TEST(NativeLocale, TimeHasTheDigitsOfAnHourAndAMinute) {
+  const std::string time = FormatterLocale().shortTime();
+  EXPECT_GE(time.size(), 4U);
+  EXPECT_LE(time.size(), 64U);
+}
+
+TEST(NativeLog, TakesEveryLevelAndTextThatIsNoFormat) {
+  OSUnifiedLog log;
+  log.write("org.hushbox.Hushbox.tests", "tests", LogLevel::info, "100 %s %n");
+  log.write("org.hushbox.Hushbox.tests", "tests", LogLevel::error, "");
+}
+
+}  // namespace
+}  // namespace hushbox

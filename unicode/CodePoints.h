@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <iterator>
+#include <string_view>
+
+#include "unicode/Unicode.h"
+
+namespace hushbox::text {
+
+/// Walks the code points of a UTF-8 text: `for (char32_t codePoint : CodePoints(text))`.
+///
+/// Never reads outside the text and never fails: each maximal malformed subpart reads as one
+/// U+FFFD, so that walking any bytes equals walking decodeUtf8Lossy() of them. The text is not
+/// copied and must outlive the walk.
+class CodePoints {
+ public:
+  class Iterator {
+   public:
+    using iterator_concept = std::forward_iterator_tag;
+    using iterator_category = std::input_iterator_tag;
+    using value_type = char32_t;
+    using difference_type = std::ptrdiff_t;
+    using reference = char32_t;
+    using pointer = void;
+
+    Iterator() = default;
+    Iterator(std::string_view text, std::size_t offset) : text_(text), offset_(offset) { decode(); }
+
+    char32_t operator*() const { return current_.codePoint; }
+
+    /// The byte offset in the text at which the current code point begins; the text's size at the
+    /// end. Two of them cut a piece out of the text.
+    std::size_t offset() const { return offset_; }
+
+    Iterator& operator++() {
+      offset_ += current_.length;
+      decode();
+      return *this;
+    }
+    Iterator operator++(int) {
+      const Iterator before = *this;
+      ++*this;
+      return before;
+    }
+
+    bool operator==(const Iterator& other) const { return offset_ == other.offset_; }
+
+   private:
+    void decode() { current_ = decodeFirst(text_.substr(offset_)); }
+
+    std::string_view text_;
+    std::size_t offset_ = 0;
+    DecodedCodePoint current_;
+  };
+
+  explicit CodePoints(std::string_view text) : text_(text) {}
+
+  Iterator begin() const { return Iterator(text_, 0); }
+  Iterator end() const { return Iterator(text_, text_.size()); }
+
+ private:
+  std::string_view text_;
+};
+
+}  // namespace hushbox::text
