@@ -22,13 +22,15 @@
 namespace hushbox {
 namespace {
 
-/// The program that prints the power report here: installed beside us, or as it was built.
+/// The program that prints the power report on Linux. It is found relative to this executable, so
+/// that an installation works wherever it is moved: first as installed, then as it lies in the
+/// build folder.
 std::string powerReport() {
   std::error_code error;
-  const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-  const auto built = self.parent_path() / "power-report" / "hushbox-power-report";
-  if (!error && std::filesystem::exists(built, error)) return built;
-  return HUSHBOX_LIBEXEC_DIR "/hushbox-power-report";
+  const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  const auto installed = folder / HUSHBOX_LIBEXEC_FROM_BIN / "hushbox-power-report";
+  if (std::filesystem::exists(installed, error)) return installed.lexically_normal();
+  return folder / "power-report" / "hushbox-power-report";
 }
 
 int run() {
