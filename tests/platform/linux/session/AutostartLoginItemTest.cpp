@@ -194,8 +194,9 @@ TEST_F(AutostartLoginItemTest, SessionsFolderIsInTheConfigurationHome) {
 }
 
 TEST_F(AutostartLoginItemTest, RunningProgramIsThisOne) {
-  EXPECT_THAT(AutostartLoginItem::runningProgram(),
-              testing::AllOf(testing::StartsWith("/"), testing::EndsWith("hushbox_linux_tests")));
+  EXPECT_THAT(
+      AutostartLoginItem::runningProgram(),
+      testing::AllOf(testing::StartsWith("/"), testing::EndsWith("hushbox_linux_session_tests")));
 }
 
 }  // namespace
