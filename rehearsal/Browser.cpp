@@ -1,8 +1,11 @@
 #include "rehearsal/Browser.h"
 
+#include <glib.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 
 #include "rehearsal/DeskError.h"
 #include "rehearsal/DevToolsPipe.h"
@@ -22,6 +25,23 @@ bool contains(const std::vector<std::string>& all, const std::string& one) {
   return std::find(all.begin(), all.end(), one) != all.end();
 }
 
+std::string base64(const std::string& bytes) {
+  gchar* const encoded =
+      g_base64_encode(reinterpret_cast<const guchar*>(bytes.data()), bytes.size());
+  std::string result(encoded);
+  g_free(encoded);
+  return result;
+}
+
+/// The bytes of the rehearsal's page that the address names; empty when it names none.
+std::string pageAt(const std::string& url) {
+  const std::string prefix = Browser::teamsUrl({});
+  if (!url.starts_with(prefix)) return {};
+  const std::string file = url.substr(prefix.size(), url.find_first_of("?#") - prefix.size());
+  std::ifstream page(std::string(HUSHBOX_REHEARSAL_PAGES) + "/" + file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(page), {}};
+}
+
 }  // namespace
 
 Browser::Browser(const Session& session, const Options& options)
@@ -35,10 +55,25 @@ Browser::Browser(const Session& session, const Options& options)
   process_ = session.start("chromium.log", std::move(command),
                            {{pipe_->browserEnd(), 3}, {pipe_->browserEnd(), 4}});
   pipe_->closeBrowserEnd();
+  serveTeams();
 }
 
 Browser::~Browser() {
   process_->kill();
+}
+
+void Browser::serveTeams() {
+  // A reference to the pipe from its own handler would keep the two alive.
+  pipe_->onEvent("Fetch.requestPaused", [&pipe = *pipe_](const nlohmann::json& request,
+                                                         const std::string& session) {
+    const std::string page = pageAt(request.at("request").at("url"));
+    pipe.post("Fetch.fulfillRequest",
+              {{"requestId", request.at("requestId")},
+               {"responseCode", page.empty() ? 404 : 200},
+               {"responseHeaders", {{{"name", "Content-Type"}, {"value", "text/html"}}}},
+               {"body", base64(page)}},
+              session);
+  });
 }
 
 std::vector<std::string> Browser::commandLine() const {
@@ -67,8 +102,14 @@ std::vector<std::string> Browser::commandLine() const {
 }
 
 std::unique_ptr<BrowserPage> Browser::open(const std::string& url, WindowKind kind) {
+  const bool isTeams = url.starts_with(std::string(teamsOrigin) + "/");
+  // A request can only be answered once the pipe is attached to the page.
+  const std::string first = !isTeams                  ? url
+                            : kind == WindowKind::App ? pageUrl("blank.html")
+                                                      : "about:blank";
   auto page = std::make_unique<BrowserPage>(
-      pipe_, kind == WindowKind::App ? openAppWindow(url) : openTarget(url, kind));
+      pipe_, kind == WindowKind::App ? openAppWindow(first) : openTarget(first, kind));
+  if (isTeams) page->navigateToTeams(url);
   waitUntil(
       [&] {
         return page
@@ -111,6 +152,10 @@ std::vector<std::string> Browser::pageTargets() {
     if (target.at("type") == "page") result.push_back(target.at("targetId"));
   }
   return result;
+}
+
+std::string Browser::teamsUrl(const std::string& file) {
+  return std::string(teamsOrigin) + "/v2/" + file;
 }
 
 std::string Browser::pageUrl(const std::string& file) {

@@ -39,6 +39,13 @@ class Browser {
   /// The file:// address of one of the rehearsal's own pages, such as "decoy.html".
   static std::string pageUrl(const std::string& file);
 
+  /// Where Teams is served from.
+  static constexpr const char* teamsOrigin = "https://teams.microsoft.com";
+  /// An address of Teams under which open() presents that page of the rehearsal's. The browser
+  /// takes it for the real one (address, secure context), yet the debugging pipe answers every
+  /// request to that host, so nothing leaves the machine.
+  static std::string teamsUrl(const std::string& file);
+
   bool isHeadless() const { return options_.headless; }
   pid_t pid() const { return process_->pid(); }
   bool isRunning() const { return process_->isRunning(); }
@@ -51,6 +58,7 @@ class Browser {
   const std::shared_ptr<DevToolsPipe>& pipe() const { return pipe_; }
 
  private:
+  void serveTeams();
   std::vector<std::string> commandLine() const;
   std::vector<std::string> pageTargets();
   std::string openTarget(const std::string& url, WindowKind kind);

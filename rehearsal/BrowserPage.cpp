@@ -1,5 +1,6 @@
 #include "rehearsal/BrowserPage.h"
 
+#include "rehearsal/Browser.h"
 #include "rehearsal/DeskError.h"
 #include "rehearsal/DevToolsPipe.h"
 
@@ -23,6 +24,12 @@ nlohmann::json BrowserPage::evaluate(const std::string& expression) {
     throw DeskError(expression + " threw: " + answer["exceptionDetails"].dump());
   }
   return answer.at("result").value("value", nlohmann::json());
+}
+
+void BrowserPage::navigateToTeams(const std::string& url) {
+  call("Fetch.enable",
+       {{"patterns", {{{"urlPattern", std::string(Browser::teamsOrigin) + "/*"}}}}});
+  call("Page.navigate", {{"url", url}});
 }
 
 void BrowserPage::click(const std::string& selector) {

@@ -20,6 +20,10 @@ class BrowserPage {
   /// The value of a JavaScript expression; a promise is awaited, an exception thrown as DeskError.
   nlohmann::json evaluate(const std::string& expression);
 
+  /// Loads a page at an address of Teams, which the browser answers with a file of the rehearsal:
+  /// see Browser::teamsUrl(). Returns once the answer has begun to arrive.
+  void navigateToTeams(const std::string& url);
+
   /// A real mouse click in the middle of the element that the CSS selector finds.
   void click(const std::string& selector);
 

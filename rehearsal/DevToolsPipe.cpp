@@ -34,15 +34,37 @@ void DevToolsPipe::closeBrowserEnd() {
 
 nlohmann::json DevToolsPipe::call(const std::string& method, nlohmann::json parameters,
                                   const std::string& session, Milliseconds deadline) {
+  const int id = send(method, std::move(parameters), session);
+  if (id == 0) throw DeskError("the browser is gone");
+  waitUntil([&] { return isAnswered(id); }, deadline, "the browser's answer to " + method);
+  return takeAnswer(id, method);
+}
+
+void DevToolsPipe::onEvent(const std::string& name, EventHandler handler) {
+  const std::scoped_lock lock(mutex_);
+  handlers_[name] = std::move(handler);
+}
+
+void DevToolsPipe::post(const std::string& method, nlohmann::json parameters,
+                        const std::string& session) {
+  send(method, std::move(parameters), session, true);
+}
+
+/// The command's number; 0 when the browser has exited.
+int DevToolsPipe::send(const std::string& method, nlohmann::json parameters,
+                       const std::string& session, bool ignoresResult) {
+  const std::scoped_lock lock(sending_);
   const int id = ++lastId_;
+  if (ignoresResult) {
+    const std::scoped_lock answersLock(mutex_);
+    ignored_.insert(id);
+  }
   nlohmann::json command{{"id", id}, {"method", method}, {"params", std::move(parameters)}};
   if (!session.empty()) command["sessionId"] = session;
   // The terminating zero byte of the string is the protocol's end of message.
   const std::string text = command.dump();
-  const ssize_t sent = send(ourEnd_, text.c_str(), text.size() + 1, MSG_NOSIGNAL);
-  if (sent != static_cast<ssize_t>(text.size() + 1)) throw DeskError("the browser is gone");
-  waitUntil([&] { return isAnswered(id); }, deadline, "the browser's answer to " + method);
-  return takeAnswer(id, method);
+  const ssize_t sent = ::send(ourEnd_, text.c_str(), text.size() + 1, MSG_NOSIGNAL);
+  return sent == static_cast<ssize_t>(text.size() + 1) ? id : 0;
 }
 
 bool DevToolsPipe::isAnswered(int id) {
@@ -83,11 +105,24 @@ void DevToolsPipe::readMessages() {
 
 void DevToolsPipe::take(const std::string& message) {
   nlohmann::json parsed = nlohmann::json::parse(message, nullptr, false);
-  if (!parsed.is_object() || !parsed.contains("id")) return;
+  if (!parsed.is_object()) return;
+  if (!parsed.contains("id")) return handle(parsed);
   const std::scoped_lock lock(mutex_);
   const int id = parsed["id"];
+  if (ignored_.erase(id) != 0) return;
   answers_[id] = std::move(parsed);
   wakeWaiters();
+}
+
+void DevToolsPipe::handle(const nlohmann::json& event) {
+  EventHandler handler;
+  {
+    const std::scoped_lock lock(mutex_);
+    const auto found = handlers_.find(event.value("method", ""));
+    if (found == handlers_.end()) return;
+    handler = found->second;
+  }
+  handler(event.at("params"), event.value("sessionId", ""));
 }
 
 }  // namespace hushbox::rehearsal

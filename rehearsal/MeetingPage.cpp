@@ -41,7 +41,7 @@ std::string percentEncoded(const std::string& text) {
 }
 
 std::string address(const MeetingPage::Options& options) {
-  return Browser::pageUrl("meeting.html") + "?n=" + std::to_string(options.extraElements) +
+  return Browser::teamsUrl("meeting.html") + "?n=" + std::to_string(options.extraElements) +
          "&muted=" + (options.muted ? "1" : "0") + "&control=" + controlName(options.microphone) +
          "&delay=" + std::to_string(options.labelDelay.count()) +
          "&stuck=" + (options.stuck ? "1" : "0") + "&title=" + percentEncoded(options.title);

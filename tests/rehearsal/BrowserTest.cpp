@@ -34,6 +34,16 @@ TEST_F(BrowserTest, AppearsOnTheAccessibilityBus) {
   meeting.close();
 }
 
+TEST_F(BrowserTest, TheMeetingIsServedUnderAnAddressOfTeams) {
+  MeetingPage meeting(desk_->browser());
+  const std::string address = meeting.page().evaluate("location.href");
+  EXPECT_TRUE(address.starts_with("https://teams.microsoft.com/v2/")) << address;
+  EXPECT_EQ(meeting.page().evaluate("isSecureContext"), true);
+  // Whatever else the page requests of that host is not found, and does not leave the machine.
+  EXPECT_EQ(meeting.page().evaluate("fetch('/other').then((answer) => answer.status)"), 404);
+  meeting.close();
+}
+
 TEST_F(BrowserTest, AClickOnTheMicrophoneChangesItsLabelAndIsTimed) {
   MeetingPage meeting(desk_->browser());
   EXPECT_FALSE(meeting.isMuted());
