@@ -17,7 +17,7 @@ namespace hushbox {
 class AudioHardwareContract : public Contract<AudioHardwareDriver> {
  protected:
   static constexpr const char* speakerphone = AudioHardwareDriver::speakerphone;
-  /// What a server's own scale may make of a volume.
+  /// A server rounds volumes to its own scale.
   static constexpr float tolerance = 0.001F;
 
   AudioHardware& hardware() { return driver().hardware(); }
@@ -39,7 +39,7 @@ class AudioHardwareContract : public Contract<AudioHardwareDriver> {
     return name;
   }
 
-  /// The device of that name, or 0.
+  /// Returns the device with that name, or 0.
   AudioObjectID find(const std::string& name) {
     for (const AudioObjectID device : devices()) {
       if (nameOf(device) == name) return device;
@@ -47,7 +47,7 @@ class AudioHardwareContract : public Contract<AudioHardwareDriver> {
     return 0;
   }
 
-  /// Plugs a device in and waits until it is there.
+  /// Plugs a device in and waits until it is listed.
   AudioObjectID plug(const std::string& name = speakerphone) {
     driver().plug(name);
     EXPECT_TRUE(driver().waitFor([&] { return find(name) != 0; }));
@@ -89,7 +89,7 @@ class AudioHardwareContract : public Contract<AudioHardwareDriver> {
     });
   }
 
-  /// Counts the calls of a listener that is left in place.
+  /// Adds a listener and returns the count of its calls. The listener is never removed.
   std::shared_ptr<int> listen(AudioObjectID object, const AudioPropertyAddress& address) {
     auto calls = std::make_shared<int>(0);
     const auto listener = hardware().addPropertyListener(object, address, [this, calls] {
@@ -101,14 +101,14 @@ class AudioHardwareContract : public Contract<AudioHardwareDriver> {
   }
 };
 
-TEST_P(AudioHardwareContract, DeviceThatIsPluggedInIsListedUnderItsName) {
+TEST_P(AudioHardwareContract, ListsAPluggedInDeviceUnderItsName) {
   EXPECT_EQ(find(speakerphone), 0U);
   const AudioObjectID device = plug();
   EXPECT_NE(device, audio::systemObject);
   EXPECT_EQ(nameOf(device), speakerphone);
 }
 
-TEST_P(AudioHardwareContract, PluggingAndUnpluggingAreAnnouncedOnTheSystemObject) {
+TEST_P(AudioHardwareContract, AnnouncesPluggingAndUnpluggingOnTheSystemObject) {
   const auto calls = listen(audio::systemObject, audio::deviceList);
   plug();
   EXPECT_TRUE(driver().waitFor([&] { return *calls >= 1; }));
@@ -117,7 +117,7 @@ TEST_P(AudioHardwareContract, PluggingAndUnpluggingAreAnnouncedOnTheSystemObject
   EXPECT_TRUE(driver().waitFor([&] { return *calls > before; }));
 }
 
-TEST_P(AudioHardwareContract, DeviceIsGoneAfterUnplugging) {
+TEST_P(AudioHardwareContract, UnpluggedDeviceHasNoProperties) {
   const AudioObjectID device = plug();
   unplug();
   EXPECT_FALSE(hardware().hasProperty(device, audio::inputVolume));
@@ -128,7 +128,7 @@ TEST_P(AudioHardwareContract, DeviceIsGoneAfterUnplugging) {
   EXPECT_FALSE(hardware().addPropertyListener(device, audio::inputVolume, [] {}));
 }
 
-TEST_P(AudioHardwareContract, DeviceThatComesBackIsAnotherObject) {
+TEST_P(AudioHardwareContract, DeviceThatIsPluggedInAgainGetsANewIdentifier) {
   const AudioObjectID first = plug();
   unplug();
   const AudioObjectID second = plug();
@@ -136,7 +136,7 @@ TEST_P(AudioHardwareContract, DeviceThatComesBackIsAnotherObject) {
   EXPECT_NE(first, second);
 }
 
-TEST_P(AudioHardwareContract, DevicesKeepTheirPlaceInTheList) {
+TEST_P(AudioHardwareContract, DevicesKeepTheirOrderInTheList) {
   const AudioObjectID first = plug("First microphone");
   const AudioObjectID second = plug("Second microphone");
   const auto list = devices();
@@ -145,7 +145,7 @@ TEST_P(AudioHardwareContract, DevicesKeepTheirPlaceInTheList) {
   EXPECT_EQ(devices(), list);
 }
 
-TEST_P(AudioHardwareContract, ListIsCutToTheRoomThereIs) {
+TEST_P(AudioHardwareContract, TruncatesTheDeviceListToTheBuffer) {
   plug("First microphone");
   plug("Second microphone");
   const auto list = devices();
@@ -156,7 +156,7 @@ TEST_P(AudioHardwareContract, ListIsCutToTheRoomThereIs) {
   EXPECT_EQ(first, list[0]);
 }
 
-TEST_P(AudioHardwareContract, DeviceHasTheThreePropertiesAndNoOther) {
+TEST_P(AudioHardwareContract, DeviceHasExactlyThreeProperties) {
   const AudioObjectID device = plug();
   EXPECT_TRUE(hardware().hasProperty(device, audio::deviceName));
   EXPECT_TRUE(hardware().hasProperty(device, audio::inputVolume));
@@ -167,15 +167,15 @@ TEST_P(AudioHardwareContract, DeviceHasTheThreePropertiesAndNoOther) {
 }
 
 TEST_P(AudioHardwareContract, UnknownObjectHasNoProperties) {
-  const AudioObjectID nobody = 0x7FFFFFF0;
+  const AudioObjectID unknown = 0x7FFFFFF0;
   std::uint32_t size = 0;
-  EXPECT_FALSE(hardware().hasProperty(nobody, audio::inputVolume));
-  EXPECT_NE(hardware().getPropertyDataSize(nobody, audio::inputVolume, size), 0);
-  EXPECT_EQ(volume(nobody), std::nullopt);
-  EXPECT_EQ(nameOf(nobody), std::nullopt);
+  EXPECT_FALSE(hardware().hasProperty(unknown, audio::inputVolume));
+  EXPECT_NE(hardware().getPropertyDataSize(unknown, audio::inputVolume, size), 0);
+  EXPECT_EQ(volume(unknown), std::nullopt);
+  EXPECT_EQ(nameOf(unknown), std::nullopt);
 }
 
-TEST_P(AudioHardwareContract, ScalarsAreFourBytesAndNeedTheRoomForIt) {
+TEST_P(AudioHardwareContract, ScalarsAreFourBytesAndFailInASmallerBuffer) {
   const AudioObjectID device = plug();
   std::uint32_t size = 0;
   EXPECT_EQ(hardware().getPropertyDataSize(device, audio::inputVolume, size), 0);
@@ -188,7 +188,7 @@ TEST_P(AudioHardwareContract, ScalarsAreFourBytesAndNeedTheRoomForIt) {
   EXPECT_NE(hardware().setPropertyData(device, audio::inputVolume, 2, &value), 0);
 }
 
-TEST_P(AudioHardwareContract, VolumeThatSomebodyElseSetsIsReadAndAnnounced) {
+TEST_P(AudioHardwareContract, ReadsAndAnnouncesAVolumeSetByAnotherProgram) {
   const AudioObjectID device = plug();
   const auto calls = listen(device, audio::inputVolume);
   driver().writeVolume(0.25F);
@@ -196,7 +196,7 @@ TEST_P(AudioHardwareContract, VolumeThatSomebodyElseSetsIsReadAndAnnounced) {
   EXPECT_TRUE(driver().waitFor([&] { return *calls >= 1; }));
 }
 
-TEST_P(AudioHardwareContract, ZeroIsReadBackAsExactlyZeroAndAnyOtherVolumeIsAboveIt) {
+TEST_P(AudioHardwareContract, OnlyVolumeZeroIsReadAsExactlyZero) {
   const AudioObjectID device = plug();
   driver().writeVolume(0);
   EXPECT_TRUE(driver().waitFor([&] { return volume(device) == 0.0F; }));
@@ -204,7 +204,7 @@ TEST_P(AudioHardwareContract, ZeroIsReadBackAsExactlyZeroAndAnyOtherVolumeIsAbov
   EXPECT_TRUE(driver().waitFor([&] { return volume(device).value_or(0) > 0.0F; }));
 }
 
-TEST_P(AudioHardwareContract, OwnWriteIsAnnouncedLaterToTheOneWhoWrote) {
+TEST_P(AudioHardwareContract, AnnouncesItsOwnWriteLater) {
   const AudioObjectID device = plug();
   const auto calls = listen(device, audio::inputVolume);
   EXPECT_EQ(setVolume(device, 0.5F), 0);
@@ -213,7 +213,7 @@ TEST_P(AudioHardwareContract, OwnWriteIsAnnouncedLaterToTheOneWhoWrote) {
   EXPECT_TRUE(waitForVolume(device, 0.5F));
 }
 
-TEST_P(AudioHardwareContract, WriteOfTheVolumeThatIsThereIsNotAnnounced) {
+TEST_P(AudioHardwareContract, DoesNotAnnounceAWriteOfThePresentVolume) {
   const AudioObjectID device = plug();
   driver().writeVolume(0.5F);
   ASSERT_TRUE(waitForVolume(device, 0.5F));
@@ -225,7 +225,7 @@ TEST_P(AudioHardwareContract, WriteOfTheVolumeThatIsThereIsNotAnnounced) {
   EXPECT_EQ(*calls, 0);
 }
 
-TEST_P(AudioHardwareContract, VolumeIsKeptBetweenZeroAndOne) {
+TEST_P(AudioHardwareContract, ClampsTheVolumeToTheRangeFromZeroToOne) {
   const AudioObjectID device = plug();
   EXPECT_EQ(setVolume(device, -1.0F), 0);
   EXPECT_TRUE(driver().waitFor([&] { return volume(device) == 0.0F; }));
@@ -233,7 +233,7 @@ TEST_P(AudioHardwareContract, VolumeIsKeptBetweenZeroAndOne) {
   EXPECT_TRUE(waitForVolume(device, 1.0F));
 }
 
-TEST_P(AudioHardwareContract, RecordingIsSeenAndAnnouncedAtItsStartAndEnd) {
+TEST_P(AudioHardwareContract, AnnouncesTheStartAndTheEndOfARecording) {
   const AudioObjectID device = plug();
   EXPECT_EQ(running(device), false);
   const auto calls = listen(device, audio::runningSomewhere);
@@ -244,7 +244,7 @@ TEST_P(AudioHardwareContract, RecordingIsSeenAndAnnouncedAtItsStartAndEnd) {
   EXPECT_TRUE(driver().waitFor([&] { return running(device) == false && *calls > before; }));
 }
 
-TEST_P(AudioHardwareContract, ListenerHearsOfItsOwnPropertyOnly) {
+TEST_P(AudioHardwareContract, CallsListenersOfTheChangedPropertyOnly) {
   const AudioObjectID device = plug();
   const AudioObjectID other = plug("Other microphone");
   const auto ofOther = listen(other, audio::inputVolume);
@@ -257,7 +257,7 @@ TEST_P(AudioHardwareContract, ListenerHearsOfItsOwnPropertyOnly) {
   EXPECT_EQ(*ofRunning, 0);
 }
 
-TEST_P(AudioHardwareContract, RemovedListenerHearsNothingMoreAndOthersGoOn) {
+TEST_P(AudioHardwareContract, RemovingAListenerLeavesTheOthersInPlace) {
   const AudioObjectID device = plug();
   int removedCalls = 0;
   auto removed =
@@ -270,7 +270,7 @@ TEST_P(AudioHardwareContract, RemovedListenerHearsNothingMoreAndOthersGoOn) {
   EXPECT_EQ(removedCalls, 0);
 }
 
-TEST_P(AudioHardwareContract, ListenerStaysAfterItsRegistrationIsLetGoOf) {
+TEST_P(AudioHardwareContract, DestroyingTheTokenKeepsTheListener) {
   const AudioObjectID device = plug();
   int calls = 0;
   {

@@ -7,8 +7,8 @@
 
 namespace hushbox {
 
-/// Drives audio hardware and a desk of devices around it. Other devices than those plugged in may
-/// be there too. What the desk does may take effect, and be announced, only while the loop runs.
+/// Drives audio hardware and the devices around it. There may be other devices than those plugged
+/// in here. Operations may take effect, and be announced, only while the loop runs.
 class AudioHardwareDriver : public ContractDriver {
  public:
   static constexpr const char* speakerphone = "Jabra Speak2 75";
@@ -16,14 +16,14 @@ class AudioHardwareDriver : public ContractDriver {
   virtual AudioHardware& hardware() = 0;
   virtual bool isMainThread() = 0;
 
-  /// Plugs a microphone in under that name, `speakerphone` or another, at full input volume.
+  /// Plugs in a microphone with that name, at full input volume.
   virtual void plug(const std::string& name) = 0;
   virtual void unplug(const std::string& name) = 0;
 
-  /// Another program, or the device itself, sets the speakerphone's input volume, 0 to 1.
+  /// Sets the speakerphone's input volume, 0 to 1, as another program or the device itself would.
   virtual void writeVolume(float volume) = 0;
 
-  /// Another program starts and stops recording from the speakerphone.
+  /// Starts and stops a recording by another program from the speakerphone.
   virtual void startRecording() = 0;
   virtual void stopRecording() = 0;
 };

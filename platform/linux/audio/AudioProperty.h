@@ -4,7 +4,7 @@
 
 namespace hushbox {
 
-/// One property of one audio object: what listeners are kept for, and what a change is of.
+/// One property of one audio object. Listeners and changes refer to it.
 struct AudioProperty {
   AudioObjectID object;
   AudioPropertyAddress address;

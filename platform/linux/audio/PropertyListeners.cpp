@@ -36,7 +36,7 @@ void PropertyListeners::call(const std::vector<AudioProperty>& changes) {
       }
     }
   }
-  // From here on nothing of this object: a listener may end it.
+  // Don't touch `this` below; a listener may have destroyed it.
   for (const auto& listener : due) {
     if (!listener->removed) listener->block();
   }
@@ -44,15 +44,16 @@ void PropertyListeners::call(const std::vector<AudioProperty>& changes) {
 
 template <typename Predicate>
 std::size_t PropertyListeners::removeIf(Predicate predicate) {
-  // The blocks outlast the change of the list: what they hold may come back here as it ends.
-  std::vector<std::shared_ptr<Listener>> gone;
+  // Keeps the blocks alive until the list is consistent again: destroying one may call back into
+  // this object.
+  std::vector<std::shared_ptr<Listener>> removed;
   std::erase_if(listeners_, [&](const auto& listener) {
     if (!predicate(listener)) return false;
     listener->removed = true;
-    gone.push_back(listener);
+    removed.push_back(listener);
     return true;
   });
-  return gone.size();
+  return removed.size();
 }
 
 }  // namespace hushbox

@@ -8,11 +8,11 @@
 
 namespace hushbox {
 
-/// The listeners that are in place, and the calling of them. Main thread only.
+/// Keeps the registered property listeners and calls them. Main thread only.
 ///
-/// A listener may add and remove listeners, itself too, and may end the owner of them all: one that
-/// is removed before its turn is not called, and one that is added meanwhile waits for the next
-/// change.
+/// A listener may add and remove listeners, itself included, and may destroy this object. A
+/// listener that is removed before its turn is not called; one that is added during a call waits
+/// for the next change.
 class PropertyListeners {
  public:
   PropertyListeners() = default;
@@ -22,13 +22,14 @@ class PropertyListeners {
 
   RegistrationToken add(const AudioProperty& property, std::function<void()> block);
 
-  /// False when the registration is not one of this property's.
+  /// Returns false if the registration does not belong to this property.
   bool remove(const AudioProperty& property, const RegistrationToken& registration);
 
-  /// Takes away whatever listens to objects that are gone.
+  /// Removes the listeners of objects that no longer exist.
   void removeUnless(const std::function<bool(AudioObjectID)>& exists);
 
-  /// Calls each listener of the changed properties once, in the order of the changes.
+  /// Calls each listener of the changed properties once, in the order of the changes. A listener
+  /// may destroy this object; the call then stops there.
   void call(const std::vector<AudioProperty>& changes);
 
  private:

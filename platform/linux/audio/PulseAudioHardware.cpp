@@ -8,7 +8,7 @@
 namespace hushbox {
 namespace {
 
-// The answer comes through the callbacks of the request; the handle is of no use. Null when the
+// Releases the operation: replies arrive through the request's callbacks. Returns false if the
 // request could not be sent.
 bool sent(pa_operation* operation) {
   if (operation == nullptr) return false;
@@ -111,7 +111,8 @@ void PulseAudioHardware::connected(pa_context& context) {
   constexpr auto facilities = static_cast<pa_subscription_mask_t>(
       PA_SUBSCRIPTION_MASK_SOURCE | PA_SUBSCRIPTION_MASK_SOURCE_OUTPUT);
   sent(pa_context_subscribe(&context, facilities, nullptr, nullptr));
-  // Streams first: a device that is in a call already has to appear as running, not to start.
+  // Streams first, so that a device already in a call appears as running and does not seem to
+  // start.
   sent(pa_context_get_source_output_info_list(&context, &onStream, this));
   sent(pa_context_get_source_info_list(&context, &onSource, this));
 }
@@ -164,7 +165,7 @@ void PulseAudioHardware::waitForDevices() {
     *static_cast<bool*>(flag) = true;
     return G_SOURCE_REMOVE;
   };
-  const guint timer = g_timeout_add(static_cast<guint>(startPatience.count()), setLate, &late);
+  const guint timer = g_timeout_add(static_cast<guint>(startTimeout.count()), setLate, &late);
   while (!complete_ && !late && connection_.isOpen()) g_main_context_iteration(nullptr, TRUE);
   if (!late) g_source_remove(timer);
 }
@@ -184,11 +185,11 @@ AudioStatus PulseAudioHardware::writeVolume(const PulseSourceTable::Source& sour
   const pa_cvolume volume = source.volumeFor(level);
   const bool isSent =
       sent(pa_context_set_source_volume_by_index(context, source.index, &volume, nullptr, nullptr));
-  // The switch comes second, so that the level before the mute is not heard in between.
-  const bool opensSwitch = level > 0.0F;
-  const bool isOpened = !opensSwitch || sent(pa_context_set_source_mute_by_index(
-                                            context, source.index, 0, nullptr, nullptr));
-  return isSent && isOpened ? audio::noError : audio::hardwareNotRunning;
+  // The switch comes second; otherwise the old level would be audible for a moment.
+  const bool clearsSwitch = level > 0.0F;
+  const bool isCleared = !clearsSwitch || sent(pa_context_set_source_mute_by_index(
+                                              context, source.index, 0, nullptr, nullptr));
+  return isSent && isCleared ? audio::noError : audio::hardwareNotRunning;
 }
 
 void PulseAudioHardware::note(PulseSourceTable::Changes changes) {

@@ -11,32 +11,30 @@
 
 namespace hushbox {
 
-/// The input devices of a PulseAudio server, or of PipeWire in its place. Main thread only; it
-/// lives on the default main context, and a listener may end it.
+/// The input devices of a PulseAudio server, or of PipeWire's PulseAudio server. Main thread only.
+/// Runs on the default main context; a listener may destroy it.
 ///
-/// The devices are the server's sources, monitors of sinks left out. An identifier stands for one
-/// stay of a source: what is unplugged and comes back, and everything after a loss of the server,
-/// is another device. While there is no server the device list is empty; it fills again, and the
-/// list's listeners are called, within `PulseConnection::longestDelay` of the server's return.
+/// The devices are the server's sources except the monitors of sinks. A source that is unplugged
+/// and plugged in again gets a new identifier, and so does every source when the server is lost.
+/// The device list is empty while there is no server. Within `PulseConnection::maxRetryDelay` of
+/// its return the list is filled again and its listeners are called.
 ///
-/// Reads never wait: they give what the server last said, so that a value just written is read back
-/// only once the server has confirmed it, some tenths of a millisecond later. A write is sent and
-/// not waited for either.
+/// Reads return the last reported value and never wait. A written value can be read back once the
+/// server has confirmed it, some tenths of a millisecond later. Writes don't wait either.
 ///
-/// Listeners are called once per change of the value that a read gives: moving the mute switch of a
-/// source that is at the bottom anyway, or its volume above 100 %, calls nobody. Each event of the
-/// server is answered by a question of ours. A volume that falls and is put back is therefore seen
-/// as two changes when our question arrives at the server before the volume is put back. A program
-/// that reacts to the fall has to ask the same question first, so it comes later; only two writes
-/// in immediate succession, or a loop held up for as long as the fall lasts, hide it. Nothing in
-/// the protocol tells of those, and none is guessed at.
+/// Listeners are called once per change of the value that a read returns. Moving the mute switch of
+/// a source whose volume is 0, or changing a volume above 100 %, calls no listener. The server's
+/// events carry no value, so each one is answered with a request for the source's state. A volume
+/// that drops and is restored is seen as two changes if that request reaches the server before the
+/// volume is restored.
 class PulseAudioHardware final : public AudioHardware, private PulseConnection::Client {
  public:
-  /// How long the constructor waits for the server's first answers.
-  static constexpr std::chrono::milliseconds startPatience{1000};
+  /// How long the constructor waits for the list of devices.
+  static constexpr std::chrono::milliseconds startTimeout{1000};
 
-  /// Connects, and lets the default main context run until the devices are known, or the server
-  /// turns out to be absent, or `startPatience` has passed. Then it is without devices for now.
+  /// Connects, and runs the default main context until the devices are known, the server turns out
+  /// to be absent, or `startTimeout` has passed. In the latter cases the device list is empty until
+  /// the server replies.
   PulseAudioHardware();
 
   bool hasProperty(AudioObjectID object, const AudioPropertyAddress& address) override;
@@ -47,11 +45,10 @@ class PulseAudioHardware final : public AudioHardware, private PulseConnection::
   AudioStatus getPropertyText(AudioObjectID object, const AudioPropertyAddress& address,
                               std::string& text) override;
 
-  /// Only the input volume can be written, from 0 to 1; beyond that the nearest of the two counts.
-  /// 0 takes every channel to the bottom; any other level sets the loudest channel, keeps the
-  /// channels' balance and opens the mute switch. The switch is never closed: programs in a call
-  /// watch it and would mirror what is not theirs to mirror.
-  /// 0 says that the request was sent, no more.
+  /// Only the input volume is writable. Values are clamped to the range from 0 to 1. 0 sets every
+  /// channel to 0; any other value sets the loudest channel, keeps the channels' balance and clears
+  /// the mute switch. The switch is never set: programs in a call watch it and would mirror it.
+  /// Status 0 means that the request was sent, not that the server has accepted it.
   AudioStatus setPropertyData(AudioObjectID object, const AudioPropertyAddress& address,
                               std::uint32_t size, const void* data) override;
 

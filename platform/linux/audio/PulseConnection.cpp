@@ -12,8 +12,8 @@
 namespace hushbox {
 namespace {
 
-// Never freed, like the main context that it is attached to: libpulse may be in the middle of
-// calling us back when the last connection goes.
+// Never freed, like the main context that it is attached to: the last connection may be destroyed
+// inside one of libpulse's callbacks.
 pa_mainloop_api* mainLoopApi() {
   static pa_glib_mainloop* const loop = pa_glib_mainloop_new(nullptr);
   return pa_glib_mainloop_get_api(loop);
@@ -46,7 +46,7 @@ void PulseConnection::open() {
     openAfterDelay();
     return;
   }
-  // Set only now: a refusal that is known at once would be told twice, by the result and here.
+  // Set only now, or an immediate failure would be handled twice: above and in the callback.
   pa_context_set_state_callback(
       context_,
       [](pa_context*, void* self) { static_cast<PulseConnection*>(self)->stateChanged(); }, this);
@@ -66,7 +66,7 @@ void PulseConnection::stateChanged() {
   const pa_context_state_t state = pa_context_get_state(context_);
   if (state == PA_CONTEXT_READY) {
     ready_ = true;
-    delay_ = firstDelay;
+    delay_ = minRetryDelay;
     client_.connected(*context_);
   } else if (!PA_CONTEXT_IS_GOOD(state)) {
     const bool wasReady = ready_;
@@ -86,7 +86,7 @@ void PulseConnection::openAfterDelay() {
         return G_SOURCE_REMOVE;
       },
       this);
-  delay_ = std::min(2 * delay_, longestDelay);
+  delay_ = std::min(2 * delay_, maxRetryDelay);
 }
 
 }  // namespace hushbox

@@ -7,44 +7,44 @@
 
 namespace hushbox {
 
-/// A connection to the user's sound server, made anew whenever it is lost.
+/// A connection to the user's sound server. Reconnects whenever the connection is lost.
 ///
-/// It lives on the default main context and calls back from there. The server is the one that
-/// libpulse finds in the environment (PULSE_SERVER and its defaults), PulseAudio or PipeWire's
-/// stand-in for it; none is ever started. Nothing here waits for the server: one that hangs is
-/// given up by libpulse after 30 s, as soon as there is a question that it owes an answer to.
+/// Runs on the default main context and calls back on it. The server is the one that libpulse finds
+/// through the environment (PULSE_SERVER and its defaults): PulseAudio or PipeWire's PulseAudio
+/// server. It never starts one. Nothing here waits for the server; libpulse closes the connection
+/// to a hung server 30 s after a request that got no reply.
 class PulseConnection {
  public:
   using Delay = std::chrono::milliseconds;
 
-  /// After a loss the first attempt comes after this time, and each further one after twice the
-  /// time of the one before, up to the longest: a server that is being restarted is back within
-  /// half a second, and a desk without one costs a wake-up every 8 s.
-  static constexpr Delay firstDelay{250};
-  static constexpr Delay longestDelay{8000};
+  /// The delay before the first attempt to reconnect. It doubles with each further attempt, up to
+  /// `maxRetryDelay`: a server that restarts is back within half a second, and a machine without a
+  /// server costs one wake-up every 8 s.
+  static constexpr Delay minRetryDelay{250};
+  static constexpr Delay maxRetryDelay{8000};
 
-  /// Whom the connection tells. Each call may end the connection.
+  /// Receives changes of the connection. Each call may destroy the connection.
   class Client {
    public:
-    /// The server answers: `context` is to be used until `disconnected()`.
+    /// The connection is ready. `context` is valid until `disconnected()`.
     virtual void connected(pa_context& context) = 0;
-    /// The server is gone, after `connected()`. Every operation on the context is cancelled.
+    /// The connection was lost after `connected()`. Every operation on the context is cancelled.
     virtual void disconnected() = 0;
 
    protected:
     ~Client() = default;
   };
 
-  /// Begins to connect; calls `client` only from the main context, later.
+  /// Starts to connect. Calls `client` later, from the main context only.
   explicit PulseConnection(Client& client);
   ~PulseConnection();
   PulseConnection(const PulseConnection&) = delete;
   PulseConnection& operator=(const PulseConnection&) = delete;
 
-  /// Whether an attempt is under way or has succeeded; false between attempts.
+  /// Whether an attempt is in progress or has succeeded; false between attempts.
   bool isOpen() const { return context_ != nullptr; }
 
-  /// The context while the server answers, else null.
+  /// The context while the connection is ready, otherwise null.
   pa_context* context() const { return ready_ ? context_ : nullptr; }
 
  private:
@@ -57,7 +57,7 @@ class PulseConnection {
   pa_context* context_ = nullptr;
   bool ready_ = false;
   guint retry_ = 0;
-  Delay delay_ = firstDelay;
+  Delay delay_ = minRetryDelay;
 };
 
 }  // namespace hushbox

@@ -33,8 +33,9 @@ bool isTrue(const pa_proplist* properties, const char* key) {
   return view(pa_proplist_gets(properties, key)) == "true";
 }
 
-// PulseAudio gives a meter away by its resampler, PipeWire by properties of the stream. Versions
-// of PipeWire without those leave only what mixers call their meters and themselves.
+// PulseAudio marks a level meter by its resampler, PipeWire by stream properties. Versions of
+// PipeWire without those properties leave only the names that mixers give to their meters and
+// themselves.
 bool isMeter(const pa_source_output_info& info) {
   constexpr std::array<std::string_view, 2> mixers{"org.PulseAudio.pavucontrol",
                                                    "org.gnome.VolumeControl"};
@@ -59,10 +60,10 @@ float PulseSourceTable::Source::inputVolume() const {
 
 pa_cvolume PulseSourceTable::Source::volumeFor(float level) const {
   const auto exact = static_cast<pa_volume_t>(std::lround(level * PA_VOLUME_NORM));
-  const pa_volume_t wanted = level > 0.0F ? std::max<pa_volume_t>(exact, 1) : PA_VOLUME_MUTED;
+  const pa_volume_t loudest = level > 0.0F ? std::max<pa_volume_t>(exact, 1) : PA_VOLUME_MUTED;
   const bool silent = pa_cvolume_is_muted(&volume) != 0;
   pa_cvolume result = silent && audibleVolume.channels == volume.channels ? audibleVolume : volume;
-  pa_cvolume_scale(&result, wanted);
+  pa_cvolume_scale(&result, loudest);
   return result;
 }
 
@@ -72,8 +73,8 @@ const PulseSourceTable::Source* PulseSourceTable::find(AudioObjectID id) const {
 }
 
 PulseSourceTable::Changes PulseSourceTable::setSource(const pa_source_info& info) {
-  // A source without channels has not been described in full yet; an event follows when it is.
-  // Taken at its word it would be silent, which is what a press of the button looks like.
+  // A source without channels is not fully set up yet; an event follows when it is. It would count
+  // as silent, which looks like a press of the button.
   if (info.monitor_of_sink != PA_INVALID_INDEX || !pa_cvolume_valid(&info.volume)) return {};
 
   const auto found = std::ranges::find(sources_, info.index, &Source::index);
@@ -86,8 +87,8 @@ PulseSourceTable::Changes PulseSourceTable::setSource(const pa_source_info& info
 }
 
 PulseSourceTable::Changes PulseSourceTable::removeSource(std::uint32_t index) {
-  const auto isThat = [&](const Source& source) { return source.index == index; };
-  return std::erase_if(sources_, isThat) == 0 ? Changes{} : Changes{deviceListChange};
+  const auto matches = [&](const Source& source) { return source.index == index; };
+  return std::erase_if(sources_, matches) == 0 ? Changes{} : Changes{deviceListChange};
 }
 
 PulseSourceTable::Changes PulseSourceTable::setStream(const pa_source_output_info& info) {

@@ -11,54 +11,52 @@
 
 namespace hushbox {
 
-/// What the sound server last said about its input sources and the streams that record from them.
+/// The last reported state of the sound server's input sources and of the streams that record from
+/// them. Each update returns the properties that it changed. Makes no requests. Main thread only.
 ///
-/// It is told each fact as it comes and answers which properties changed by it; it asks nobody
-/// anything. Main thread only.
-///
-/// A source that is the monitor of a sink is no input device and is left out. A source gets its
-/// identifier when it is first told and keeps it until it is removed; one that comes back, or
-/// another name under the same index, is another device with another identifier.
+/// Monitors of sinks are not input devices and are left out. A source gets its identifier when it
+/// is first reported and keeps it until it is removed. A source that comes back, or another name
+/// under the same index, is another device with a new identifier.
 class PulseSourceTable {
  public:
   struct Source {
     AudioObjectID id;
     std::uint32_t index;
-    /// The server's name for it, which tells sources apart; not for people.
+    /// The server's unique name for the source; not shown to the user.
     std::string key;
-    /// The name that the user knows it by, well-formed UTF-8.
+    /// The name that the user sees, well-formed UTF-8.
     std::string name;
     pa_cvolume volume;
-    /// The last volume that was not silent: what the channels' balance is restored from.
+    /// The last volume that was not silent. Unmuting restores the channels' balance from it.
     pa_cvolume audibleVolume;
     bool muteSwitch;
     bool running;
 
-    /// The loudest channel as a fraction of full volume (the server's scale, not decibels), at most
-    /// 1; exactly 0 when, and only when, nothing comes through: the mute switch is on or every
-    /// channel is at the bottom.
+    /// The loudest channel as a fraction of 100 % on the server's own (cubic) scale, at most 1. It
+    /// is exactly 0 if and only if the source is silent: its mute switch is on or every channel is
+    /// at 0.
     float inputVolume() const;
 
-    /// The channel volumes for that input volume: in their present balance, or the last one heard
-    /// when they are silent. Only 0 gives silence.
+    /// The channel volumes for that input volume, in their present balance, or in the last audible
+    /// one if they are silent now. Only level 0 results in silence.
     pa_cvolume volumeFor(float level) const;
   };
 
   using Changes = std::vector<AudioProperty>;
 
-  /// In the order in which the server told of them.
+  /// In the order in which the server reported them.
   const std::vector<Source>& sources() const { return sources_; }
   const Source* find(AudioObjectID id) const;
 
   Changes setSource(const pa_source_info& info);
   Changes removeSource(std::uint32_t index);
 
-  /// A source is running while a stream takes sound from it. Paused streams do not count, nor do
-  /// the level meters that mixers show.
+  /// A source is running while a stream records from it. Paused streams and the level meters of
+  /// mixers don't count.
   Changes setStream(const pa_source_output_info& info);
   Changes removeStream(std::uint32_t index);
 
-  /// Forgets everything: the server is gone.
+  /// Removes everything, after the connection was lost.
   Changes clear();
 
  private:
@@ -68,7 +66,8 @@ class PulseSourceTable {
   static Changes update(Source& source, const pa_source_info& info);
 
   std::vector<Source> sources_;
-  /// By stream index, the index of the source that it records from; only streams that count.
+  /// The index of the source that each stream records from, by stream index. Holds only the streams
+  /// that count as recording.
   std::map<std::uint32_t, std::uint32_t> streams_;
 };
 

@@ -26,7 +26,7 @@ class PropertyListenersTest : public testing::Test {
   std::vector<std::string> notes_;
 };
 
-TEST_F(PropertyListenersTest, CallsThoseOfTheChangedPropertiesOnceInTheOrderOfTheChanges) {
+TEST_F(PropertyListenersTest, CallsEachListenerOfAChangedPropertyOnceInTheOrderOfTheChanges) {
   const auto first = listeners_->add(volume, noting("volume"));
   const auto second = listeners_->add(list, noting("list"));
   const auto third = listeners_->add(running, noting("running"));
@@ -35,7 +35,7 @@ TEST_F(PropertyListenersTest, CallsThoseOfTheChangedPropertiesOnceInTheOrderOfTh
   EXPECT_THAT(notes_, ElementsAre("list", "volume", "volume too"));
 }
 
-TEST_F(PropertyListenersTest, RemovesOnlyWhatWasAddedForThatProperty) {
+TEST_F(PropertyListenersTest, RemovesOnlyAListenerOfThatProperty) {
   const auto registration = listeners_->add(volume, noting("volume"));
   EXPECT_FALSE(listeners_->remove(running, registration));
   EXPECT_FALSE(listeners_->remove(volume, RegistrationToken()));
@@ -46,7 +46,7 @@ TEST_F(PropertyListenersTest, RemovesOnlyWhatWasAddedForThatProperty) {
   EXPECT_THAT(notes_, ElementsAre("volume"));
 }
 
-TEST_F(PropertyListenersTest, StaysInPlaceWithoutItsRegistration) {
+TEST_F(PropertyListenersTest, KeepsAListenerAfterItsTokenIsDestroyed) {
   listeners_->add(volume, noting("volume"));
   listeners_->call({volume});
   EXPECT_THAT(notes_, ElementsAre("volume"));
@@ -75,17 +75,17 @@ TEST_F(PropertyListenersTest, ListenerAddedDuringACallWaitsForTheNextChange) {
   EXPECT_THAT(notes_, ElementsAre("added"));
 }
 
-TEST_F(PropertyListenersTest, ListenerMayEndThemAll) {
+TEST_F(PropertyListenersTest, ListenerMayDestroyTheListeners) {
   listeners_->add(volume, [&] {
     notes_.push_back("end");
     listeners_.reset();
   });
-  listeners_->add(volume, noting("after the end"));
+  listeners_->add(volume, noting("after destruction"));
   listeners_->call({volume});
   EXPECT_THAT(notes_, ElementsAre("end"));
 }
 
-TEST_F(PropertyListenersTest, ReleasesTheListenersOfObjectsThatAreGone) {
+TEST_F(PropertyListenersTest, ReleasesTheListenersOfRemovedObjects) {
   const auto held = std::make_shared<int>();
   listeners_->add(volume, [held] {});
   const auto registration = listeners_->add(volume, noting("volume"));
@@ -97,7 +97,7 @@ TEST_F(PropertyListenersTest, ReleasesTheListenersOfObjectsThatAreGone) {
   EXPECT_FALSE(listeners_->remove(volume, registration));
 }
 
-TEST_F(PropertyListenersTest, HoldsNothingOfAListenerThatIsRemoved) {
+TEST_F(PropertyListenersTest, ReleasesARemovedListener) {
   const auto held = std::make_shared<int>();
   {
     const auto registration = listeners_->add(volume, [held] {});

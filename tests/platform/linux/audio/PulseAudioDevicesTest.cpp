@@ -14,18 +14,18 @@ using testing::Not;
 
 class PulseAudioDevicesTest : public PulseAudioFixture {};
 
-TEST_P(PulseAudioDevicesTest, KnowsTheInputDevicesAsSoonAsItIsMade) {
+TEST_P(PulseAudioDevicesTest, ListsTheInputDevicesAfterConstruction) {
   start();
   EXPECT_THAT(names(), AllOf(Contains("Jabra Speak2 75").Times(1),
                              Contains("Built-in Microphone").Times(1)));
 }
 
-TEST_P(PulseAudioDevicesTest, LeavesTheMonitorOfALoudspeakerOut) {
+TEST_P(PulseAudioDevicesTest, LeavesOutTheMonitorOfALoudspeaker) {
   start();
   EXPECT_THAT(names(), Each(Not(HasSubstr("Monitor"))));
 }
 
-TEST_P(PulseAudioDevicesTest, DeviceHasItsThreePropertiesAndTheSystemItsList) {
+TEST_P(PulseAudioDevicesTest, DeviceHasThreePropertiesAndTheSystemHasTheDeviceList) {
   const AudioObjectID device = start();
   EXPECT_TRUE(hardware_->hasProperty(device, audio::deviceName));
   EXPECT_TRUE(hardware_->hasProperty(device, audio::inputVolume));
@@ -35,7 +35,7 @@ TEST_P(PulseAudioDevicesTest, DeviceHasItsThreePropertiesAndTheSystemItsList) {
   EXPECT_FALSE(hardware_->hasProperty(audio::systemObject, audio::inputVolume));
 }
 
-TEST_P(PulseAudioDevicesTest, UnpluggedDeviceComesBackAsAnother) {
+TEST_P(PulseAudioDevicesTest, DeviceThatIsPluggedInAgainGetsANewIdentifier) {
   const AudioObjectID first = start();
   recordLists();
   server_->unplugSpeakerphone();
@@ -54,7 +54,7 @@ TEST_P(PulseAudioDevicesTest, UnpluggedDeviceComesBackAsAnother) {
   EXPECT_EQ(volumeOf(first), std::nullopt);
 }
 
-TEST_P(PulseAudioDevicesTest, DeviceKeepsItsIdentifierWhileOthersComeAndGo) {
+TEST_P(PulseAudioDevicesTest, DeviceKeepsItsIdentifierWhileOthersArePluggedInAndOut) {
   const AudioObjectID device = start();
   server_->plug("alsa_input.usb-other", "Another Microphone");
   eventually([&] { return find("Another Microphone") != 0; });
@@ -64,7 +64,7 @@ TEST_P(PulseAudioDevicesTest, DeviceKeepsItsIdentifierWhileOthersComeAndGo) {
   EXPECT_EQ(find("Jabra Speak2 75"), device);
 }
 
-TEST_P(PulseAudioDevicesTest, ListIsLeftAloneByWhatIsNoChangeOfIt) {
+TEST_P(PulseAudioDevicesTest, VolumesAndStreamsDoNotAnnounceTheDeviceList) {
   const AudioObjectID device = start();
   recordLists();
   server_->setVolume(0.25);
@@ -75,7 +75,7 @@ TEST_P(PulseAudioDevicesTest, ListIsLeftAloneByWhatIsNoChangeOfIt) {
   EXPECT_THAT(lists_, IsEmpty());
 }
 
-TEST_P(PulseAudioDevicesTest, HeadsetsOfOneNameAreTwoDevices) {
+TEST_P(PulseAudioDevicesTest, TwoHeadsetsWithTheSameNameAreTwoDevices) {
   const AudioObjectID first = start();
   server_->plug("alsa_input.usb-Jabra_Speak2_75.2", "Jabra Speak2 75");
   eventually([&] { return std::ranges::count(names(), "Jabra Speak2 75") == 2; });
@@ -89,7 +89,7 @@ TEST_P(PulseAudioDevicesTest, HeadsetsOfOneNameAreTwoDevices) {
   server_->unplug("alsa_input.usb-Jabra_Speak2_75.2");
 }
 
-TEST_P(PulseAudioDevicesTest, HundredPlugCyclesGiveAHundredIdentifiersAndLeaveNothingBehind) {
+TEST_P(PulseAudioDevicesTest, HundredPlugCyclesUseAHundredIdentifiersAndLeakNothing) {
   start();
   server_->unplugSpeakerphone();
   eventually([&] { return find("Jabra Speak2 75") == 0; });
@@ -110,7 +110,7 @@ TEST_P(PulseAudioDevicesTest, HundredPlugCyclesGiveAHundredIdentifiersAndLeaveNo
   EXPECT_EQ(devices(), before);
 }
 
-TEST_P(PulseAudioDevicesTest, ListenerOfTheListMayEndTheAdapter) {
+TEST_P(PulseAudioDevicesTest, DeviceListListenerMayDestroyTheAdapter) {
   start();
   hardware_->addPropertyListener(audio::systemObject, audio::deviceList,
                                  [this] { hardware_.reset(); });
@@ -119,7 +119,7 @@ TEST_P(PulseAudioDevicesTest, ListenerOfTheListMayEndTheAdapter) {
   settle();
 }
 
-TEST_P(PulseAudioDevicesTest, EndsWithListenersInPlace) {
+TEST_P(PulseAudioDevicesTest, CanBeDestroyedWithListenersInPlace) {
   recordVolumes(start());
   recordLists();
   hardware_.reset();

@@ -13,13 +13,13 @@ using testing::IsEmpty;
 
 using Clock = std::chrono::steady_clock;
 
-// What no step of ours takes unless it waits for the server, with room for a loaded machine;
-// libpulse would wait for 30 s.
-constexpr auto atOnce = 3s;
+// Longer than any call takes that does not wait for the server, even on a loaded machine. libpulse
+// itself would wait for 30 s.
+constexpr auto maxCallTime = 3s;
 
 class PulseAudioServerTest : public PulseAudioFixture {
  protected:
-  /// How long a step keeps the main loop from turning.
+  /// How long a step blocks the main loop.
   template <typename Step>
   static Clock::duration timeOf(Step step) {
     const auto before = Clock::now();
@@ -46,7 +46,7 @@ class PulseAudioServerTest : public PulseAudioFixture {
   }
 };
 
-TEST_P(PulseAudioServerTest, DevicesGoWithTheServerAndComeBackAsOthers) {
+TEST_P(PulseAudioServerTest, DevicesDisappearWithTheServerAndReturnWithNewIdentifiers) {
   const AudioObjectID first = start();
   recordLists();
   recordVolumes(first);
@@ -71,7 +71,7 @@ TEST_P(PulseAudioServerTest, DevicesGoWithTheServerAndComeBackAsOthers) {
   eventually([&] { return volumeOf(second) == 0.5F; });
 }
 
-TEST_P(PulseAudioServerTest, SurvivesCrashAfterCrash) {
+TEST_P(PulseAudioServerTest, SurvivesRepeatedServerCrashes) {
   AudioObjectID last = start();
   for (int crash = 0; crash < 3; ++crash) {
     server_->restart();
@@ -83,9 +83,9 @@ TEST_P(PulseAudioServerTest, SurvivesCrashAfterCrash) {
   }
 }
 
-TEST_P(PulseAudioServerTest, ServerThatComesAfterTheStartIsFound) {
+TEST_P(PulseAudioServerTest, ConnectsToAServerThatStartsLater) {
   server_->kill();
-  EXPECT_LT(timeOf([&] { hardware_ = std::make_unique<PulseAudioHardware>(); }), atOnce);
+  EXPECT_LT(timeOf([&] { hardware_ = std::make_unique<PulseAudioHardware>(); }), maxCallTime);
   EXPECT_THAT(devices(), IsEmpty());
   recordLists();
   server_->restart();
@@ -93,7 +93,7 @@ TEST_P(PulseAudioServerTest, ServerThatComesAfterTheStartIsFound) {
   EXPECT_FALSE(lists_.empty());
 }
 
-TEST_P(PulseAudioServerTest, FrozenServerHoldsNothingUp) {
+TEST_P(PulseAudioServerTest, FrozenServerDoesNotBlockReadsAndWrites) {
   const AudioObjectID device = start();
   recordVolumes(device);
   server_->freeze();
@@ -103,19 +103,19 @@ TEST_P(PulseAudioServerTest, FrozenServerHoldsNothingUp) {
               EXPECT_EQ(nameOf(device), "Jabra Speak2 75");
               EXPECT_EQ(write(device, 0.5F), audio::noError);
             }),
-            atOnce);
-  EXPECT_LT(timeOf([] { rehearsal::letPass(100ms); }), 100ms + atOnce);
+            maxCallTime);
+  EXPECT_LT(timeOf([] { rehearsal::letPass(100ms); }), 100ms + maxCallTime);
   EXPECT_EQ(volumeOf(device), 1.0F);
   server_->thaw();
   eventually([&] { return volumeOf(device) == 0.5F; });
   EXPECT_THAT(volumes_, testing::ElementsAre(0.5F));
 }
 
-TEST_P(PulseAudioServerTest, ServerThatIsFrozenAtTheStartIsWaitedForOnlySoLong) {
+TEST_P(PulseAudioServerTest, WaitsForAFrozenServerUpToTheStartTimeout) {
   server_->freeze();
   const auto time = timeOf([&] { hardware_ = std::make_unique<PulseAudioHardware>(); });
-  EXPECT_GE(time, PulseAudioHardware::startPatience);
-  EXPECT_LT(time, PulseAudioHardware::startPatience + atOnce);
+  EXPECT_GE(time, PulseAudioHardware::startTimeout);
+  EXPECT_LT(time, PulseAudioHardware::startTimeout + maxCallTime);
   EXPECT_THAT(devices(), IsEmpty());
   recordLists();
   server_->thaw();
@@ -123,9 +123,9 @@ TEST_P(PulseAudioServerTest, ServerThatIsFrozenAtTheStartIsWaitedForOnlySoLong) 
   EXPECT_FALSE(lists_.empty());
 }
 
-TEST_P(PulseAudioServerTest, NothingWakesTheLoopWhileNothingHappens) {
+TEST_P(PulseAudioServerTest, DoesNotWakeAnIdleLoop) {
   start();
-  // Whatever the plugging in has stirred up, the suspension of idle devices too, dies down first.
+  // The suspension of idle devices and other effects of plugging in come first.
   int quietSeconds = 0;
   for (int second = 0; quietSeconds < 3 && second < 20; ++second) {
     quietSeconds = wakeUpsInASecond() == 0 ? quietSeconds + 1 : 0;
@@ -133,16 +133,16 @@ TEST_P(PulseAudioServerTest, NothingWakesTheLoopWhileNothingHappens) {
   EXPECT_EQ(quietSeconds, 3);
 }
 
-TEST_P(PulseAudioServerTest, ListenerMayEndTheAdapterAsTheServerGoes) {
+TEST_P(PulseAudioServerTest, ListenerMayDestroyTheAdapterWhenTheServerIsLost) {
   start();
   hardware_->addPropertyListener(audio::systemObject, audio::deviceList,
                                  [this] { hardware_.reset(); });
   server_->kill();
   eventually([&] { return hardware_ == nullptr; });
-  rehearsal::letPass(2 * PulseConnection::firstDelay);
+  rehearsal::letPass(2 * PulseConnection::minRetryDelay);
 }
 
-TEST_P(PulseAudioServerTest, ListenerMayEndTheAdapterAsTheServerReturns) {
+TEST_P(PulseAudioServerTest, ListenerMayDestroyTheAdapterWhenTheServerReturns) {
   server_->kill();
   hardware_ = std::make_unique<PulseAudioHardware>();
   hardware_->addPropertyListener(audio::systemObject, audio::deviceList,
@@ -152,12 +152,12 @@ TEST_P(PulseAudioServerTest, ListenerMayEndTheAdapterAsTheServerReturns) {
   settle();
 }
 
-TEST_P(PulseAudioServerTest, EndsBetweenTwoAttempts) {
+TEST_P(PulseAudioServerTest, CanBeDestroyedBetweenTwoAttempts) {
   start();
   server_->kill();
   eventually([&] { return devices().empty(); });
   hardware_.reset();
-  rehearsal::letPass(2 * PulseConnection::firstDelay);
+  rehearsal::letPass(2 * PulseConnection::minRetryDelay);
 }
 
 HUSHBOX_ON_BOTH_AUDIO_SERVERS(PulseAudioServerTest);

@@ -10,7 +10,7 @@ using testing::IsEmpty;
 
 class PulseAudioStreamsTest : public PulseAudioFixture {};
 
-TEST_P(PulseAudioStreamsTest, RunsWhileAStreamRecords) {
+TEST_P(PulseAudioStreamsTest, IsRunningWhileAStreamRecords) {
   const AudioObjectID device = start();
   recordRunning(device);
   EXPECT_EQ(isRunning(device), false);
@@ -21,14 +21,14 @@ TEST_P(PulseAudioStreamsTest, RunsWhileAStreamRecords) {
   EXPECT_THAT(running_, ElementsAre(true, false));
 }
 
-TEST_P(PulseAudioStreamsTest, OtherDevicesDoNotRunWithIt) {
+TEST_P(PulseAudioStreamsTest, OtherDevicesAreNotRunning) {
   start();
   const auto stream = server_->record();
   eventually([&] { return isRunning(find("Jabra Speak2 75")) == true; });
   EXPECT_EQ(isRunning(find("Built-in Microphone")), false);
 }
 
-TEST_P(PulseAudioStreamsTest, DeviceThatIsInACallAlreadyRunsFromTheFirstMoment) {
+TEST_P(PulseAudioStreamsTest, DeviceAlreadyInACallIsRunningFromTheStart) {
   const auto stream = server_->record();
   EXPECT_EQ(isRunning(start()), true);
 }
@@ -48,7 +48,7 @@ TEST_P(PulseAudioStreamsTest, SecondStreamChangesNothing) {
   EXPECT_THAT(running_, ElementsAre(true, false));
 }
 
-TEST_P(PulseAudioStreamsTest, LevelMeterIsNoUse) {
+TEST_P(PulseAudioStreamsTest, LevelMeterDoesNotCountAsRunning) {
   const AudioObjectID device = start();
   recordRunning(device);
   const auto meter = server_->meter();
@@ -58,19 +58,19 @@ TEST_P(PulseAudioStreamsTest, LevelMeterIsNoUse) {
   EXPECT_THAT(running_, IsEmpty());
 }
 
-TEST_P(PulseAudioStreamsTest, LevelMeterThatWasThereFirstIsNoUseEither) {
+TEST_P(PulseAudioStreamsTest, LevelMeterThatWasThereBeforeDoesNotCountAsRunning) {
   const auto meter = server_->meter();
   EXPECT_EQ(isRunning(start()), false);
 }
 
-TEST_P(PulseAudioStreamsTest, RecordingBesideALevelMeterCounts) {
+TEST_P(PulseAudioStreamsTest, RecordingBesideALevelMeterCountsAsRunning) {
   const AudioObjectID device = start();
   const auto meter = server_->meter();
   const auto stream = server_->record();
   eventually([&] { return isRunning(device) == true; });
 }
 
-TEST_P(PulseAudioStreamsTest, PausedStreamCountsOnlyWhileItGoesOn) {
+TEST_P(PulseAudioStreamsTest, PausedStreamDoesNotCountAsRunning) {
   const AudioObjectID device = start();
   recordRunning(device);
   const auto stream = server_->corkedRecord();
@@ -84,7 +84,7 @@ TEST_P(PulseAudioStreamsTest, PausedStreamCountsOnlyWhileItGoesOn) {
   EXPECT_THAT(running_, ElementsAre(true, false));
 }
 
-/// The first recording stream that the server has, and a way to move it.
+/// Moves the server's first recording stream.
 class StreamMover {
  public:
   explicit StreamMover(const rehearsal::Session& session)
@@ -107,7 +107,7 @@ class StreamMover {
   rehearsal::AudioClient client_;
 };
 
-TEST_P(PulseAudioStreamsTest, StreamThatIsMovedTakesTheUseWithIt) {
+TEST_P(PulseAudioStreamsTest, MovedStreamCountsForItsNewSource) {
   const AudioObjectID device = start();
   const AudioObjectID other = find("Built-in Microphone");
   const auto stream = server_->record();
@@ -119,7 +119,7 @@ TEST_P(PulseAudioStreamsTest, StreamThatIsMovedTakesTheUseWithIt) {
   eventually([&] { return isRunning(device) == true && isRunning(other) == false; });
 }
 
-TEST_P(PulseAudioStreamsTest, ListenerOfTheUseMayEndTheAdapter) {
+TEST_P(PulseAudioStreamsTest, RunningListenerMayDestroyTheAdapter) {
   hardware_.reset();
   const AudioObjectID device = start();
   hardware_->addPropertyListener(device, audio::runningSomewhere, [this] { hardware_.reset(); });

@@ -17,7 +17,7 @@ using testing::ElementsAre;
 using testing::FloatNear;
 using testing::IsEmpty;
 
-// A level is kept in steps of 1/65536.
+// Servers store a volume in steps of 1/65536.
 constexpr float step = 1.0F / PA_VOLUME_NORM;
 
 class PulseAudioVolumeTest : public PulseAudioFixture {
@@ -28,7 +28,7 @@ class PulseAudioVolumeTest : public PulseAudioFixture {
   static std::string address() { return session_->environment().at("PULSE_SERVER"); }
 };
 
-TEST_P(PulseAudioVolumeTest, TellsOfAnothersChangeOnceAndReadsIt) {
+TEST_P(PulseAudioVolumeTest, AnnouncesAChangeByAnotherProgramOnce) {
   const AudioObjectID device = start();
   recordVolumes(device);
   server_->setVolume(0.5);
@@ -37,7 +37,7 @@ TEST_P(PulseAudioVolumeTest, TellsOfAnothersChangeOnceAndReadsIt) {
   EXPECT_THAT(volumes_, ElementsAre(0.5F));
 }
 
-TEST_P(PulseAudioVolumeTest, ZeroIsExactlyZero) {
+TEST_P(PulseAudioVolumeTest, WritingZeroMakesTheVolumeExactlyZero) {
   const AudioObjectID device = start();
   recordVolumes(device);
   EXPECT_EQ(write(device, 0.0F), audio::noError);
@@ -47,14 +47,14 @@ TEST_P(PulseAudioVolumeTest, ZeroIsExactlyZero) {
   EXPECT_THAT(volumes_, ElementsAre(0.0F));
 }
 
-TEST_P(PulseAudioVolumeTest, FaintestLevelIsNotZero) {
+TEST_P(PulseAudioVolumeTest, SmallestVolumeIsNotZero) {
   const AudioObjectID device = start();
   write(device, std::numeric_limits<float>::denorm_min());
   eventually([&] { return volumeOf(device) < 0.5F; });
   EXPECT_GT(volumeOf(device), 0.0F);
 }
 
-TEST_P(PulseAudioVolumeTest, WrittenLevelIsReadWhenTheServerHasConfirmedIt) {
+TEST_P(PulseAudioVolumeTest, ReadsAWrittenVolumeOnceTheServerHasConfirmedIt) {
   const AudioObjectID device = start();
   recordVolumes(device);
   EXPECT_EQ(write(device, 0.6F), audio::noError);
@@ -65,7 +65,7 @@ TEST_P(PulseAudioVolumeTest, WrittenLevelIsReadWhenTheServerHasConfirmedIt) {
   EXPECT_THAT(volumes_, ElementsAre(FloatNear(0.6F, step)));
 }
 
-TEST_P(PulseAudioVolumeTest, LevelsOutOfRangeCountAsTheNearestInIt) {
+TEST_P(PulseAudioVolumeTest, ClampsVolumesOutOfRange) {
   const AudioObjectID device = start();
   EXPECT_EQ(write(device, -1.0F), audio::noError);
   eventually([&] { return volumeOf(device) == 0.0F; });
@@ -75,7 +75,7 @@ TEST_P(PulseAudioVolumeTest, LevelsOutOfRangeCountAsTheNearestInIt) {
   EXPECT_EQ(write(device, std::numeric_limits<float>::quiet_NaN()), audio::unsupportedOperation);
 }
 
-TEST_P(PulseAudioVolumeTest, SameLevelAgainTellsNobody) {
+TEST_P(PulseAudioVolumeTest, SameVolumeAgainIsNotAnnounced) {
   const AudioObjectID device = start();
   write(device, 0.5F);
   eventuallyAt(device, 0.5F);
@@ -86,7 +86,7 @@ TEST_P(PulseAudioVolumeTest, SameLevelAgainTellsNobody) {
   EXPECT_THAT(volumes_, IsEmpty());
 }
 
-TEST_P(PulseAudioVolumeTest, MuteSwitchReadsAsZeroAndBack) {
+TEST_P(PulseAudioVolumeTest, MuteSwitchReadsAsZero) {
   const AudioObjectID device = start();
   server_->setVolume(0.75);
   eventuallyAt(device, 0.75F);
@@ -98,7 +98,7 @@ TEST_P(PulseAudioVolumeTest, MuteSwitchReadsAsZeroAndBack) {
   EXPECT_THAT(volumes_, ElementsAre(0.0F, 0.75F));
 }
 
-TEST_P(PulseAudioVolumeTest, VolumeThatMovesBehindTheMuteSwitchTellsNobody) {
+TEST_P(PulseAudioVolumeTest, VolumeChangeBehindTheMuteSwitchIsNotAnnounced) {
   const AudioObjectID device = start();
   server_->setMuteSwitch(true);
   eventually([&] { return volumeOf(device) == 0.0F; });
@@ -111,7 +111,7 @@ TEST_P(PulseAudioVolumeTest, VolumeThatMovesBehindTheMuteSwitchTellsNobody) {
   EXPECT_THAT(volumes_, IsEmpty());
 }
 
-TEST_P(PulseAudioVolumeTest, WritingALevelOpensTheMuteSwitchInOneChange) {
+TEST_P(PulseAudioVolumeTest, WritingAVolumeClearsTheMuteSwitchInOneChange) {
   const AudioObjectID device = start();
   server_->setMuteSwitch(true);
   eventually([&] { return volumeOf(device) == 0.0F; });
@@ -123,7 +123,7 @@ TEST_P(PulseAudioVolumeTest, WritingALevelOpensTheMuteSwitchInOneChange) {
   EXPECT_THAT(volumes_, ElementsAre(0.5F));
 }
 
-TEST_P(PulseAudioVolumeTest, WritingZeroLeavesAClosedMuteSwitchClosed) {
+TEST_P(PulseAudioVolumeTest, WritingZeroLeavesTheMuteSwitchOn) {
   const AudioObjectID device = start();
   server_->setMuteSwitch(true);
   eventually([&] { return volumeOf(device) == 0.0F; });
@@ -132,7 +132,7 @@ TEST_P(PulseAudioVolumeTest, WritingZeroLeavesAClosedMuteSwitchClosed) {
   EXPECT_TRUE(server_->muteSwitch());
 }
 
-TEST_P(PulseAudioVolumeTest, AboveFullVolumeReadsAsFull) {
+TEST_P(PulseAudioVolumeTest, VolumeAboveFullReadsAsFull) {
   const AudioObjectID device = start();
   recordVolumes(device);
   server_->setVolume(1.25);
@@ -168,7 +168,7 @@ class StereoHeadset {
                                                             nullptr, nullptr));
   }
 
-  /// Asks again and again until the channels are there, within a step.
+  /// Polls until the channels have those volumes, within one step.
   bool reaches(pa_volume_t left, pa_volume_t right) {
     return rehearsal::holdsWithin(
         [&] {
@@ -200,7 +200,7 @@ class StereoHeadset {
   std::uint32_t module_;
 };
 
-TEST_P(PulseAudioVolumeTest, ChannelsKeepTheirBalanceThroughLevelsAndSilence) {
+TEST_P(PulseAudioVolumeTest, ChannelsKeepTheirBalanceThroughVolumesAndSilence) {
   StereoHeadset headset(address(), GetParam());
   start();
   eventually([&] { return find("Stereo") != 0; });
@@ -218,8 +218,8 @@ TEST_P(PulseAudioVolumeTest, ChannelsKeepTheirBalanceThroughLevelsAndSilence) {
   EXPECT_TRUE(headset.reaches(40000, 20000));
 }
 
-/// Drops of the volume that another program puts back. A loaded machine may hold our loop up for
-/// longer than a drop lasts, so a few of many have to be seen, not every one.
+/// Another program restores the volume after a drop. On a loaded machine our loop may be late for
+/// longer than a drop lasts, so a few of many drops have to be seen, not every one.
 class PulseAudioBounceTest : public PulseAudioVolumeTest {
  protected:
   static constexpr int wanted = 5;
@@ -235,7 +235,7 @@ class PulseAudioBounceTest : public PulseAudioVolumeTest {
     recordVolumes(device_);
   }
 
-  /// Lets a thread that stands for another program do its work while our loop runs.
+  /// Runs `work` on a thread that stands for another program, while our loop runs.
   static void meanwhile(const std::function<void()>& work) {
     std::atomic<bool> done = false;
     std::thread other([&] {
@@ -247,7 +247,7 @@ class PulseAudioBounceTest : public PulseAudioVolumeTest {
     other.join();
   }
 
-  /// Drops the volume again and again, for so long each time, until enough of it has been seen.
+  /// Drops the volume for `duration` again and again until enough drops have been seen.
   bool areSeen(Milliseconds duration) {
     AudioClient client(address(), "Meeting");
     for (int drop = 0; drop < limit && seen() < wanted; ++drop) {
@@ -267,19 +267,19 @@ class PulseAudioBounceTest : public PulseAudioVolumeTest {
   AudioObjectID device_ = 0;
 };
 
-TEST_P(PulseAudioBounceTest, DropsOfAHundredMillisecondsAreSeen) {
+TEST_P(PulseAudioBounceTest, SeesDropsOfAHundredMilliseconds) {
   EXPECT_TRUE(areSeen(Milliseconds{100}));
 }
 
-TEST_P(PulseAudioBounceTest, DropsOfTwentyMillisecondsAreSeen) {
+TEST_P(PulseAudioBounceTest, SeesDropsOfTwentyMilliseconds) {
   EXPECT_TRUE(areSeen(Milliseconds{20}));
 }
 
-TEST_P(PulseAudioBounceTest, DropsOfFiveMillisecondsAreSeen) {
+TEST_P(PulseAudioBounceTest, SeesDropsOfFiveMilliseconds) {
   EXPECT_TRUE(areSeen(Milliseconds{5}));
 }
 
-TEST_P(PulseAudioBounceTest, DropsThatAProgramUndoesAsSoonAsItLearnsOfThemAreSeen) {
+TEST_P(PulseAudioBounceTest, SeesDropsThatAProgramRestoresAtOnce) {
   AudioClient host(address(), "Meeting");
   std::atomic<int> undone = 0;
   server_->observer().onVolumeChanged([&](const rehearsal::VolumeChange& change) {
@@ -292,7 +292,7 @@ TEST_P(PulseAudioBounceTest, DropsThatAProgramUndoesAsSoonAsItLearnsOfThemAreSee
   for (int drop = 1; drop <= limit && seen() < wanted; ++drop) {
     const int before = undone;
     meanwhile([&] { server_->setVolume(0.0); });
-    // The host itself may miss a drop that comes on the heels of the last change.
+    // The other program itself may miss a drop that closely follows the last change.
     if (!rehearsal::holdsWithin([&] { return undone > before; }, Milliseconds{1000})) {
       meanwhile([&] { server_->setVolume(0.75); });
     }

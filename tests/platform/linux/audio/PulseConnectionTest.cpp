@@ -26,23 +26,23 @@ using testing::SizeIs;
 
 using Clock = std::chrono::steady_clock;
 
-/// An address where no sound server is: whoever calls at the open socket is hung up on, or kept
-/// waiting.
-class Doorkeeper {
+/// A socket at the server's address with no sound server behind it. It closes each connection at
+/// once or accepts it and never replies.
+class FakeServerSocket {
  public:
-  enum class Manner { HangsUp, KeepsWaiting };
+  enum class Behaviour { Closes, NeverReplies };
 
-  explicit Doorkeeper(Manner manner) : manner_(manner) {
+  explicit FakeServerSocket(Behaviour behaviour) : behaviour_(behaviour) {
     setenv("PULSE_SERVER", ("unix:" + path_).c_str(), 1);
   }
-  ~Doorkeeper() {
+  ~FakeServerSocket() {
     unsetenv("PULSE_SERVER");
     if (watch_ != 0) g_source_remove(watch_);
-    for (const int guest : guests_) close(guest);
+    for (const int connection : connections_) close(connection);
     if (socket_ >= 0) close(socket_);
   }
-  Doorkeeper(const Doorkeeper&) = delete;
-  Doorkeeper& operator=(const Doorkeeper&) = delete;
+  FakeServerSocket(const FakeServerSocket&) = delete;
+  FakeServerSocket& operator=(const FakeServerSocket&) = delete;
 
   void open() {
     sockaddr_un address{};
@@ -53,36 +53,36 @@ class Doorkeeper {
         listen(socket_, 8) != 0) {
       throw std::runtime_error("no socket can be made at " + path_);
     }
-    watch_ = g_unix_fd_add(socket_, G_IO_IN, &Doorkeeper::answer, this);
+    watch_ = g_unix_fd_add(socket_, G_IO_IN, &FakeServerSocket::answer, this);
   }
 
-  /// When each caller came.
-  const std::vector<Clock::time_point>& calls() const { return calls_; }
-  bool waitForCalls(std::size_t count) const {
-    return holdsWithin([&] { return calls_.size() == count; }, patience);
+  /// When each connection was made.
+  const std::vector<Clock::time_point>& attempts() const { return attempts_; }
+  bool waitForAttempts(std::size_t count) const {
+    return holdsWithin([&] { return attempts_.size() == count; }, patience);
   }
 
  private:
   static gboolean answer(gint descriptor, GIOCondition, gpointer self) {
-    auto& doorkeeper = *static_cast<Doorkeeper*>(self);
-    const int guest = accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC);
-    if (guest < 0) return G_SOURCE_CONTINUE;
-    doorkeeper.calls_.push_back(Clock::now());
-    if (doorkeeper.manner_ == Manner::HangsUp) {
-      close(guest);
+    auto& server = *static_cast<FakeServerSocket*>(self);
+    const int connection = accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC);
+    if (connection < 0) return G_SOURCE_CONTINUE;
+    server.attempts_.push_back(Clock::now());
+    if (server.behaviour_ == Behaviour::Closes) {
+      close(connection);
     } else {
-      doorkeeper.guests_.push_back(guest);
+      server.connections_.push_back(connection);
     }
     return G_SOURCE_CONTINUE;
   }
 
   rehearsal::ScratchFolder scratch_;
   const std::string path_ = scratch_.path() / "native";
-  Manner manner_;
+  Behaviour behaviour_;
   int socket_ = -1;
   guint watch_ = 0;
-  std::vector<Clock::time_point> calls_;
-  std::vector<int> guests_;
+  std::vector<Clock::time_point> attempts_;
+  std::vector<int> connections_;
 };
 
 class Client final : public PulseConnection::Client {
@@ -94,16 +94,16 @@ class Client final : public PulseConnection::Client {
   int disconnected_ = 0;
 };
 
-TEST(PulseConnectionTest, CallsAgainAfterLongerAndLongerPausesAndNeverTwiceAtATime) {
-  Doorkeeper doorkeeper(Doorkeeper::Manner::HangsUp);
-  doorkeeper.open();
+TEST(PulseConnectionTest, RetriesWithDoublingDelaysAndOneAttemptAtATime) {
+  FakeServerSocket server(FakeServerSocket::Behaviour::Closes);
+  server.open();
   Client client;
   const PulseConnection connection(client);
-  EXPECT_TRUE(doorkeeper.waitForCalls(5));
-  auto delay = PulseConnection::firstDelay;
-  for (std::size_t i = 1; i < doorkeeper.calls().size(); ++i) {
+  EXPECT_TRUE(server.waitForAttempts(5));
+  auto delay = PulseConnection::minRetryDelay;
+  for (std::size_t i = 1; i < server.attempts().size(); ++i) {
     // Timers count whole milliseconds.
-    EXPECT_GE(doorkeeper.calls()[i] - doorkeeper.calls()[i - 1], delay - 2ms) << i;
+    EXPECT_GE(server.attempts()[i] - server.attempts()[i - 1], delay - 2ms) << i;
     delay *= 2;
   }
   EXPECT_EQ(connection.context(), nullptr);
@@ -111,39 +111,39 @@ TEST(PulseConnectionTest, CallsAgainAfterLongerAndLongerPausesAndNeverTwiceAtATi
   EXPECT_EQ(client.disconnected_, 0);
 }
 
-TEST(PulseConnectionTest, SocketThatIsNotThereYetIsFoundOnceItIs) {
-  Doorkeeper doorkeeper(Doorkeeper::Manner::KeepsWaiting);
+TEST(PulseConnectionTest, FindsASocketThatAppearsLater) {
+  FakeServerSocket server(FakeServerSocket::Behaviour::NeverReplies);
   Client client;
   const PulseConnection connection(client);
   EXPECT_TRUE(holdsWithin([&] { return !connection.isOpen(); }, patience));
-  letPass(2 * PulseConnection::firstDelay);
-  doorkeeper.open();
-  EXPECT_TRUE(doorkeeper.waitForCalls(1));
+  letPass(2 * PulseConnection::minRetryDelay);
+  server.open();
+  EXPECT_TRUE(server.waitForAttempts(1));
   EXPECT_TRUE(connection.isOpen());
 }
 
-TEST(PulseConnectionTest, WaitsForAServerThatTakesTheCallAndSaysNothing) {
-  Doorkeeper doorkeeper(Doorkeeper::Manner::KeepsWaiting);
-  doorkeeper.open();
+TEST(PulseConnectionTest, WaitsForAServerThatAcceptsAndDoesNotReply) {
+  FakeServerSocket server(FakeServerSocket::Behaviour::NeverReplies);
+  server.open();
   Client client;
   const PulseConnection connection(client);
-  EXPECT_TRUE(doorkeeper.waitForCalls(1));
-  letPass(3 * PulseConnection::firstDelay);
-  EXPECT_THAT(doorkeeper.calls(), SizeIs(1));
+  EXPECT_TRUE(server.waitForAttempts(1));
+  letPass(3 * PulseConnection::minRetryDelay);
+  EXPECT_THAT(server.attempts(), SizeIs(1));
   EXPECT_TRUE(connection.isOpen());
   EXPECT_EQ(connection.context(), nullptr);
 }
 
-TEST(PulseConnectionTest, EndsInTheMiddleOfACall) {
-  Doorkeeper doorkeeper(Doorkeeper::Manner::KeepsWaiting);
-  doorkeeper.open();
+TEST(PulseConnectionTest, CanBeDestroyedWhileConnecting) {
+  FakeServerSocket server(FakeServerSocket::Behaviour::NeverReplies);
+  server.open();
   Client client;
   {
     const PulseConnection connection(client);
-    EXPECT_TRUE(doorkeeper.waitForCalls(1));
+    EXPECT_TRUE(server.waitForAttempts(1));
   }
-  letPass(2 * PulseConnection::firstDelay);
-  EXPECT_THAT(doorkeeper.calls(), SizeIs(1));
+  letPass(2 * PulseConnection::minRetryDelay);
+  EXPECT_THAT(server.attempts(), SizeIs(1));
 }
 
 }  // namespace

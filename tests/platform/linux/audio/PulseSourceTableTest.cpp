@@ -52,20 +52,20 @@ class PulseSourceTableTest : public testing::Test {
   pa_source_info info_ = sourceInfo(7, usbName, "Jabra Speak2 75");
 };
 
-TEST_F(PulseSourceTableTest, SourceIsADeviceUnderItsDescription) {
+TEST_F(PulseSourceTableTest, SourceIsADeviceNamedByItsDescription) {
   EXPECT_THAT(table_.setSource(info_), ElementsAre(listChange));
   EXPECT_EQ(only().name, "Jabra Speak2 75");
   EXPECT_EQ(table_.find(only().id), &only());
   EXPECT_EQ(table_.find(audio::systemObject), nullptr);
 }
 
-TEST_F(PulseSourceTableTest, MonitorOfASinkIsNoDevice) {
+TEST_F(PulseSourceTableTest, MonitorOfASinkIsNotADevice) {
   info_.monitor_of_sink = 0;
   EXPECT_THAT(table_.setSource(info_), IsEmpty());
   EXPECT_THAT(table_.sources(), IsEmpty());
 }
 
-TEST_F(PulseSourceTableTest, SourceThatIsNotDescribedInFullIsNoDeviceYet) {
+TEST_F(PulseSourceTableTest, SourceWithoutChannelsIsNotADeviceYet) {
   info_.volume = volumeOf({});
   EXPECT_THAT(table_.setSource(info_), IsEmpty());
   EXPECT_THAT(table_.sources(), IsEmpty());
@@ -77,7 +77,7 @@ TEST_F(PulseSourceTableTest, SourceThatIsNotDescribedInFullIsNoDeviceYet) {
   EXPECT_EQ(only().inputVolume(), 1.0F);
 }
 
-TEST_F(PulseSourceTableTest, ListKeepsTheOrderInWhichTheSourcesCame) {
+TEST_F(PulseSourceTableTest, ListKeepsTheOrderOfTheReports) {
   const auto second = sourceInfo(3, "alsa_input.pci", "Built-in");
   plug();
   table_.setSource(second);
@@ -113,7 +113,7 @@ TEST_F(PulseSourceTableTest, SourceKeepsItsIdentifierWhateverChangesAboutIt) {
   EXPECT_EQ(only().name, "Speakerphone");
 }
 
-TEST_F(PulseSourceTableTest, AnotherSourceUnderAUsedIndexIsAnotherDevice) {
+TEST_F(PulseSourceTableTest, AnotherNameUnderTheSameIndexIsAnotherDevice) {
   plug();
   const AudioObjectID id = only().id;
   info_.name = "alsa_input.pci";
@@ -121,26 +121,26 @@ TEST_F(PulseSourceTableTest, AnotherSourceUnderAUsedIndexIsAnotherDevice) {
   EXPECT_NE(only().id, id);
 }
 
-TEST_F(PulseSourceTableTest, SourcesOfOneNameAreTwoDevices) {
+TEST_F(PulseSourceTableTest, TwoSourcesWithTheSameDescriptionAreTwoDevices) {
   plug();
   table_.setSource(sourceInfo(8, "alsa_input.usb-Jabra_Speak2_75.2", "Jabra Speak2 75"));
   ASSERT_THAT(table_.sources(), SizeIs(2));
   EXPECT_NE(table_.sources()[0].id, table_.sources()[1].id);
 }
 
-TEST_F(PulseSourceTableTest, NameThatIsNoUtf8IsMadeSo) {
+TEST_F(PulseSourceTableTest, RepairsANameThatIsNotUtf8) {
   info_.description = "Jabra \xFF Speak";
   plug();
   EXPECT_EQ(only().name, "Jabra \xEF\xBF\xBD Speak");
 }
 
-TEST_F(PulseSourceTableTest, SourceWithoutADescriptionGoesByItsOwnName) {
+TEST_F(PulseSourceTableTest, SourceWithoutADescriptionIsNamedByItsKey) {
   info_.description = nullptr;
   plug();
   EXPECT_EQ(only().name, usbName);
 }
 
-TEST_F(PulseSourceTableTest, InputVolumeIsTheLoudestChannelUpToFull) {
+TEST_F(PulseSourceTableTest, InputVolumeIsTheLoudestChannelUpToOne) {
   info_.volume = volumeOf({PA_VOLUME_NORM / 4, PA_VOLUME_NORM / 2});
   plug();
   EXPECT_EQ(only().inputVolume(), 0.5F);
@@ -149,7 +149,7 @@ TEST_F(PulseSourceTableTest, InputVolumeIsTheLoudestChannelUpToFull) {
   EXPECT_EQ(only().inputVolume(), 1.0F);
 }
 
-TEST_F(PulseSourceTableTest, InputVolumeIsZeroOnlyWhenNothingComesThrough) {
+TEST_F(PulseSourceTableTest, InputVolumeIsZeroOnlyIfTheSourceIsSilent) {
   info_.volume = volumeOf({0, 1});
   plug();
   EXPECT_GT(only().inputVolume(), 0.0F);
@@ -162,7 +162,7 @@ TEST_F(PulseSourceTableTest, InputVolumeIsZeroOnlyWhenNothingComesThrough) {
   EXPECT_EQ(only().inputVolume(), 0.0F);
 }
 
-TEST_F(PulseSourceTableTest, NothingChangesUnlessTheValueReadDoes) {
+TEST_F(PulseSourceTableTest, ReportsAChangeOnlyIfTheReadValueChanges) {
   plug();
   EXPECT_THAT(table_.setSource(info_), IsEmpty());
   info_.volume = volumeOf({PA_VOLUME_NORM + 1000});
@@ -178,7 +178,7 @@ TEST_F(PulseSourceTableTest, NothingChangesUnlessTheValueReadDoes) {
   EXPECT_THAT(table_.setSource(info_), IsEmpty());
 }
 
-TEST_F(PulseSourceTableTest, BalanceSurvivesALevelAndASilence) {
+TEST_F(PulseSourceTableTest, KeepsTheBalanceThroughAVolumeAndSilence) {
   info_.volume = volumeOf({40000, 20000});
   plug();
   const pa_cvolume halved = only().volumeFor(20000.0F / PA_VOLUME_NORM);
@@ -190,7 +190,7 @@ TEST_F(PulseSourceTableTest, BalanceSurvivesALevelAndASilence) {
   EXPECT_TRUE(pa_cvolume_equal(&restored, &(info_.volume = volumeOf({40000, 20000}))));
 }
 
-TEST_F(PulseSourceTableTest, OnlyLevelZeroIsSilent) {
+TEST_F(PulseSourceTableTest, OnlyVolumeZeroIsSilent) {
   plug();
   EXPECT_TRUE(pa_cvolume_is_muted(std::make_unique<pa_cvolume>(only().volumeFor(0.0F)).get()));
   const pa_cvolume faint = only().volumeFor(1e-9F);
@@ -199,14 +199,14 @@ TEST_F(PulseSourceTableTest, OnlyLevelZeroIsSilent) {
   EXPECT_EQ(pa_cvolume_max(&full), PA_VOLUME_NORM);
 }
 
-TEST_F(PulseSourceTableTest, SilentSinceItsFirstMomentItGetsEvenChannels) {
+TEST_F(PulseSourceTableTest, SourceThatWasAlwaysSilentGetsEqualChannels) {
   info_.volume = volumeOf({0, 0});
   plug();
   const pa_cvolume volume = only().volumeFor(1.0F);
   EXPECT_TRUE(pa_cvolume_channels_equal_to(&volume, PA_VOLUME_NORM));
 }
 
-TEST_F(PulseSourceTableTest, RunsFromTheFirstStreamToTheLast) {
+TEST_F(PulseSourceTableTest, IsRunningFromTheFirstStreamToTheLast) {
   plug();
   const AudioProperty change{only().id, audio::runningSomewhere};
   EXPECT_FALSE(only().running);
@@ -218,13 +218,13 @@ TEST_F(PulseSourceTableTest, RunsFromTheFirstStreamToTheLast) {
   EXPECT_FALSE(only().running);
 }
 
-TEST_F(PulseSourceTableTest, StreamThatWasThereBeforeItsSourceCounts) {
+TEST_F(PulseSourceTableTest, StreamReportedBeforeItsSourceCounts) {
   table_.setStream(streamInfo(1, 7));
   plug();
   EXPECT_TRUE(only().running);
 }
 
-TEST_F(PulseSourceTableTest, StreamCountsForTheSourceThatItIsMovedTo) {
+TEST_F(PulseSourceTableTest, MovedStreamCountsForItsNewSource) {
   plug();
   table_.setSource(sourceInfo(8, "alsa_input.pci", "Built-in"));
   const AudioObjectID usb = table_.sources()[0].id;
@@ -249,7 +249,7 @@ TEST_F(PulseSourceTableTest, PausedStreamDoesNotCount) {
   EXPECT_FALSE(only().running);
 }
 
-TEST_F(PulseSourceTableTest, StreamThatHasNoSourceYetCountsOnceItHas) {
+TEST_F(PulseSourceTableTest, StreamWithoutASourceCountsOnceItHasOne) {
   plug();
   auto stream = streamInfo(1, PA_INVALID_INDEX);
   EXPECT_THAT(table_.setStream(stream), IsEmpty());
@@ -257,7 +257,7 @@ TEST_F(PulseSourceTableTest, StreamThatHasNoSourceYetCountsOnceItHas) {
   EXPECT_THAT(table_.setStream(stream), SizeIs(1));
 }
 
-/// One mark by which a level meter is known.
+/// One mark that identifies a level meter.
 struct MeterMark {
   const char* label;
   const char* resampler;
@@ -268,7 +268,7 @@ struct MeterMark {
 
 class PulseMeterTest : public testing::TestWithParam<MeterMark> {};
 
-TEST_P(PulseMeterTest, EachMarkAloneTellsAMeterFromARecording) {
+TEST_P(PulseMeterTest, EachMarkAloneIdentifiesAMeter) {
   PulseSourceTable table;
   table.setSource(sourceInfo(7, usbName, "Jabra Speak2 75"));
   const std::unique_ptr<pa_proplist, decltype(&pa_proplist_free)> properties(pa_proplist_new(),
@@ -296,7 +296,7 @@ INSTANTIATE_TEST_SUITE_P(
                               "org.gnome.VolumeControl"}),
     [](const auto& instance) { return instance.param.label; });
 
-TEST_F(PulseSourceTableTest, OtherPropertiesMakeNoMeter) {
+TEST_F(PulseSourceTableTest, OtherPropertiesDoNotMakeAMeter) {
   plug();
   const std::unique_ptr<pa_proplist, decltype(&pa_proplist_free)> properties(pa_proplist_new(),
                                                                              pa_proplist_free);
@@ -308,7 +308,7 @@ TEST_F(PulseSourceTableTest, OtherPropertiesMakeNoMeter) {
   EXPECT_THAT(table_.setStream(stream), SizeIs(1));
 }
 
-TEST_F(PulseSourceTableTest, ForgetsEverythingWithTheServer) {
+TEST_F(PulseSourceTableTest, ClearRemovesSourcesAndStreams) {
   EXPECT_THAT(table_.clear(), IsEmpty());
   plug();
   table_.setStream(streamInfo(1, 7));
@@ -318,7 +318,7 @@ TEST_F(PulseSourceTableTest, ForgetsEverythingWithTheServer) {
   EXPECT_FALSE(only().running);
 }
 
-TEST_F(PulseSourceTableTest, RemovalOfWhatWasNeverThereChangesNothing) {
+TEST_F(PulseSourceTableTest, RemovingAnUnknownSourceOrStreamChangesNothing) {
   plug();
   EXPECT_THAT(table_.removeSource(99), IsEmpty());
   EXPECT_THAT(table_.removeStream(99), IsEmpty());
