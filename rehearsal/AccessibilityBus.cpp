@@ -18,10 +18,10 @@ constexpr const char* accessible = "org.a11y.atspi.Accessible";
 constexpr const char* properties = "org.freedesktop.DBus.Properties";
 
 std::string nameOf(const BusConnection& bus, const char* application, const char* path) {
-  const Variant answer = bus.call(application, path, properties, "Get",
-                                  g_variant_new("(ss)", accessible, "Name"), Milliseconds{1000});
+  const Variant reply = bus.call(application, path, properties, "Get",
+                                 g_variant_new("(ss)", accessible, "Name"), Milliseconds{1000});
   GVariant* boxed = nullptr;
-  g_variant_get(answer.get(), "(v)", &boxed);
+  g_variant_get(reply.get(), "(v)", &boxed);
   const Variant value(boxed);
   return g_variant_is_of_type(value.get(), G_VARIANT_TYPE_STRING)
              ? g_variant_get_string(value.get(), nullptr)
@@ -38,17 +38,17 @@ void AccessibilityBus::setEnabled(bool enabled) {
 }
 
 bool AccessibilityBus::isEnabled() const {
-  const Variant answer = bus_.call(launcher, launcherPath, properties, "Get",
-                                   g_variant_new("(ss)", "org.a11y.Status", "IsEnabled"));
+  const Variant reply = bus_.call(launcher, launcherPath, properties, "Get",
+                                  g_variant_new("(ss)", "org.a11y.Status", "IsEnabled"));
   GVariant* boxed = nullptr;
-  g_variant_get(answer.get(), "(v)", &boxed);
+  g_variant_get(reply.get(), "(v)", &boxed);
   return g_variant_get_boolean(Variant(boxed).get());
 }
 
 std::string AccessibilityBus::address() const {
-  const Variant answer = bus_.call(launcher, launcherPath, launcher, "GetAddress", nullptr);
+  const Variant reply = bus_.call(launcher, launcherPath, launcher, "GetAddress", nullptr);
   const char* address = "";
-  g_variant_get(answer.get(), "(&s)", &address);
+  g_variant_get(reply.get(), "(&s)", &address);
   return address;
 }
 
@@ -56,9 +56,9 @@ std::vector<std::string> AccessibilityBus::applications() const {
   std::vector<std::string> names;
   try {
     const BusConnection bus(address());
-    const Variant answer = bus.call(registry, rootPath, accessible, "GetChildren", nullptr);
+    const Variant reply = bus.call(registry, rootPath, accessible, "GetChildren", nullptr);
     GVariantIter* children = nullptr;
-    g_variant_get(answer.get(), "(a(so))", &children);
+    g_variant_get(reply.get(), "(a(so))", &children);
     const std::unique_ptr<GVariantIter, decltype(&g_variant_iter_free)> owner(children,
                                                                               g_variant_iter_free);
     const char* application = nullptr;
@@ -67,7 +67,7 @@ std::vector<std::string> AccessibilityBus::applications() const {
       names.push_back(nameOf(bus, application, path));
     }
   } catch (const DeskError&) {
-    // An application may leave, or the bus end, between two questions.
+    // An application or the bus may exit between two calls.
   }
   return names;
 }
@@ -88,7 +88,8 @@ void AccessibilityBus::kill() {
   for (const int process : {launcherProcess, busProcess, registryProcess}) {
     if (process > 1) ::kill(process, SIGKILL);
   }
-  waitUntil([&] { return !bus_.hasOwner(launcher); }, patience, "the accessibility bus to end");
+  waitUntil([&] { return !bus_.hasOwner(launcher); }, serverTimeout,
+            "the accessibility bus to exit");
 }
 
 }  // namespace hushbox::rehearsal

@@ -15,7 +15,7 @@ namespace hushbox::rehearsal {
 
 namespace {
 
-/// The program itself spares the tenth of a second that its start script takes.
+/// The binary itself comes first: its start script takes 0.1 s longer.
 const std::vector<std::string>& programNames() {
   static const std::vector<std::string> names{"/usr/lib/chromium/chromium", "chromium"};
   return names;
@@ -33,7 +33,7 @@ std::string base64(const std::string& bytes) {
   return result;
 }
 
-/// The bytes of the rehearsal's page that the address names; empty when it names none.
+/// The content of the rehearsal's page at a Teams address; empty if there is no such page.
 std::string pageAt(const std::string& url) {
   const std::string prefix = Browser::teamsUrl({});
   if (!url.starts_with(prefix)) return {};
@@ -50,7 +50,7 @@ Browser::Browser(const Session& session, const Options& options)
     throw DeskError("a browser with windows needs a display");
   }
   std::vector<std::string> command = commandLine();
-  // The pipe keeps it up without a window too: the desk opens and closes meetings.
+  // The debugging pipe keeps the browser running while it has no window.
   command.insert(command.end(), {"--remote-debugging-pipe", "--no-startup-window"});
   process_ = session.start("chromium.log", std::move(command),
                            {{pipe_->browserEnd(), 3}, {pipe_->browserEnd(), 4}});
@@ -63,7 +63,7 @@ Browser::~Browser() {
 }
 
 void Browser::serveTeams() {
-  // A reference to the pipe from its own handler would keep the two alive.
+  // The handler must not own the pipe, which owns the handler.
   pipe_->onEvent("Fetch.requestPaused", [&pipe = *pipe_](const nlohmann::json& request,
                                                          const std::string& session) {
     const std::string page = pageAt(request.at("request").at("url"));
@@ -94,7 +94,7 @@ std::vector<std::string> Browser::commandLine() const {
                                    "--no-service-autorun",
                                    "--password-store=basic",
                                    "--use-mock-keychain"};
-  // Chromium refuses its sandbox to root, as whom containers run.
+  // Chromium refuses to run as root, as in a container, with its sandbox.
   if (geteuid() == 0) command.push_back("--no-sandbox");
   command.push_back(options_.headless ? "--headless=new" : "--ozone-platform=x11");
   command.insert(command.end(), options_.arguments.begin(), options_.arguments.end());
@@ -103,7 +103,7 @@ std::vector<std::string> Browser::commandLine() const {
 
 std::unique_ptr<BrowserPage> Browser::open(const std::string& url, WindowKind kind) {
   const bool isTeams = url.starts_with(std::string(teamsOrigin) + "/");
-  // A request can only be answered once the pipe is attached to the page.
+  // Open an empty page first: requests can be answered only after the pipe is attached to a page.
   const std::string first = !isTeams                  ? url
                             : kind == WindowKind::App ? pageUrl("blank.html")
                                                       : "about:blank";
@@ -116,7 +116,7 @@ std::unique_ptr<BrowserPage> Browser::open(const std::string& url, WindowKind ki
             ->evaluate("document.readyState === 'complete' && location.href !== 'about:blank'")
             .get<bool>();
       },
-      patience, "the page " + url);
+      serverTimeout, "the page " + url);
   return page;
 }
 
@@ -131,8 +131,8 @@ std::string Browser::openAppWindow(const std::string& url) {
   const std::vector<std::string> before = pageTargets();
   std::vector<std::string> command = commandLine();
   command.push_back("--app=" + url);
-  // A second start with the same profile hands its window to the first and ends.
-  const auto messenger = session_.start("chromium-app.log", std::move(command));
+  // A second start with the same profile opens its window in the first browser and exits.
+  const auto launcher = session_.start("chromium-app.log", std::move(command));
   std::string opened;
   const auto appeared = [&] {
     for (const std::string& target : pageTargets()) {
@@ -140,15 +140,15 @@ std::string Browser::openAppWindow(const std::string& url) {
     }
     return !opened.empty();
   };
-  waitUntil(appeared, patience, "an app window for " + url);
-  holdsWithin([&] { return !messenger->isRunning(); }, patience);
+  waitUntil(appeared, serverTimeout, "an app window for " + url);
+  holdsWithin([&] { return !launcher->isRunning(); }, serverTimeout);
   return opened;
 }
 
 std::vector<std::string> Browser::pageTargets() {
   std::vector<std::string> result;
-  const nlohmann::json answer = pipe_->call("Target.getTargets");
-  for (const nlohmann::json& target : answer.at("targetInfos")) {
+  const nlohmann::json reply = pipe_->call("Target.getTargets");
+  for (const nlohmann::json& target : reply.at("targetInfos")) {
     if (target.at("type") == "page") result.push_back(target.at("targetId"));
   }
   return result;

@@ -9,50 +9,49 @@
 
 namespace hushbox::rehearsal {
 
-/// How a page is framed.
+/// The kind of window in which a page is opened.
 enum class WindowKind {
-  Window,  ///< An ordinary browser window of its own; its title ends in " - Chromium".
-  Tab,     ///< A tab of the window that was used last.
-  App,     ///< A window without browser controls, as an installed web app has; needs a display.
+  Window,  ///< A new ordinary browser window; its title ends in " - Chromium".
+  Tab,     ///< A tab in the most recently used window.
+  App,     ///< A window without browser controls, as for an installed web app; needs a display.
 };
 
 /// A real Chromium with a private profile, headless or on the session's display.
 ///
-/// It is up with no window at all and stays up when its last window closes. Enable the
-/// accessibility bus before starting it. Every call iterates the main context while it waits, and
-/// throws DeskError when the browser is gone, refuses or is silent for 30 s.
+/// It starts without a window and keeps running when its last window closes. Enable accessibility
+/// before starting it. Every call runs the main context while it waits, and throws DeskError if the
+/// browser has exited, returns an error or does not reply within 30 s.
 class Browser {
  public:
   struct Options {
-    bool headless = true;  ///< Without a window on the display; else the session needs one.
-    std::vector<std::string> arguments;  ///< Further command line arguments.
+    bool headless = true;                ///< Otherwise the session needs a display.
+    std::vector<std::string> arguments;  ///< Additional command line arguments.
   };
 
-  /// Returns as soon as the process is started; the first call waits until it is up.
+  /// Starts the process and returns; the first call waits until the browser replies.
   explicit Browser(const Session& session) : Browser(session, Options{}) {}
   Browser(const Session& session, const Options& options);
   ~Browser();
 
-  /// Opens a page and waits until it is loaded.
+  /// Opens a page and waits until it has loaded.
   std::unique_ptr<BrowserPage> open(const std::string& url, WindowKind kind = WindowKind::Window);
 
-  /// The file:// address of one of the rehearsal's own pages, such as "decoy.html".
+  /// The file:// URL of one of the rehearsal's own pages, such as "decoy.html".
   static std::string pageUrl(const std::string& file);
 
-  /// Where Teams is served from.
+  /// The origin of Teams' addresses.
   static constexpr const char* teamsOrigin = "https://teams.microsoft.com";
-  /// An address of Teams under which open() presents that page of the rehearsal's. The browser
-  /// takes it for the real one (address, secure context), yet the debugging pipe answers every
-  /// request to that host, so nothing leaves the machine.
+  /// A Teams address at which open() shows the rehearsal's page `file`. To the browser the address
+  /// is the real one (URL, secure context), but the debugging pipe answers every request to that
+  /// host, so nothing leaves the machine.
   static std::string teamsUrl(const std::string& file);
 
-  bool isHeadless() const { return options_.headless; }
   pid_t pid() const { return process_->pid(); }
   bool isRunning() const { return process_->isRunning(); }
-  /// Stops the browser and its renderers in their tracks; nothing answers until thaw().
+  /// Stops the browser and its renderers; they reply to nothing until thaw().
   void freeze() { process_->freeze(); }
   void thaw() { process_->thaw(); }
-  /// Ends the browser as a crash would.
+  /// Kills the browser with SIGKILL, as in a crash.
   void kill() { process_->kill(); }
 
   const std::shared_ptr<DevToolsPipe>& pipe() const { return pipe_; }

@@ -17,13 +17,13 @@ nlohmann::json BrowserPage::call(const std::string& method, nlohmann::json param
 }
 
 nlohmann::json BrowserPage::evaluate(const std::string& expression) {
-  const nlohmann::json answer =
+  const nlohmann::json reply =
       call("Runtime.evaluate",
            {{"expression", expression}, {"returnByValue", true}, {"awaitPromise", true}});
-  if (answer.contains("exceptionDetails")) {
-    throw DeskError(expression + " threw: " + answer["exceptionDetails"].dump());
+  if (reply.contains("exceptionDetails")) {
+    throw DeskError(expression + " threw: " + reply["exceptionDetails"].dump());
   }
-  return answer.at("result").value("value", nlohmann::json());
+  return reply.at("result").value("value", nlohmann::json());
 }
 
 void BrowserPage::navigateToTeams(const std::string& url) {
@@ -57,12 +57,12 @@ void BrowserPage::setWindow(const nlohmann::json& bounds) {
 
 void BrowserPage::minimise() {
   setWindow({{"windowState", "minimized"}});
-  waitUntil([this] { return isHidden(); }, patience, "the window to be minimised");
+  waitUntil([this] { return isHidden(); }, serverTimeout, "the window to be minimised");
 }
 
 void BrowserPage::restore() {
   setWindow({{"windowState", "normal"}});
-  waitUntil([this] { return !isHidden(); }, patience, "the window to be back");
+  waitUntil([this] { return !isHidden(); }, serverTimeout, "the window to be restored");
 }
 
 std::unique_ptr<BrowserPage> BrowserPage::cover() {
@@ -70,20 +70,20 @@ std::unique_ptr<BrowserPage> BrowserPage::cover() {
       pipe_->call("Target.createTarget", {{"url", "about:blank"}, {"newWindow", true}});
   auto above = std::make_unique<BrowserPage>(pipe_, opened.at("targetId"));
   above->setWindow({{"windowState", "maximized"}});
-  const bool covered = holdsWithin([this] { return isHidden(); }, patience);
+  const bool covered = holdsWithin([this] { return isHidden(); }, serverTimeout);
   if (covered) return above;
   above->close();
-  throw DeskError("the window cannot be covered: that needs a browser on a display");
+  throw DeskError("the window cannot be covered: the browser has no display");
 }
 
 void BrowserPage::close() {
   pipe_->call("Target.closeTarget", {{"targetId", target_}});
-  waitUntil([this] { return !exists(); }, patience, "the page to close");
+  waitUntil([this] { return !exists(); }, serverTimeout, "the page to close");
 }
 
 bool BrowserPage::exists() {
-  const nlohmann::json answer = pipe_->call("Target.getTargets");
-  for (const nlohmann::json& target : answer.at("targetInfos")) {
+  const nlohmann::json reply = pipe_->call("Target.getTargets");
+  for (const nlohmann::json& target : reply.at("targetInfos")) {
     if (target.at("targetId") == target_) return true;
   }
   return false;

@@ -8,37 +8,38 @@ namespace hushbox::rehearsal {
 
 class DevToolsPipe;
 
-/// One page in a browser and the window around it; letting go of it leaves the page open.
+/// One page in a browser and its window. Destroying this object leaves the page open.
 ///
-/// Throws DeskError as the browser does; after close() too. Whoever uses a value that evaluate()
-/// returned includes <nlohmann/json.hpp>.
+/// Every call throws DeskError for the same reasons as Browser's, and after close(). To use the
+/// result of evaluate(), include <nlohmann/json.hpp>.
 class BrowserPage {
  public:
-  /// Attaches to a page that is open.
+  /// Attaches to an open page; `target` is its id in the debugging protocol.
   BrowserPage(std::shared_ptr<DevToolsPipe> pipe, std::string target);
 
-  /// The value of a JavaScript expression; a promise is awaited, an exception thrown as DeskError.
+  /// Evaluates a JavaScript expression and returns its value. Waits for a promise; throws a
+  /// JavaScript exception as DeskError.
   nlohmann::json evaluate(const std::string& expression);
 
-  /// Loads a page at an address of Teams, which the browser answers with a file of the rehearsal:
-  /// see Browser::teamsUrl(). Returns once the answer has begun to arrive.
+  /// Navigates to a Teams address, which serves a file of the rehearsal: see Browser::teamsUrl().
+  /// Returns when the response has begun to arrive.
   void navigateToTeams(const std::string& url);
 
-  /// A real mouse click in the middle of the element that the CSS selector finds.
+  /// Clicks the middle of the element that matches the CSS selector, with real mouse events.
   void click(const std::string& selector);
 
-  /// Whether the page knows itself to be hidden: minimised, covered, or in a tab behind.
+  /// The page's document.hidden: true if it is minimised, covered or in a background tab.
   bool isHidden();
 
-  /// Minimises the window and waits until the page is hidden; works headless too.
+  /// Minimises the window and waits until the page is hidden. Also works headless.
   void minimise();
-  /// Puts a minimised window back and waits until the page is shown.
+  /// Restores a minimised window and waits until the page is visible.
   void restore();
-  /// Opens another window of the same browser that covers the whole display and waits until this
-  /// page is hidden. Needs a display. Close the returned page to uncover.
+  /// Opens a maximised window of the same browser over this one and waits until this page is
+  /// hidden. Needs a display. Close the returned page to uncover this one.
   std::unique_ptr<BrowserPage> cover();
 
-  /// Closes the page, and its window with it if it was the last tab.
+  /// Closes the page, and the window if this was its last tab.
   void close();
 
  private:

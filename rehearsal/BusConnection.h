@@ -9,20 +9,20 @@
 
 namespace hushbox::rehearsal {
 
-/// Drops one reference of a GVariant.
+/// Unreferences a GVariant.
 struct VariantUnref {
   void operator()(GVariant* variant) const { g_variant_unref(variant); }
 };
-/// An owned, full reference to a GVariant.
+/// Owns one full (not floating) reference to a GVariant.
 using Variant = std::unique_ptr<GVariant, VariantUnref>;
 
-/// A D-Bus connection of the rehearsal's own, never the process-wide one: that one would stay
-/// bound to the first desk of the process.
+/// A D-Bus connection of the rehearsal's own. It is never GIO's shared connection, which would stay
+/// connected to the bus of the process's first desk.
 ///
-/// The other end's death closes it and never ends the process. Throws DeskError when the bus
-/// cannot be reached.
+/// If the bus closes the connection, this process does not exit.
 class BusConnection {
  public:
+  /// Throws DeskError if the bus cannot be reached.
   explicit BusConnection(const std::string& address);
   ~BusConnection();
   BusConnection(const BusConnection&) = delete;
@@ -30,14 +30,15 @@ class BusConnection {
 
   GDBusConnection* get() const { return connection_; }
 
-  /// Calls and blocks until the answer. The arguments may be floating or null; the answer is the
-  /// tuple of results. Throws DeskError with the bus's own error text.
+  /// Calls a method, blocks until the reply arrives and returns it, a tuple of results. `arguments`
+  /// may be floating or null. Throws DeskError with the bus's error text for an error reply, and at
+  /// the deadline.
   Variant call(const std::string& name, const std::string& path, const std::string& interface,
                const std::string& method, GVariant* arguments,
                Milliseconds deadline = Milliseconds{10'000}) const;
 
   bool hasOwner(const std::string& name) const;
-  /// The process behind a name; -1 when nobody owns it.
+  /// The id of the process that owns a name, or -1 if the name has no owner.
   int processOf(const std::string& name) const;
 
  private:

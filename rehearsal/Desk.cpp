@@ -8,7 +8,7 @@ namespace {
 
 template <typename Part>
 Part& present(const std::unique_ptr<Part>& part, const char* what) {
-  if (!part) throw DeskError(std::string("this desk was made without ") + what);
+  if (!part) throw DeskError(std::string("this desk has no ") + what);
   return *part;
 }
 
@@ -21,7 +21,7 @@ Desk::Desk(const Options& options)
     accessibility_ = std::make_unique<AccessibilityBus>(session_);
     accessibility_->setEnabled(true);
   }
-  // The browser takes longest and comes up by itself while the rest is started.
+  // The browser takes longest, so it starts up while the other servers are started.
   if (options.browser) {
     browser_ = std::make_unique<Browser>(
         session_, Browser::Options{options.headlessBrowser || !options.display, {}});
@@ -34,19 +34,19 @@ Desk::Desk(const Options& options)
 Desk::~Desk() = default;
 
 AccessibilityBus& Desk::accessibility() {
-  return present(accessibility_, "accessibility");
+  return present(accessibility_, "accessibility bus");
 }
 
 AudioServer& Desk::audio() {
-  return present(audio_, "a sound server");
+  return present(audio_, "sound server");
 }
 
 Browser& Desk::browser() {
-  return present(browser_, "a browser");
+  return present(browser_, "browser");
 }
 
 NotificationDaemon& Desk::notificationDaemon() {
-  return present(notificationDaemon_, "a notification daemon");
+  return present(notificationDaemon_, "notification daemon");
 }
 
 }  // namespace hushbox::rehearsal

@@ -14,20 +14,25 @@
 
 namespace hushbox::rehearsal {
 
-/// A whole private desk of real servers on one machine: the demo, the integration tests and the
-/// benchmarks stand on it.
+/// A private desktop of real servers on one machine. The rehearsal, the integration tests and the
+/// benchmarks use it.
 ///
-/// What is on it:
-/// - Session: scratch folder, home and runtime folders, session bus, on wish Display (Xvfb with
-///   openbox) and a system bus; environment() for children, applyToThisProcess() for adapters in
-///   this process.
-/// - AccessibilityBus: the real at-spi2, switched on before the browser starts.
-/// - AudioServer: PulseAudio or PipeWire, a speakerphone to plug in, press, record from; decoys.
-/// - Browser, BrowserPage, MeetingPage: a real Chromium driven over a pipe, the meeting window.
-/// - NotificationDaemon (dunst), NotificationMonitor, SilentNotificationDaemon.
-/// - Made apart, in its session: Panel (xfce4-panel's tray), PowerDaemon (UPower with a battery).
+/// Parts:
+/// - Session: scratch folder, home and runtime folders, session bus; optionally a Display (Xvfb
+/// with
+///   openbox) and a system bus. environment() is for child processes, applyToThisProcess() for
+///   adapters in this process.
+/// - AccessibilityBus: the real at-spi2, enabled before the browser starts.
+/// - AudioServer: PulseAudio or PipeWire with a speakerphone to plug in, press and record from, and
+///   with decoy devices.
+/// - Browser, BrowserPage, MeetingPage: a real Chromium, controlled over a pipe, and the meeting
+///   window.
+/// - NotificationDaemon (dunst) and NotificationMonitor.
 ///
-/// How to use it in a test, one desk for a whole suite (it is up in one to three seconds):
+/// Three more parts are created separately, in the desk's session: Panel (xfce4-panel's tray),
+/// PowerDaemon (UPower with a battery) and SilentNotificationDaemon.
+///
+/// A test suite shares one desk, which takes one to three seconds to start:
 ///
 ///     static void SetUpTestSuite() { desk = std::make_unique<Desk>(); }
 ///     static void TearDownTestSuite() { desk.reset(); }
@@ -38,20 +43,20 @@ namespace hushbox::rehearsal {
 ///     desk->audio().setVolume(0.0);
 ///     meeting.waitForMuted(true);
 ///
-/// Everything that waits iterates GLib's default main context, so adapters on it keep working.
-/// Whatever goes wrong is a DeskError with a sentence. Make it on the main thread, before threads
-/// that read the environment. One Desk at a time per process; many may run side by side in
-/// processes of their own. Nothing outlives it: neither process nor file.
+/// Everything that waits runs GLib's default main context, so adapters that use it keep working.
+/// Every failure throws DeskError. Create the desk on the main thread, before any thread that reads
+/// the environment. A process can have one Desk at a time; several processes can each have one.
+/// Destroying the desk ends all its processes and removes all its files.
 class Desk {
  public:
   struct Options {
-    bool display = false;         ///< Xvfb; the browser then has real windows unless headless.
-    bool headlessBrowser = true;  ///< Ignored without a display: then it always is.
+    bool display = false;         ///< Start Xvfb; the browser can then have real windows.
+    bool headlessBrowser = true;  ///< Ignored without a display: the browser is headless then.
     bool accessibility = true;
     std::optional<AudioFlavour> audio = AudioFlavour::PulseAudio;
     bool speakerphone = false;  ///< Plugged in from the start.
     bool browser = true;
-    bool notifications = false;  ///< dunst; needs the display. The monitor is always there.
+    bool notifications = false;  ///< Start dunst; needs the display. The monitor always runs.
     bool systemBus = false;
     bool applyToThisProcess = true;
   };
@@ -63,7 +68,7 @@ class Desk {
   Desk& operator=(const Desk&) = delete;
 
   Session& session() { return session_; }
-  /// The others throw DeskError when the options left them out.
+  /// The accessors below throw DeskError for a part that the options left out.
   AccessibilityBus& accessibility();
   AudioServer& audio();
   Browser& browser();

@@ -4,7 +4,8 @@
 
 namespace hushbox::rehearsal {
 
-/// Says in one sentence why the rehearsal desk could not be put up or did not do what was awaited.
+/// The rehearsal desk could not be set up or did not do what a caller waited for. what() says why
+/// in one sentence.
 class DeskError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -13,7 +13,7 @@ namespace hushbox::rehearsal {
 DevToolsPipe::DevToolsPipe() {
   std::array<int, 2> ends{};
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-    throw DeskError("no pair of sockets can be made");
+    throw DeskError("cannot create a pair of sockets");
   }
   ourEnd_ = ends[0];
   browserEnd_ = ends[1];
@@ -35,9 +35,9 @@ void DevToolsPipe::closeBrowserEnd() {
 nlohmann::json DevToolsPipe::call(const std::string& method, nlohmann::json parameters,
                                   const std::string& session, Milliseconds deadline) {
   const int id = send(method, std::move(parameters), session);
-  if (id == 0) throw DeskError("the browser is gone");
-  waitUntil([&] { return isAnswered(id); }, deadline, "the browser's answer to " + method);
-  return takeAnswer(id, method);
+  if (id == 0) throw DeskError("the browser has exited");
+  waitUntil([&] { return hasReply(id); }, deadline, "the browser's reply to " + method);
+  return takeReply(id, method);
 }
 
 void DevToolsPipe::onEvent(const std::string& name, EventHandler handler) {
@@ -50,36 +50,35 @@ void DevToolsPipe::post(const std::string& method, nlohmann::json parameters,
   send(method, std::move(parameters), session, true);
 }
 
-/// The command's number; 0 when the browser has exited.
 int DevToolsPipe::send(const std::string& method, nlohmann::json parameters,
-                       const std::string& session, bool ignoresResult) {
-  const std::scoped_lock lock(sending_);
+                       const std::string& session, bool ignoreReply) {
+  const std::scoped_lock lock(sendMutex_);
   const int id = ++lastId_;
-  if (ignoresResult) {
-    const std::scoped_lock answersLock(mutex_);
-    ignored_.insert(id);
+  if (ignoreReply) {
+    const std::scoped_lock repliesLock(mutex_);
+    ignoredReplies_.insert(id);
   }
   nlohmann::json command{{"id", id}, {"method", method}, {"params", std::move(parameters)}};
   if (!session.empty()) command["sessionId"] = session;
-  // The terminating zero byte of the string is the protocol's end of message.
+  // The string's terminating zero byte is also the protocol's message terminator.
   const std::string text = command.dump();
   const ssize_t sent = ::send(ourEnd_, text.c_str(), text.size() + 1, MSG_NOSIGNAL);
   return sent == static_cast<ssize_t>(text.size() + 1) ? id : 0;
 }
 
-bool DevToolsPipe::isAnswered(int id) {
+bool DevToolsPipe::hasReply(int id) {
   const std::scoped_lock lock(mutex_);
-  return closed_ || answers_.contains(id);
+  return closed_ || replies_.contains(id);
 }
 
-nlohmann::json DevToolsPipe::takeAnswer(int id, const std::string& method) {
+nlohmann::json DevToolsPipe::takeReply(int id, const std::string& method) {
   const std::scoped_lock lock(mutex_);
-  auto answer = answers_.extract(id);
-  if (answer.empty()) throw DeskError("the browser went away during " + method);
-  if (answer.mapped().contains("error")) {
-    throw DeskError(method + " failed: " + answer.mapped()["error"].dump());
+  auto reply = replies_.extract(id);
+  if (reply.empty()) throw DeskError("the browser exited during " + method);
+  if (reply.mapped().contains("error")) {
+    throw DeskError(method + " failed: " + reply.mapped()["error"].dump());
   }
-  return answer.mapped().value("result", nlohmann::json::object());
+  return reply.mapped().value("result", nlohmann::json::object());
 }
 
 void DevToolsPipe::readMessages() {
@@ -93,7 +92,7 @@ void DevToolsPipe::readMessages() {
       if (piece[static_cast<std::size_t>(i)] != '\0') {
         message += piece[static_cast<std::size_t>(i)];
       } else {
-        take(message);
+        onMessage(message);
         message.clear();
       }
     }
@@ -103,18 +102,18 @@ void DevToolsPipe::readMessages() {
   wakeWaiters();
 }
 
-void DevToolsPipe::take(const std::string& message) {
+void DevToolsPipe::onMessage(const std::string& message) {
   nlohmann::json parsed = nlohmann::json::parse(message, nullptr, false);
   if (!parsed.is_object()) return;
-  if (!parsed.contains("id")) return handle(parsed);
+  if (!parsed.contains("id")) return dispatch(parsed);
   const std::scoped_lock lock(mutex_);
   const int id = parsed["id"];
-  if (ignored_.erase(id) != 0) return;
-  answers_[id] = std::move(parsed);
+  if (ignoredReplies_.erase(id) != 0) return;
+  replies_[id] = std::move(parsed);
   wakeWaiters();
 }
 
-void DevToolsPipe::handle(const nlohmann::json& event) {
+void DevToolsPipe::dispatch(const nlohmann::json& event) {
   EventHandler handler;
   {
     const std::scoped_lock lock(mutex_);

@@ -38,11 +38,11 @@ void Display::startWindowManager() {
 }
 
 void Display::screenshot(const std::filesystem::path& file) const {
-  const ServerProcess camera(
+  const ServerProcess tool(
       {{"import", "-window", "root", file.string()}, environment_, logFolder_ / "import.log", {}});
-  const bool done = holdsWithin([&] { return !camera.isRunning(); }, patience);
+  const bool done = holdsWithin([&] { return !tool.isRunning(); }, serverTimeout);
   if (!done || !std::filesystem::exists(file)) {
-    throw DeskError("no screenshot could be taken to " + file.string());
+    throw DeskError("cannot write the screenshot " + file.string());
   }
 }
 

@@ -8,17 +8,17 @@
 
 namespace hushbox::rehearsal {
 
-/// An X display in memory (Xvfb, 1280 by 800 points, 24 bit) with a window manager (openbox), so
+/// An X display in memory (Xvfb, 1280 by 800 pixels, 24 bit) with a window manager (openbox), so
 /// that windows can be minimised, raised and covered.
 class Display {
  public:
-  /// Throws DeskError when Xvfb or openbox is missing or does not start.
+  /// Throws DeskError if Xvfb or openbox is missing or does not start.
   Display(const Environment& environment, const std::filesystem::path& logFolder);
 
-  /// What DISPLAY has to be, such as ":3".
+  /// The value for DISPLAY, such as ":3".
   const std::string& name() const { return name_; }
 
-  /// Writes what the display shows into a PNG file; throws DeskError when that fails.
+  /// Writes a screenshot of the whole display to a PNG file. Throws DeskError if that fails.
   void screenshot(const std::filesystem::path& file) const;
 
  private:

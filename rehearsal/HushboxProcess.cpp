@@ -8,7 +8,7 @@ namespace {
 
 constexpr auto logName = "hushbox.log";
 
-/// The `count`th line of `log` that contains `text`; empty when there is none.
+/// Returns the `count`th line of `log` that contains `text`, or an empty string.
 std::string lineWith(const std::string& log, const std::string& text, int count) {
   std::size_t at = 0;
   for (; (at = log.find(text, at)) != std::string::npos; at += text.size()) {
@@ -18,7 +18,7 @@ std::string lineWith(const std::string& log, const std::string& text, int count)
   const std::size_t previous = log.rfind('\n', at);
   const std::size_t start = previous == std::string::npos ? 0 : previous + 1;
   const std::size_t end = log.find('\n', at);
-  // A line still being written is not there yet.
+  // A line without its line break is still being written.
   return end == std::string::npos ? std::string() : log.substr(start, end - start);
 }
 
@@ -26,7 +26,7 @@ std::string lineWith(const std::string& log, const std::string& text, int count)
 
 HushboxProcess::HushboxProcess(const Session& session, const std::string& program)
     : path_((session.folder() / logName).string()), process_(session.start(logName, {program})) {
-  process_->waitUntilReady([this] { return !log().empty(); }, "Hushbox's first record");
+  process_->waitUntilReady([this] { return !log().empty(); }, "Hushbox's first log record");
 }
 
 std::string HushboxProcess::log() const {
@@ -41,7 +41,7 @@ std::string HushboxProcess::waitForLog(const std::string& text, int count) const
         line = lineWith(log().substr(mark_), text, count);
         return !line.empty();
       },
-      "the record \"" + text + "\"");
+      "the log record \"" + text + "\"");
   return line;
 }
 
@@ -51,7 +51,7 @@ void HushboxProcess::mark() {
 
 int HushboxProcess::quit(int signal) {
   ::kill(process_->pid(), signal);
-  return waitForEnd();
+  return waitForExit();
 }
 
 }  // namespace hushbox::rehearsal

@@ -8,27 +8,30 @@
 
 namespace hushbox::rehearsal {
 
-/// The program itself, running in a session of the desk, with what it logs to standard error.
+/// The Hushbox program, running in a session, and the log that it writes to standard error.
 class HushboxProcess {
  public:
-  /// Starts it and returns once its first record is written. Throws DeskError when it ends instead.
+  /// Starts the program and waits for its first log record. Throws DeskError if the program exits
+  /// or logs nothing.
   HushboxProcess(const Session& session, const std::string& program);
 
-  /// All that it has logged so far.
+  /// Everything logged so far.
   std::string log() const;
 
-  /// Waits until it logs `text` for the `count`th time since `mark()`, and returns that line.
+  /// Waits until `text` has been logged `count` times since `mark()`, and returns the last of those
+  /// lines. Throws DeskError if the program exits first, or at the deadline.
   std::string waitForLog(const std::string& text, int count = 1) const;
 
-  /// Forgets the log up to here for `waitForLog`.
+  /// Makes waitForLog() ignore everything logged so far.
   void mark();
 
   pid_t pid() const { return process_->pid(); }
 
-  /// Asks it to end by a signal and returns its exit status.
+  /// Sends the signal, waits for the program to exit and returns its exit status.
   int quit(int signal = SIGTERM);
-  /// Waits for it to end and returns its exit status. Throws DeskError when a signal ended it.
-  int waitForEnd() const { return process_->waitForExit(); }
+  /// Waits for the program to exit and returns its exit status. Throws DeskError if a signal killed
+  /// it.
+  int waitForExit() const { return process_->waitForExit(); }
 
  private:
   std::string path_;

@@ -9,7 +9,7 @@ namespace hushbox::rehearsal {
 
 namespace {
 
-/// A label shows "__" as one underscore and "_" not at all.
+/// In a label "__" stands for one underscore, and a single "_" marks the mnemonic.
 std::string withoutMnemonics(const std::string& label) {
   std::string text;
   for (std::size_t i = 0; i < label.size(); ++i) {
@@ -41,10 +41,10 @@ ItemMenu::Row rowOf(GVariant* item) {
 }  // namespace
 
 std::vector<ItemMenu::Row> ItemMenu::rows() const {
-  const Variant answer =
-      ask("GetLayout", g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)));
+  const Variant reply =
+      call("GetLayout", g_variant_new("(ii@as)", 0, -1, g_variant_new_strv(nullptr, 0)));
   GVariantIter* children = nullptr;
-  g_variant_get(answer.get(), "(u(ia{sv}av))", nullptr, nullptr, nullptr, &children);
+  g_variant_get(reply.get(), "(u(ia{sv}av))", nullptr, nullptr, nullptr, &children);
   std::vector<Row> rows;
   for (GVariant* child = nullptr; g_variant_iter_next(children, "v", &child);) {
     rows.push_back(rowOf(Variant(child).get()));
@@ -61,17 +61,17 @@ ItemMenu::Row ItemMenu::row(const std::string& text) const {
 }
 
 void ItemMenu::choose(const std::string& text) const {
-  ask("Event",
-      g_variant_new("(isvu)", row(text).id, "clicked", g_variant_new_string(""), guint32{0}));
+  call("Event",
+       g_variant_new("(isvu)", row(text).id, "clicked", g_variant_new_string(""), guint32{0}));
 }
 
-Variant ItemMenu::ask(const char* method, GVariant* arguments) const {
-  auto call = std::async(std::launch::async, [&] {
+Variant ItemMenu::call(const char* method, GVariant* arguments) const {
+  auto reply = std::async(std::launch::async, [&] {
     return bus_.call(item_, "/MenuBar", "com.canonical.dbusmenu", method, arguments);
   });
-  waitUntil([&] { return call.wait_for(Milliseconds{0}) == std::future_status::ready; }, patience,
-            "the item's menu");
-  return call.get();
+  waitUntil([&] { return reply.wait_for(Milliseconds{0}) == std::future_status::ready; },
+            serverTimeout, "the item's menu");
+  return reply.get();
 }
 
 }  // namespace hushbox::rehearsal

@@ -7,12 +7,12 @@
 
 namespace hushbox::rehearsal {
 
-/// The menu of a status item, read the way panels do, over com.canonical.dbusmenu.
+/// The menu of a status item, read over com.canonical.dbusmenu as panels do.
 class ItemMenu {
  public:
   struct Row {
     int id = 0;
-    std::string text;  ///< Without the underscores of mnemonics; empty for a separator.
+    std::string text;  ///< Without mnemonic underscores; empty for a separator.
     bool separator = false;
     bool enabled = true;
     bool isSwitch = false;
@@ -20,20 +20,21 @@ class ItemMenu {
     friend bool operator==(const Row&, const Row&) = default;
   };
 
-  /// `item` is the bus name of who shows it. The connection must outlive this.
+  /// `item` is the bus name of the program that shows the item. The connection must outlive this
+  /// object.
   ItemMenu(const BusConnection& bus, std::string item) : bus_(bus), item_(std::move(item)) {}
 
-  /// The rows at present, top first. The item may live on this thread: the main context goes on
-  /// meanwhile. Throws DeskError when nobody answers.
+  /// The current rows, top first. Runs the main context meanwhile, so the item may be exported by
+  /// this thread. Throws DeskError if no reply arrives.
   std::vector<Row> rows() const;
-  /// The row of that text. Throws DeskError when there is none.
+  /// The first row with that text. Throws DeskError if there is none.
   Row row(const std::string& text) const;
 
-  /// Chooses a row, as a panel tells it.
+  /// Sends the "clicked" event for the row with that text.
   void choose(const std::string& text) const;
 
  private:
-  Variant ask(const char* method, GVariant* arguments) const;
+  Variant call(const char* method, GVariant* arguments) const;
 
   const BusConnection& bus_;
   std::string item_;

@@ -11,7 +11,7 @@ namespace hushbox::rehearsal {
 
 LinePipe::LinePipe() {
   std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) throw DeskError("no pipe can be made");
+  if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) throw DeskError("cannot create a pipe");
   readEnd_ = ends[0];
   writeEnd_ = ends[1];
 }

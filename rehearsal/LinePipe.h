@@ -4,19 +4,19 @@
 
 namespace hushbox::rehearsal {
 
-/// A pipe through which a starting server tells one line, such as its address or display number.
+/// A pipe to which a starting server writes one line, such as its address or display number.
 class LinePipe {
  public:
-  /// Throws DeskError when no pipe can be made.
+  /// Throws DeskError if no pipe can be created.
   LinePipe();
   ~LinePipe();
   LinePipe(const LinePipe&) = delete;
   LinePipe& operator=(const LinePipe&) = delete;
 
-  /// The end to hand to the server.
+  /// The descriptor to pass to the server.
   int writeEnd() const { return writeEnd_; }
 
-  /// Takes in what has arrived; true once a whole line has.
+  /// Reads what has arrived, without blocking. Returns whether a whole line has arrived.
   bool hasLine();
   /// The line without its line break.
   std::string line() const;

@@ -22,7 +22,7 @@ std::string controlName(MeetingPage::Control control) {
   return "button";
 }
 
-/// Everything outside the unreserved characters as %XX.
+/// Encodes every byte except the unreserved characters as %XX.
 std::string percentEncoded(const std::string& text) {
   constexpr const char* digits = "0123456789ABCDEF";
   constexpr std::string_view unreserved = "-._~";
@@ -58,7 +58,7 @@ bool MeetingPage::isMuted() {
 
 std::string MeetingPage::label() {
   const nlohmann::json label = page_->evaluate("meeting.label()");
-  if (!label.is_string()) throw DeskError("the meeting has no microphone button at present");
+  if (!label.is_string()) throw DeskError("the meeting has no microphone button now");
   return label;
 }
 

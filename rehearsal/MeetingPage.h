@@ -9,8 +9,8 @@
 
 namespace hushbox::rehearsal {
 
-/// A meeting window as Teams shows it: a microphone button that changes its label with each press,
-/// among other buttons and a decoy.
+/// A page like a Teams meeting: a microphone button whose label changes with each press, among
+/// other buttons and a decoy.
 class MeetingPage {
  public:
   enum class Control { Button, CheckBox, ToggleButton };
@@ -18,41 +18,42 @@ class MeetingPage {
   struct Options {
     WindowKind window = WindowKind::Window;
     bool muted = false;
-    int extraElements = 0;  ///< So many more elements in the tree.
+    int extraElements = 0;  ///< How many elements to add to the accessibility tree.
     Control microphone = Control::Button;
-    Milliseconds labelDelay{0};  ///< How long after a press the label changes.
-    bool stuck = false;          ///< Presses arrive but change nothing.
+    Milliseconds labelDelay{0};  ///< Delay between a press and the change of the label.
+    bool stuck = false;          ///< Presses change nothing.
     std::string title = "Weekly sync | Microsoft Teams";
   };
 
   static constexpr const char* labelWhenLive = "Mute mic (Ctrl+Shift+M)";
   static constexpr const char* labelWhenMuted = "Unmute mic (Ctrl+Shift+M)";
 
-  /// Opens it and waits until it is loaded.
+  /// Opens the page and waits until it has loaded.
   explicit MeetingPage(Browser& browser) : MeetingPage(browser, Options{}) {}
   MeetingPage(Browser& browser, const Options& options);
 
-  /// Whether the meeting has the microphone muted: the truth, however stale the tree is.
+  /// Whether the microphone is muted, read from the page itself: true even while the accessibility
+  /// tree is out of date.
   bool isMuted();
   /// The button's aria-label.
   std::string label();
 
-  /// A real mouse click on the microphone button: what a user does in Teams.
+  /// Clicks the microphone button with the mouse, as a user would.
   void clickMicrophone();
-  /// The same press from within the page; works while it is hidden too.
+  /// Clicks it by script; also works while the page is hidden.
   void pressMicrophone();
-  /// Takes the microphone button out of the page, as at the end of a call, and puts it back.
+  /// Removes the microphone button, as at the end of a call, and adds it again.
   void leaveCall();
   void joinCall();
 
   /// When each press of the microphone button arrived in the page, oldest first, to about 0.1 ms.
   std::vector<std::chrono::system_clock::time_point> presses();
-  /// Waits until at least so many presses have arrived.
-  void waitForPresses(std::size_t count, Milliseconds deadline = patience);
-  void waitForLabel(const std::string& label, Milliseconds deadline = patience);
-  void waitForMuted(bool muted, Milliseconds deadline = patience);
+  /// Waits until at least `count` presses have arrived.
+  void waitForPresses(std::size_t count, Milliseconds deadline = serverTimeout);
+  void waitForLabel(const std::string& label, Milliseconds deadline = serverTimeout);
+  void waitForMuted(bool muted, Milliseconds deadline = serverTimeout);
 
-  /// The window: minimise, restore, cover, close.
+  /// The page and its window, to minimise, restore, cover or close.
   BrowserPage& page() { return *page_; }
   void close() { page_->close(); }
 

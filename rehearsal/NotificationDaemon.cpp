@@ -19,16 +19,16 @@ NotificationDaemon::NotificationDaemon(const Session& session) : bus_(session.bu
 }
 
 unsigned NotificationDaemon::shownNow() const {
-  const Variant answer = bus_.call(busName, path, "org.freedesktop.DBus.Properties", "Get",
-                                   g_variant_new("(ss)", dunst, "displayedLength"));
+  const Variant reply = bus_.call(busName, path, "org.freedesktop.DBus.Properties", "Get",
+                                  g_variant_new("(ss)", dunst, "displayedLength"));
   GVariant* boxed = nullptr;
-  g_variant_get(answer.get(), "(v)", &boxed);
+  g_variant_get(reply.get(), "(v)", &boxed);
   return g_variant_get_uint32(Variant(boxed).get());
 }
 
 void NotificationDaemon::closeAll() const {
   bus_.call(busName, path, dunst, "NotificationCloseAll", nullptr);
-  waitUntil([this] { return shownNow() == 0; }, patience, "the notifications to be taken away");
+  waitUntil([this] { return shownNow() == 0; }, serverTimeout, "the notifications to close");
 }
 
 }  // namespace hushbox::rehearsal

@@ -7,23 +7,23 @@
 
 namespace hushbox::rehearsal {
 
-/// A real notification daemon (dunst) on the session's display; NotificationMonitor tells what it
+/// A real notification daemon (dunst) on the session's display. NotificationMonitor records what it
 /// was asked to show.
 class NotificationDaemon {
  public:
-  /// Returns once it owns its name on the bus. Throws DeskError without a display or without
-  /// dunst.
+  /// Starts dunst and waits until it owns its bus name. Throws DeskError if the session has no
+  /// display or dunst is not installed.
   explicit NotificationDaemon(const Session& session);
 
-  /// How many notifications it says that it shows on the display at present.
+  /// How many notifications are on the display now, according to dunst.
   unsigned shownNow() const;
-  /// Takes them all off the display, as a person who clicks on each.
+  /// Closes all notifications, as if a person had clicked each.
   void closeAll() const;
 
   pid_t pid() const { return process_->pid(); }
-  /// Ends it as a crash would.
+  /// Kills dunst with SIGKILL, as in a crash.
   void kill() { process_->kill(); }
-  /// Stops it in its tracks: it keeps its name and answers nobody until thaw().
+  /// Stops dunst: until thaw() it keeps its bus name but replies to nothing.
   void freeze() { process_->freeze(); }
   void thaw() { process_->thaw(); }
 

@@ -10,7 +10,7 @@ std::string textOf(const char* text) {
   return text ? text : "";
 }
 
-/// One call is known on the bus by who made it and the number that its maker gave it.
+/// The caller's bus name and serial number together identify a call on the bus.
 std::string keyOf(const char* caller, guint32 serial) {
   return textOf(caller) + " " + std::to_string(serial);
 }
@@ -22,7 +22,7 @@ bool isNotify(GDBusMessage* message) {
          textOf(g_dbus_message_get_signature(message)) == "susssasa{sv}i";
 }
 
-bool isAnswer(GDBusMessage* message) {
+bool isReply(GDBusMessage* message) {
   const GDBusMessageType type = g_dbus_message_get_message_type(message);
   return type == G_DBUS_MESSAGE_TYPE_METHOD_RETURN || type == G_DBUS_MESSAGE_TYPE_ERROR;
 }
@@ -57,51 +57,51 @@ ShownNotification parse(GVariant* body) {
 
 NotificationMonitor::NotificationMonitor(const std::string& busAddress) : bus_(busAddress) {
   {
-    // Hands the members over to GDBus's thread in a way that a race detector sees too.
+    // Publishes the members to GDBus's thread, visibly to ThreadSanitizer.
     const std::scoped_lock lock(mutex_);
-    filter_ = g_dbus_connection_add_filter(bus_.get(), overhear, this, nullptr);
+    filter_ = g_dbus_connection_add_filter(bus_.get(), onMessage, this, nullptr);
   }
   bus_.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.Monitoring",
             "BecomeMonitor", g_variant_new("(asu)", nullptr, 0));
 }
 
 NotificationMonitor::~NotificationMonitor() {
-  // Closing first: removing a filter does not wait for one that is just running.
+  // Close first: removing a filter does not wait for a call of it that is still running.
   g_dbus_connection_close_sync(bus_.get(), nullptr, nullptr);
   g_dbus_connection_remove_filter(bus_.get(), filter_);
-  const std::scoped_lock takenBack(mutex_);
+  const std::scoped_lock lock(mutex_);
 }
 
-GDBusMessage* NotificationMonitor::overhear(GDBusConnection*, GDBusMessage* message,
-                                            gboolean incoming, gpointer self) {
+GDBusMessage* NotificationMonitor::onMessage(GDBusConnection*, GDBusMessage* message,
+                                             gboolean incoming, gpointer self) {
   if (!incoming) return message;
   auto* monitor = static_cast<NotificationMonitor*>(self);
   if (isNotify(message)) {
-    monitor->noteCall(message);
-  } else if (isAnswer(message)) {
-    monitor->noteAnswer(message);
+    monitor->recordCall(message);
+  } else if (isReply(message)) {
+    monitor->recordReply(message);
     return message;
   }
-  // A monitor is told of calls that are not meant for it and must not answer them.
+  // A monitor receives calls that are addressed to others and must not reply to them.
   g_object_unref(message);
   return nullptr;
 }
 
-void NotificationMonitor::noteCall(GDBusMessage* message) {
+void NotificationMonitor::recordCall(GDBusMessage* message) {
   const std::scoped_lock lock(mutex_);
-  unanswered_[keyOf(g_dbus_message_get_sender(message), g_dbus_message_get_serial(message))] =
+  pendingCalls_[keyOf(g_dbus_message_get_sender(message), g_dbus_message_get_serial(message))] =
       notifications_.size();
   notifications_.push_back(parse(g_dbus_message_get_body(message)));
   wakeWaiters();
 }
 
-void NotificationMonitor::noteAnswer(GDBusMessage* message) {
+void NotificationMonitor::recordReply(GDBusMessage* message) {
   const std::scoped_lock lock(mutex_);
-  const auto asked = unanswered_.find(
+  const auto call = pendingCalls_.find(
       keyOf(g_dbus_message_get_destination(message), g_dbus_message_get_reply_serial(message)));
-  if (asked == unanswered_.end()) return;
-  ShownNotification& notification = notifications_[asked->second];
-  unanswered_.erase(asked);
+  if (call == pendingCalls_.end()) return;
+  ShownNotification& notification = notifications_[call->second];
+  pendingCalls_.erase(call);
   if (g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_ERROR) {
     notification.error = textOf(g_dbus_message_get_error_name(message));
   } else if (textOf(g_dbus_message_get_signature(message)) == "u") {
@@ -133,7 +133,7 @@ std::vector<ShownNotification> NotificationMonitor::waitForShown(std::size_t cou
 void NotificationMonitor::clear() {
   const std::scoped_lock lock(mutex_);
   notifications_.clear();
-  unanswered_.clear();
+  pendingCalls_.clear();
 }
 
 }  // namespace hushbox::rehearsal

@@ -11,34 +11,36 @@
 
 namespace hushbox::rehearsal {
 
-/// Overhears every notification on a session bus and what became of it, whichever daemon answers.
+/// Records every notification call on a session bus and its reply, whichever daemon replies.
 ///
-/// Works without a daemon too: the refusal is then part of the record. All members are callable
-/// on any thread.
+/// Without a daemon it records the bus's error reply. All members are callable on any thread.
 class NotificationMonitor {
  public:
-  /// Throws DeskError when the bus cannot be reached or does not let itself be monitored.
+  /// Throws DeskError if the bus cannot be reached or refuses to be monitored.
   explicit NotificationMonitor(const std::string& busAddress);
   ~NotificationMonitor();
 
-  /// Every Notify call so far, oldest first.
+  /// All Notify calls so far, oldest first.
   std::vector<ShownNotification> notifications() const;
-  /// Those that a daemon has accepted.
+  /// The Notify calls that a daemon has accepted, oldest first.
   std::vector<ShownNotification> shown() const;
-  /// Waits until so many have been accepted, and returns those. Throws DeskError at the deadline.
+  /// Waits until at least `count` notifications have been accepted, and returns them. Throws
+  /// DeskError at the deadline.
   std::vector<ShownNotification> waitForShown(std::size_t count,
-                                              Milliseconds deadline = patience) const;
+                                              Milliseconds deadline = serverTimeout) const;
+  /// Forgets all calls so far.
   void clear();
 
  private:
-  static GDBusMessage* overhear(GDBusConnection* connection, GDBusMessage* message,
-                                gboolean incoming, gpointer self);
-  void noteCall(GDBusMessage* message);
-  void noteAnswer(GDBusMessage* message);
+  static GDBusMessage* onMessage(GDBusConnection* connection, GDBusMessage* message,
+                                 gboolean incoming, gpointer self);
+  void recordCall(GDBusMessage* message);
+  void recordReply(GDBusMessage* message);
 
   mutable std::mutex mutex_;
   std::vector<ShownNotification> notifications_;
-  std::map<std::string, std::size_t> unanswered_;
+  /// Indexes into notifications_, by caller and serial number.
+  std::map<std::string, std::size_t> pendingCalls_;
   BusConnection bus_;
   unsigned filter_ = 0;
 };

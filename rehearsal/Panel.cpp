@@ -13,16 +13,18 @@ namespace {
 constexpr const char* watcher = "org.kde.StatusNotifierWatcher";
 constexpr const char* watcherPath = "/StatusNotifierWatcher";
 constexpr const char* settings = "org.xfce.Xfconf";
-/// The process that the panel keeps the tray in.
+// All sizes are in pixels.
+
+/// The window class of the process that shows the panel's tray.
 constexpr const char* trayClass = "wrapper-2.0";
-/// Without an item the tray is a sliver.
-constexpr int leastItemWidth = 16;
-/// Above the first and below the last row of a menu, in the toolkit's own theme.
+/// An empty tray is narrower.
+constexpr int minItemWidth = 16;
+/// Above the first and below the last row of a menu in GTK's default theme.
 constexpr int menuPadding = 4;
 constexpr int separatorHeight = 1;
-/// Close enough together that a row more or less cannot be taken for rows of another height.
-constexpr int leastRowHeight = 22;
-constexpr int mostRowHeight = 28;
+/// The range is so narrow that a menu with one row more or less does not fit it.
+constexpr int minRowHeight = 22;
+constexpr int maxRowHeight = 28;
 constexpr int panelHeight = 30;
 
 constexpr const char* configuration = R"(<?xml version="1.0" encoding="UTF-8"?>
@@ -80,10 +82,10 @@ void Panel::setTone(Tone tone) {
 
 std::vector<std::string> Panel::items() const {
   if (!bus_.hasOwner(watcher)) return {};
-  const Variant answer = bus_.call(watcher, watcherPath, "org.freedesktop.DBus.Properties", "Get",
-                                   g_variant_new("(ss)", watcher, "RegisteredStatusNotifierItems"));
+  const Variant reply = bus_.call(watcher, watcherPath, "org.freedesktop.DBus.Properties", "Get",
+                                  g_variant_new("(ss)", watcher, "RegisteredStatusNotifierItems"));
   GVariant* array = nullptr;
-  g_variant_get(answer.get(), "(v)", &array);
+  g_variant_get(reply.get(), "(v)", &array);
   const Variant owned(array);
   std::vector<std::string> items;
   GVariantIter iterator;
@@ -100,18 +102,18 @@ Panel::Area Panel::waitForItem() const {
         if (items().empty()) return false;
         const std::vector<Area> all = windows();
         const auto shown = std::ranges::find_if(
-            all, [](const Area& area) { return area.y == 0 && area.width >= leastItemWidth; });
+            all, [](const Area& area) { return area.y == 0 && area.width >= minItemWidth; });
         if (shown != all.end()) item = *shown;
         return shown != all.end();
       },
-      patience, "an item in the panel");
+      serverTimeout, "an item in the panel");
   return item;
 }
 
 Panel::Area Panel::openMenu() {
   const Area item = waitForItem();
-  // A panel that has not read the menu yet has nothing to open, and one that is reading it again
-  // opens it at the size it had; a person would click again.
+  // A panel that has not read the menu yet opens nothing, and one that is reading it again opens it
+  // at its old size. A person would click again.
   waitUntil(
       [&] {
         if (menu()) closeMenu();
@@ -120,19 +122,19 @@ Panel::Area Panel::openMenu() {
         return holdsWithin([&] { return rowHeight(itemMenu().rows()).has_value(); },
                            Milliseconds{3000});
       },
-      patience, "a menu with all rows");
+      serverTimeout, "a menu with all rows");
   return *menu();
 }
 
 std::optional<Panel::Area> Panel::menu() const {
-  // Right below the panel, where no tool tip is.
+  // A menu is right below the panel; a tool tip is further down.
   for (const Area& area : windows())
     if (area.y > 0 && area.y <= panelHeight + 2) return area;
   return std::nullopt;
 }
 
 Panel::Area Panel::waitForMenu() const {
-  waitUntil([&] { return rowHeight(itemMenu().rows()).has_value(); }, patience,
+  waitUntil([&] { return rowHeight(itemMenu().rows()).has_value(); }, serverTimeout,
             "a menu with all rows");
   return *menu();
 }
@@ -148,15 +150,15 @@ std::optional<int> Panel::rowHeight(const std::vector<Row>& rows) const {
   const int separators = separatorsIn(rows, rows.size());
   const int others = static_cast<int>(rows.size()) - separators;
   if (!area || others == 0) return std::nullopt;
-  const int together = area->height - 2 * menuPadding - separators * separatorHeight;
-  const int height = together / others;
-  const bool fits = together % others == 0 && height >= leastRowHeight && height <= mostRowHeight;
+  const int rowsHeight = area->height - 2 * menuPadding - separators * separatorHeight;
+  const int height = rowsHeight / others;
+  const bool fits = rowsHeight % others == 0 && height >= minRowHeight && height <= maxRowHeight;
   return fits ? std::optional(height) : std::nullopt;
 }
 
 std::string Panel::item() const {
   const std::vector<std::string> all = items();
-  if (all.empty()) throw DeskError("there is no item in the panel");
+  if (all.empty()) throw DeskError("the panel shows no item");
   return all.front().substr(0, all.front().find('/'));
 }
 
@@ -165,11 +167,11 @@ ItemMenu Panel::itemMenu() const {
 }
 
 std::string Panel::toolTip() const {
-  const Variant answer =
+  const Variant reply =
       bus_.call(item(), "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
                 g_variant_new("(ss)", "org.kde.StatusNotifierItem", "ToolTip"));
   GVariant* boxed = nullptr;
-  g_variant_get(answer.get(), "(v)", &boxed);
+  g_variant_get(reply.get(), "(v)", &boxed);
   const Variant toolTip(boxed);
   const char* text = "";
   g_variant_get_child(toolTip.get(), 3, "&s", &text);
@@ -184,7 +186,7 @@ void Panel::clickRow(const std::string& text) {
   const auto index = static_cast<std::size_t>(wanted - all.begin());
   const int separators = separatorsIn(all, index);
   const int others = static_cast<int>(index) - separators;
-  const int height = rowHeight(all).value_or(leastRowHeight);
+  const int height = rowHeight(all).value_or(minRowHeight);
   const int top = menuPadding + separators * separatorHeight + others * height;
   click(area.x + area.width / 2, area.y + top + height / 2);
 }
@@ -195,12 +197,12 @@ void Panel::chooseRow(const std::string& text) {
         if (menu()) clickRow(text);
         return holdsWithin([&] { return !menu(); }, Milliseconds{3000});
       },
-      patience, "the choice of \"" + text + "\"");
+      serverTimeout, "the menu to close over \"" + text + "\"");
 }
 
 void Panel::closeMenu() {
   run({"xdotool", "key", "Escape"});
-  waitUntil([&] { return !menu(); }, patience, "the menu's end");
+  waitUntil([&] { return !menu(); }, serverTimeout, "the menu to close");
   movePointerAway();
 }
 
@@ -213,17 +215,17 @@ void Panel::picture(const Area& area, const std::filesystem::path& file) const {
   geometry << area.width << 'x' << area.height << '+' << area.x << '+' << area.y;
   run({"import", "-window", "root", "-crop", geometry.str(), "+repage", file.string()});
   if (!std::filesystem::exists(file))
-    throw DeskError("no picture could be taken: " + file.string());
+    throw DeskError("cannot write the screenshot " + file.string());
 }
 
 std::vector<Panel::Area> Panel::windows() const {
-  std::istringstream answer(
+  std::istringstream reply(
       run({"xdotool", "search", "--onlyvisible", "--class", trayClass, "getwindowgeometry", "%@"}));
-  // "  Position: 1249,0 (screen: 0)" and "  Geometry: 31x30", a pair for each window.
+  // Two lines per window: "  Position: 1249,0 (screen: 0)" and "  Geometry: 31x30".
   std::vector<Area> areas;
   Area area;
   char between = 0;
-  for (std::string line; std::getline(answer, line);) {
+  for (std::string line; std::getline(reply, line);) {
     std::istringstream words(line);
     std::string word;
     words >> word;
@@ -239,9 +241,9 @@ void Panel::click(int x, int y) const {
 
 std::string Panel::run(std::vector<std::string> command) const {
   const std::string name = command.front();
-  const std::string log = "panel-hand-" + std::to_string(++runs_) + ".log";
+  const std::string log = "panel-tool-" + std::to_string(++runs_) + ".log";
   const auto process = session_.start(log, std::move(command));
-  waitUntil([&] { return !process->isRunning(); }, patience, name + " to end");
+  waitUntil([&] { return !process->isRunning(); }, serverTimeout, name + " to exit");
   std::ostringstream output;
   output << std::ifstream(session_.folder() / log).rdbuf();
   return output.str();

@@ -12,59 +12,61 @@
 
 namespace hushbox::rehearsal {
 
-/// A real panel (xfce4-panel with nothing but its tray) along the top of the session's display, and
-/// a hand that clicks on the one item in it.
+/// A real panel (xfce4-panel with only its tray) along the top of the session's display, and the
+/// mouse that clicks the one item in it.
 ///
-/// The item is at the right end. What the hand does is done with the pointer (xdotool), so that
-/// what a test clicks on is what a person would see there.
+/// The item is at the right end. Clicks go through the X pointer (xdotool), so a test clicks what a
+/// person would see.
 class Panel {
  public:
   enum class Tone { Dark, Light };
 
-  /// A part of the display, in pixels from its top left corner.
+  /// A rectangle of the display, in pixels from its top left corner.
   struct Area {
     int x = 0, y = 0, width = 0, height = 0;
   };
 
-  /// Returns once it takes items. Throws DeskError without a display or when a program is missing.
+  /// Starts the panel and waits until it accepts items. Throws DeskError if the session has no
+  /// display or a program is not installed.
   explicit Panel(Session& session, Tone tone = Tone::Dark);
 
   void setTone(Tone tone);
 
   pid_t pid() const { return process_->pid(); }
-  /// Ends it as a crash would.
+  /// Kills the panel with SIGKILL, as in a crash.
   void kill() { process_->kill(); }
   void freeze() { process_->freeze(); }
   void thaw() { process_->thaw(); }
 
-  /// The items that have registered, as the panel's watcher has them; empty when it is gone.
+  /// The registered items, in the watcher's notation (bus name and object path). Returns an empty
+  /// list if the watcher is not running.
   std::vector<std::string> items() const;
-  /// Waits until the item is shown and returns where. Throws DeskError at the deadline.
+  /// Waits until the item is visible and returns its place. Throws DeskError at the deadline.
   Area waitForItem() const;
-  /// The first item's menu. Throws DeskError when there is no item.
+  /// The first item's menu. Throws DeskError if there is no item.
   ItemMenu itemMenu() const;
-  /// What the first item's tool tip says. The item must live in another process.
+  /// The first item's tool tip. The item must belong to another process: this call blocks.
   std::string toolTip() const;
 
-  /// Clicks on the item and waits for its menu, like waitForMenu().
+  /// Clicks the item and waits for its menu, like waitForMenu().
   Area openMenu();
-  /// Where the open menu is; nothing when none is open.
+  /// The place of the open menu; nullopt if no menu is open.
   std::optional<Area> menu() const;
-  /// Waits until the open menu is as high as the item's present rows make it, and returns where it
-  /// is: a panel learns of new rows in its own time. Throws DeskError at the deadline.
+  /// Waits until the open menu's height fits the item's current rows, and returns the menu's place.
+  /// The panel shows new rows with a delay. Throws DeskError at the deadline.
   Area waitForMenu() const;
-  /// Clicks in the open menu on the row with that text, reckoning its place from the heights: all
-  /// rows are equally high, and separators a pixel. Throws DeskError when there is no such row.
+  /// Clicks the row with that text in the open menu. Its place is calculated: all rows are equally
+  /// high, and a separator is one pixel. Throws DeskError if there is no such row.
   void clickRow(const std::string& text);
-  /// Clicks in the open menu on the row with that text until the menu has closed over it: a click
-  /// that comes before the menu has the pointer to itself is lost, and leaves it open.
+  /// Clicks the row with that text until the menu closes. A click before the menu has grabbed the
+  /// pointer is lost and leaves the menu open.
   void chooseRow(const std::string& text);
   void closeMenu();
 
-  /// Moves the pointer away, so that nothing is highlighted and no tool tip is in the way.
+  /// Moves the pointer to an empty place, so that nothing is highlighted and no tool tip is shown.
   void movePointerAway() const;
 
-  /// Writes what an area of the display shows into a PNG file.
+  /// Writes a screenshot of an area to a PNG file.
   void picture(const Area& area, const std::filesystem::path& file) const;
 
  private:
@@ -74,7 +76,7 @@ class Panel {
   void configure(Session& session) const;
   /// The bus name of the first item.
   std::string item() const;
-  /// The height of one row of the open menu; nothing when it has other rows than those.
+  /// The height of one row of the open menu; nullopt if the menu's height does not fit `rows`.
   std::optional<int> rowHeight(const std::vector<Row>& rows) const;
   std::vector<Area> windows() const;
   void click(int x, int y) const;

@@ -17,7 +17,7 @@ constexpr const char* upower = "org.freedesktop.UPower";
 constexpr const char* upowerPath = "/org/freedesktop/UPower";
 constexpr const char* emulation = "umockdev-wrapper";
 constexpr const char* hardware = HUSHBOX_REHEARSAL_DEVICES "/speakerphone-battery";
-/// Where Debian has it, and others.
+/// Debian's path, then the path of other distributions.
 const std::vector<std::string> daemons{"/usr/lib/upower/upowerd", "/usr/libexec/upowerd"};
 
 std::string systemBusOf(const Session& session) {
@@ -38,7 +38,7 @@ PowerDaemon::PowerDaemon(const Session& session, const Battery& battery)
     : bus_(systemBusOf(session)), hardware_(nullptr, &std::fclose) {
   const std::string daemon = findProgram(daemons);
   std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) throw DeskError("no pipe can be made");
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) throw DeskError("cannot create a pipe");
   const File commands(fdopen(ends[0], "r"), &std::fclose);
   hardware_.reset(fdopen(ends[1], "w"));
   process_ = session.start("upower.log",
@@ -49,13 +49,13 @@ PowerDaemon::PowerDaemon(const Session& session, const Battery& battery)
 }
 
 void PowerDaemon::change(int percent, const std::string& state) {
-  tellHardware(std::to_string(percent) + ' ' + state);
-  process_->waitUntilReady([&] { return level() == percent; }, "UPower to notice the change");
+  sendToHardware(std::to_string(percent) + ' ' + state);
+  process_->waitUntilReady([&] { return level() == percent; }, "UPower to report the change");
 }
 
 void PowerDaemon::unplug() {
-  tellHardware("unplug");
-  process_->waitUntilReady([this] { return !level(); }, "UPower to notice the unplugging");
+  sendToHardware("unplug");
+  process_->waitUntilReady([this] { return !level(); }, "UPower to drop the battery");
 }
 
 std::optional<double> PowerDaemon::level() const {
@@ -66,20 +66,20 @@ std::optional<double> PowerDaemon::level() const {
     if (g_variant_n_children(array.get()) == 0) return std::nullopt;
     const char* device = nullptr;
     g_variant_get_child(array.get(), 0, "&o", &device);
-    const Variant answer =
+    const Variant reply =
         bus_.call(upower, device, "org.freedesktop.DBus.Properties", "Get",
                   g_variant_new("(ss)", "org.freedesktop.UPower.Device", "Percentage"));
     GVariant* boxed = nullptr;
-    g_variant_get(answer.get(), "(v)", &boxed);
+    g_variant_get(reply.get(), "(v)", &boxed);
     return g_variant_get_double(Variant(boxed).get());
   } catch (const DeskError&) {
-    // A device may go between the two questions.
+    // The device may disappear between the two calls.
     return std::nullopt;
   }
 }
 
-void PowerDaemon::tellHardware(const std::string& line) {
-  if (!process_->isRunning()) throw DeskError("the emulated hardware is gone");
+void PowerDaemon::sendToHardware(const std::string& line) {
+  if (!process_->isRunning()) throw DeskError("the hardware emulation has exited");
   std::fprintf(hardware_.get(), "%s\n", line.c_str());
   std::fflush(hardware_.get());
 }

@@ -10,41 +10,42 @@
 
 namespace hushbox::rehearsal {
 
-/// A real UPower on the session's system bus, on emulated hardware (umockdev): one USB device with
+/// A real UPower on the session's system bus with emulated hardware (umockdev): one USB device with
 /// a battery.
 class PowerDaemon {
  public:
   struct Battery {
     int percent = 62;
-    /// As the kernel has it: Charging, Discharging, Full, Not charging, Unknown.
+    /// The kernel's word: Charging, Discharging, Full, Not charging or Unknown.
     std::string state = "Discharging";
     std::string model = "Jabra Speak2 75";
-    /// What the kernel says that it powers: "Device" for an accessory, else "System".
+    /// What the battery powers, in the kernel's words: "Device" (an accessory) or "System".
     std::string scope = "Device";
   };
 
+  /// Whether UPower and umockdev are installed.
   static bool isInstalled();
 
-  /// Returns once UPower knows the battery. Throws DeskError in a session without a system bus,
-  /// and when UPower or umockdev is not installed.
+  /// Starts UPower and waits until it reports the battery. Throws DeskError if the session has no
+  /// system bus, or if UPower or umockdev is not installed.
   PowerDaemon(const Session& session, const Battery& battery);
   explicit PowerDaemon(const Session& session) : PowerDaemon(session, Battery{}) {}
 
-  /// Changes the battery and waits until UPower has noticed.
+  /// Changes the battery and waits until UPower reports the change.
   void change(int percent, const std::string& state);
-  /// Takes the device away and waits until UPower has noticed.
+  /// Removes the device and waits until UPower no longer reports it.
   void unplug();
 
-  /// What UPower answers; empty when it knows no battery.
+  /// The level in percent that UPower reports; nullopt if it reports no battery.
   std::optional<double> level() const;
 
  private:
   using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-  void tellHardware(const std::string& line);
+  void sendToHardware(const std::string& line);
 
   BusConnection bus_;
-  /// Standard input of the emulation.
+  /// Standard input of the hardware emulation.
   File hardware_;
   std::unique_ptr<ServerProcess> process_;
 };

@@ -17,7 +17,7 @@ bool canRun(const std::filesystem::path& file) {
   return std::filesystem::is_regular_file(file, failed) && access(file.c_str(), X_OK) == 0;
 }
 
-/// Empty when it is nowhere.
+/// Returns an empty string if the program is not found.
 std::string lookUp(std::string_view name) {
   if (name.find('/') != std::string_view::npos) return canRun(name) ? std::string(name) : "";
   const char* path = std::getenv("PATH");

@@ -6,13 +6,14 @@
 
 namespace hushbox::rehearsal {
 
-/// The full path of an installed program, looked up in $PATH (a name with a slash is taken as is).
+/// The full path of an installed program, looked up in $PATH. A name with a slash is used as it is.
 ///
-/// Throws DeskError with the sentence to act on when it is missing, such as "dunst is not
+/// Throws DeskError if the program is missing; the message says what to do, such as "dunst is not
 /// installed: run script/bootstrap".
 std::string findProgram(std::string_view name);
 
-/// The first of several names that is installed; throws like the above, naming the last one.
+/// The same for the first of several names that is installed. If none is, the message names the
+/// last.
 std::string findProgram(const std::vector<std::string>& names);
 
 /// Whether a program is installed; never throws.

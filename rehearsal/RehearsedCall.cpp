@@ -13,7 +13,7 @@ namespace {
 
 using Clock = std::chrono::system_clock;
 
-/// In percent: under the 30 at which Hushbox warns.
+/// In percent; Hushbox warns below 30.
 constexpr int lowBattery = 21;
 
 std::string milliseconds(Clock::duration span) {
@@ -24,7 +24,7 @@ std::string quoted(const std::string& text) {
   return '"' + text + '"';
 }
 
-std::string told(const ItemMenu::Row& row) {
+std::string describe(const ItemMenu::Row& row) {
   if (row.separator) return "----";
   if (row.isSwitch) return (row.on ? "[x] " : "[ ] ") + row.text;
   return row.enabled ? row.text : '(' + row.text + ')';
@@ -45,7 +45,7 @@ std::string RehearsedCall::startHushbox() {
 
 std::string RehearsedCall::findItem() {
   panel_.waitForItem();
-  return "panel: one item, with the tool tip " + quoted(panel_.toolTip());
+  return "panel: one item with the tool tip " + quoted(panel_.toolTip());
 }
 
 std::string RehearsedCall::plugIn() {
@@ -55,7 +55,7 @@ std::string RehearsedCall::plugIn() {
 
 std::string RehearsedCall::openMeeting() {
   meeting_.emplace(desk_.browser(), MeetingPage::Options{.window = WindowKind::App});
-  return "browser: the microphone button reads " + quoted(meeting_->label());
+  return "browser: the microphone button says " + quoted(meeting_->label());
 }
 
 std::string RehearsedCall::startCall() {
@@ -66,11 +66,11 @@ std::string RehearsedCall::startCall() {
 }
 
 std::string RehearsedCall::pressButton(double volume, bool muted) {
-  return timed([&] { desk_.audio().setVolume(volume); }, muted);
+  return timePress([&] { desk_.audio().setVolume(volume); }, muted);
 }
 
 std::string RehearsedCall::pressAndBounce(bool muted) {
-  return timed(
+  return timePress(
       [&] {
         desk_.audio().setVolume(0.0);
         letPass(Milliseconds{100});
@@ -83,16 +83,16 @@ std::string RehearsedCall::clickInTeams(double volume) {
   const std::size_t before = meeting_->presses().size();
   const auto start = Clock::now();
   meeting_->clickMicrophone();
-  waitUntil([&] { return desk_.audio().volume() == volume; }, patience,
+  waitUntil([&] { return desk_.audio().volume() == volume; }, serverTimeout,
             "the speakerphone to follow Teams");
   const auto delay = Clock::now() - start;
-  // Time enough for an echo to be mistaken for a press.
+  // Longer than it would take to mistake the echo of our own write for a press.
   letPass(Milliseconds{1200});
   const std::size_t echoes = meeting_->presses().size() - before - 1;
-  if (echoes != 0) throw DeskError("the speakerphone's echo pressed Teams' button again");
+  if (echoes != 0) throw DeskError("the echo of the volume change pressed Teams' button again");
   return "sound server: the speakerphone's volume is " +
-         std::to_string(std::lround(desk_.audio().volume() * 100)) + " %, " + milliseconds(delay) +
-         " later; no echo";
+         std::to_string(std::lround(desk_.audio().volume() * 100)) + " % after " +
+         milliseconds(delay) + "; no further press in Teams";
 }
 
 std::string RehearsedCall::hangUp() {
@@ -102,7 +102,7 @@ std::string RehearsedCall::hangUp() {
   return "Hushbox: " + hushbox_->waitForLog("Jabra mic in use -> false");
 }
 
-std::string RehearsedCall::runDownBattery() {
+std::string RehearsedCall::drainBattery() {
   power_.change(lowBattery, "Discharging");
   return "UPower: " + std::to_string(std::lround(power_.level().value_or(-1))) + " %";
 }
@@ -112,12 +112,12 @@ std::string RehearsedCall::startCallOnLowBattery() {
   stream_ = desk_.audio().record();
   const auto shown = desk_.notifications().waitForShown(1);
   const auto dunst = [this] { return desk_.notificationDaemon().shownNow(); };
-  waitUntil([&] { return dunst() == 1; }, patience, "the warning on the display");
+  waitUntil([&] { return dunst() == 1; }, serverTimeout, "the warning on the display");
   const std::string title = "Jabra battery low: " + std::to_string(lowBattery) + '%';
   if (shown.size() != 1 || shown.front().title != title) {
-    throw DeskError("the warning reads " + quoted(shown.front().title));
+    throw DeskError("the warning says " + quoted(shown.front().title));
   }
-  // It would lie where the menu comes down.
+  // It would cover the place where the menu opens.
   desk_.notificationDaemon().closeAll();
   return "dunst: one notification, " + quoted(title) + ", " + quoted(shown.front().body);
 }
@@ -128,21 +128,21 @@ std::string RehearsedCall::openMenu() {
   menu.row("On a call — live");
   menu.row("Battery: " + std::to_string(lowBattery) + '%');
   std::string all;
-  for (const ItemMenu::Row& row : menu.rows()) all += (all.empty() ? "" : " | ") + told(row);
+  for (const ItemMenu::Row& row : menu.rows()) all += (all.empty() ? "" : " | ") + describe(row);
   return "menu: " + all;
 }
 
 std::string RehearsedCall::switchLaunchAtLogin(bool on) {
   if (!panel_.menu()) panel_.openMenu();
   panel_.chooseRow("Launch at login");
-  waitUntil([&] { return panel_.itemMenu().row("Launch at login").on == on; }, patience,
+  waitUntil([&] { return panel_.itemMenu().row("Launch at login").on == on; }, serverTimeout,
             "the switch in the menu");
   const std::string entry = "autostart/org.hushbox.Hushbox.desktop";
   if (std::filesystem::exists(desk_.session().home() / ".config" / entry) != on) {
-    throw DeskError("the switch and the entry in the home folder differ");
+    throw DeskError("the menu's switch and ~/.config/" + entry + " disagree");
   }
-  return "menu: " + told(panel_.itemMenu().row("Launch at login")) +
-         "; home folder: " + (on ? "there is " : "there is no ") + entry;
+  return "menu: " + describe(panel_.itemMenu().row("Launch at login")) + "; ~/.config/" + entry +
+         (on ? " exists" : " does not exist");
 }
 
 std::string RehearsedCall::unplug() {
@@ -155,13 +155,13 @@ std::string RehearsedCall::unplug() {
 std::string RehearsedCall::quit() {
   panel_.openMenu();
   panel_.chooseRow("Quit Hushbox");
-  const int status = hushbox_->waitForEnd();
-  if (status != 0) throw DeskError("Hushbox ended with " + std::to_string(status));
-  waitUntil([this] { return panel_.items().empty(); }, patience, "the panel to be empty");
-  return "Hushbox ended with 0; panel: no item";
+  const int status = hushbox_->waitForExit();
+  if (status != 0) throw DeskError("Hushbox exited with status " + std::to_string(status));
+  waitUntil([this] { return panel_.items().empty(); }, serverTimeout, "the panel to be empty");
+  return "Hushbox exited with status 0; panel: no items";
 }
 
-std::string RehearsedCall::timed(const std::function<void()>& press, bool muted) {
+std::string RehearsedCall::timePress(const std::function<void()>& press, bool muted) {
   const std::size_t before = meeting_->presses().size();
   const auto start = Clock::now();
   press();
@@ -169,12 +169,13 @@ std::string RehearsedCall::timed(const std::function<void()>& press, bool muted)
   meeting_->waitForPresses(before + 1);
   const auto presses = meeting_->presses();
   if (presses.size() != before + 1) throw DeskError("Teams' button was pressed more than once");
-  return "browser: the button reads " + quoted(meeting_->label()) + ", " +
-         milliseconds(presses.back() - start) + " after the volume was written";
+  return "browser: the button says " + quoted(meeting_->label()) + ", pressed " +
+         milliseconds(presses.back() - start) + " after the volume changed";
 }
 
 void RehearsedCall::waitForToolTip(const std::string& text) const {
-  waitUntil([&] { return panel_.toolTip() == text; }, patience, "the tool tip " + quoted(text));
+  waitUntil([&] { return panel_.toolTip() == text; }, serverTimeout,
+            "the tool tip " + quoted(text));
 }
 
 }  // namespace hushbox::rehearsal

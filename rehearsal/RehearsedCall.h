@@ -13,14 +13,16 @@
 
 namespace hushbox::rehearsal {
 
-/// What the rehearsal plays: a desk of real servers with Hushbox on it, and each thing that a
-/// person, a speakerphone or Teams does there.
+/// The steps of the rehearsal: Hushbox on a desk of real servers, and what a person, the
+/// speakerphone and Teams do there.
 ///
-/// Making it puts up the desk. Every member does one thing and returns what was read back; it
-/// throws DeskError when that is not what should have come of it.
+/// Each step waits for its effect and returns a line that says what was read back from the browser,
+/// the sound server, the notification daemon, the panel or Hushbox's log. It throws DeskError if
+/// the effect is not the expected one or does not come in time. Call on the main thread.
 class RehearsedCall {
  public:
-  /// Plays with the Hushbox of that path, nobody's settings touched.
+  /// Sets up the desk; `program` is the path of the Hushbox to rehearse with. Changes no settings
+  /// outside the desk's own home folder.
   explicit RehearsedCall(std::string program);
 
   std::string startHushbox();
@@ -29,14 +31,17 @@ class RehearsedCall {
   std::string openMeeting();
   std::string startCall();
 
-  /// The device's button: it drives its own volume to zero, or back.
+  /// Presses the device's mute button, which sets the device's volume to `volume` (0.0 or 1.0),
+  /// and waits until Teams is muted or live accordingly.
   std::string pressButton(double volume, bool muted);
-  /// The same, and the calling host puts the volume straight back.
+  /// Sets the volume to 0.0 and back to 1.0 after 0.1 s: a press while the calling program resets
+  /// the volume.
   std::string pressAndBounce(bool muted);
+  /// Clicks the microphone button in Teams and waits until the speakerphone's volume is `volume`.
   std::string clickInTeams(double volume);
 
   std::string hangUp();
-  std::string runDownBattery();
+  std::string drainBattery();
   std::string startCallOnLowBattery();
 
   std::string openMenu();
@@ -45,11 +50,12 @@ class RehearsedCall {
   std::string unplug();
   std::string quit();
 
-  /// What Hushbox has logged, for when a step has failed.
+  /// Hushbox's log so far, to print after a failed step; empty before startHushbox().
   std::string log() const { return hushbox_ ? hushbox_->log() : std::string(); }
 
  private:
-  std::string timed(const std::function<void()>& press, bool muted);
+  /// Runs `press`, waits for its effect in Teams and reports how long it took.
+  std::string timePress(const std::function<void()>& press, bool muted);
   void waitForToolTip(const std::string& text) const;
 
   const std::string program_;

@@ -14,13 +14,13 @@ namespace hushbox::rehearsal {
 
 namespace {
 
-// The browser appends the longest name: a folder of its own with a socket in it, 60 bytes.
-constexpr std::size_t longestParent = 32;
+// The browser appends up to 60 bytes: a folder of its own with a socket in it.
+constexpr std::size_t maxParentBytes = 32;
 
 std::string parentFolder() {
-  const char* wished = std::getenv("TMPDIR");
-  if (!wished || !*wished || std::strlen(wished) > longestParent) return "/tmp";
-  return wished;
+  const char* configured = std::getenv("TMPDIR");
+  if (!configured || !*configured || std::strlen(configured) > maxParentBytes) return "/tmp";
+  return configured;
 }
 
 }  // namespace
@@ -28,13 +28,13 @@ std::string parentFolder() {
 ScratchFolder::ScratchFolder() {
   std::string name = parentFolder() + "/hushbox-XXXXXX";
   if (!mkdtemp(name.data())) {
-    throw DeskError("no scratch folder can be made at " + name + ": " + std::strerror(errno));
+    throw DeskError("cannot create the scratch folder " + name + ": " + std::strerror(errno));
   }
   path_ = name;
 }
 
 ScratchFolder::~ScratchFolder() {
-  // A process that has just been ended may still have been writing into it at the first attempt.
+  // Removal can fail while a process that was just killed still writes into the folder.
   for (int attempt = 0; attempt < 3; ++attempt) {
     std::error_code failed;
     std::filesystem::remove_all(path_, failed);
@@ -47,7 +47,7 @@ std::filesystem::path ScratchFolder::makeFolder(const std::filesystem::path& nam
   std::error_code failed;
   std::filesystem::create_directories(folder, failed);
   if (failed || chmod(folder.c_str(), 0700) != 0) {
-    throw DeskError("the folder " + folder.string() + " cannot be made");
+    throw DeskError("cannot create the folder " + folder.string());
   }
   return folder;
 }

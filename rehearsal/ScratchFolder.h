@@ -4,13 +4,14 @@
 
 namespace hushbox::rehearsal {
 
-/// A private folder (mode 0700) that is removed with all its content at the end of its life.
+/// A private folder (mode 0700). The destructor removes it with all its content and ignores
+/// failures.
 ///
-/// It lies in $TMPDIR, or in /tmp where that name is unset or so long that a Unix socket in the
-/// folder would exceed the 108 bytes that a socket address holds. Throws DeskError when it cannot
-/// be made; a failed removal is left alone.
+/// The folder is in $TMPDIR, or in /tmp if that is unset or so long that the path of a Unix socket
+/// in the folder would exceed the 108 bytes of a socket address.
 class ScratchFolder {
  public:
+  /// Throws DeskError if the folder cannot be created.
   ScratchFolder();
   ~ScratchFolder();
   ScratchFolder(const ScratchFolder&) = delete;
@@ -18,7 +19,8 @@ class ScratchFolder {
 
   const std::filesystem::path& path() const { return path_; }
 
-  /// Makes a folder inside, private as well, and returns its path.
+  /// Creates a folder inside, also with mode 0700, and returns its path. Throws DeskError if that
+  /// fails.
   std::filesystem::path makeFolder(const std::filesystem::path& name) const;
 
  private:

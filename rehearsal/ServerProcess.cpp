@@ -21,8 +21,9 @@ namespace hushbox::rehearsal {
 namespace {
 
 constexpr int cannotExecute = 127;
-// Above every number that a child is given, so that moving one descriptor never hits another.
-constexpr int parkingLot = 64;
+// Above every number that a child's descriptor can get, so that dup2() never overwrites one of
+// them.
+constexpr int firstTemporaryDescriptor = 64;
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
   std::vector<char*> result;
@@ -37,8 +38,8 @@ std::vector<std::string> assignments(const Environment& environment) {
   return result;
 }
 
-/// Everything that the child does before it becomes another program. Between fork and exec of a
-/// process with threads only async-signal-safe calls are allowed: no allocation, no lock.
+/// What the child does between fork and exec. In a process with threads only async-signal-safe
+/// calls are allowed there: no allocation and no lock.
 struct Child {
   pid_t parent;
   int log;
@@ -47,16 +48,16 @@ struct Child {
   char* const* arguments;
   char* const* environment;
 
-  void giveDescriptors() const {
+  void setUpDescriptors() const {
     dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
     dup2(log, STDOUT_FILENO);
     dup2(log, STDERR_FILENO);
     int firstToClose = STDERR_FILENO + 1;
     for (std::size_t i = 0; i < descriptorCount; ++i) {
-      dup2(descriptors[i].first, parkingLot + static_cast<int>(i));
+      dup2(descriptors[i].first, firstTemporaryDescriptor + static_cast<int>(i));
     }
     for (std::size_t i = 0; i < descriptorCount; ++i) {
-      dup2(parkingLot + static_cast<int>(i), descriptors[i].second);
+      dup2(firstTemporaryDescriptor + static_cast<int>(i), descriptors[i].second);
       firstToClose = std::max(firstToClose, descriptors[i].second + 1);
     }
     close_range(static_cast<unsigned>(firstToClose), ~0U, 0);
@@ -69,18 +70,18 @@ struct Child {
     sigprocmask(SIG_SETMASK, &none, nullptr);
   }
 
-  [[noreturn]] void become() const {
+  [[noreturn]] void execute() const {
     setpgid(0, 0);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) _exit(cannotExecute);
     resetSignals();
-    giveDescriptors();
+    setUpDescriptors();
     execve(arguments[0], arguments, environment);
     _exit(cannotExecute);
   }
 };
 
-/// Whether the child changed state as asked; leaves it unreaped.
+/// Whether the child is in one of the states, which are waitid() options. Does not reap it.
 bool changedState(pid_t pid, int states) {
   siginfo_t info{};
   return waitid(P_PID, static_cast<id_t>(pid), &info, states | WNOHANG | WNOWAIT) == 0 &&
@@ -104,7 +105,7 @@ ServerProcess::ServerProcess(Launch launch) : launch_(std::move(launch)) {
   const std::vector<char*> argumentPointers = pointers(launch_.command);
   const std::vector<char*> environmentPointers = pointers(environment);
   const int log = open(launch_.log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-  if (log < 0) throw DeskError("the log " + launch_.log.string() + " cannot be written");
+  if (log < 0) throw DeskError("the log " + launch_.log.string() + " cannot be opened");
   const Child child{getpid(),
                     log,
                     launch_.descriptors.data(),
@@ -112,11 +113,11 @@ ServerProcess::ServerProcess(Launch launch) : launch_(std::move(launch)) {
                     argumentPointers.data(),
                     environmentPointers.data()};
   pid_ = fork();
-  if (pid_ == 0) child.become();
+  if (pid_ == 0) child.execute();
   const int error = errno;
   close(log);
-  if (pid_ < 0) throw DeskError(std::string("no process can be made: ") + std::strerror(error));
-  // Both sides set it, so that neither has to wait for the other.
+  if (pid_ < 0) throw DeskError(std::string("cannot create a process: ") + std::strerror(error));
+  // Parent and child both set it, so that neither has to wait for the other.
   setpgid(pid_, pid_);
 }
 
@@ -141,7 +142,7 @@ void ServerProcess::kill() {
 }
 
 void ServerProcess::killGroupAndReap() {
-  // The group goes before its leader is reaped: until then nobody else can be given its number.
+  // Kill the group before reaping its leader: until then the group's number cannot be reused.
   signalGroup(SIGKILL);
   while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
   }
@@ -149,11 +150,11 @@ void ServerProcess::killGroupAndReap() {
 }
 
 void ServerProcess::freeze() {
-  if (!isRunning()) throw DeskError(launch_.command.front() + " cannot be frozen: it has ended");
-  // The main process first, alone: amid a vfork it stops only once its child has gone on.
+  if (!isRunning()) throw DeskError(launch_.command.front() + " cannot be frozen: it has exited");
+  // Stop the main process first: during a vfork it stops only after its child has continued.
   ::kill(pid_, SIGSTOP);
-  if (!changesStateWithin(pid_, WSTOPPED, patience)) {
-    throw DeskError(launch_.command.front() + " does not stand still");
+  if (!changesStateWithin(pid_, WSTOPPED, serverTimeout)) {
+    throw DeskError(launch_.command.front() + " does not stop");
   }
   signalGroup(SIGSTOP);
 }
@@ -168,28 +169,28 @@ void ServerProcess::signalGroup(int signal) const {
 
 void ServerProcess::waitUntilReady(const std::function<bool()>& predicate, std::string_view awaited,
                                    Milliseconds deadline) const {
-  const bool settled =
+  const bool ready =
       holdsWithin([&] { return predicate() || !isRunning(); }, deadline) && isRunning();
-  if (settled) return;
-  throw DeskError(std::string(isRunning() ? "waited in vain for " : "ended instead of: ") +
-                  std::string(awaited) + " (" + launch_.command.front() + ")" + lastWords());
+  if (ready) return;
+  throw DeskError(launch_.command.front() + (isRunning() ? " timed out" : " exited") +
+                  " while the desk waited for " + std::string(awaited) + logTail());
 }
 
 int ServerProcess::waitForExit(Milliseconds deadline) const {
   const std::string& name = launch_.command.front();
-  waitUntil([this] { return !isRunning(); }, deadline, "the end of " + name);
+  waitUntil([this] { return !isRunning(); }, deadline, name + " to exit");
   siginfo_t info{};
   waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT);
-  if (info.si_code != CLD_EXITED) throw DeskError(name + " was ended by a signal" + lastWords());
+  if (info.si_code != CLD_EXITED) throw DeskError(name + " was killed by a signal" + logTail());
   return info.si_status;
 }
 
-std::string ServerProcess::lastWords() const {
-  constexpr std::size_t enough = 600;
+std::string ServerProcess::logTail() const {
+  constexpr std::size_t maxBytes = 600;
   std::ifstream log(launch_.log);
   const std::string text((std::istreambuf_iterator<char>(log)), std::istreambuf_iterator<char>());
   if (text.empty()) return "";
-  return "; its last words: " + text.substr(text.size() - std::min(text.size(), enough));
+  return "; the end of its log: " + text.substr(text.size() - std::min(text.size(), maxBytes));
 }
 
 }  // namespace hushbox::rehearsal

@@ -12,55 +12,56 @@
 
 namespace hushbox::rehearsal {
 
-/// One running server program, in a process group of its own, that ends with this object.
+/// A running server program in a process group of its own. The destructor stops it.
 ///
-/// The child gets SIGKILL from the kernel when the thread that started it ends, so nothing
-/// outlives a test program that crashes: start servers on a thread that lives long enough, such as
-/// the main thread. All descriptors are closed in the child except those that are handed over.
+/// The kernel kills the child when the thread that started it exits, so no server outlives a test
+/// program that crashes. Start servers on a thread that lives long enough, such as the main thread.
+/// The child inherits no descriptors except those in Launch::descriptors.
 class ServerProcess {
  public:
   struct Launch {
-    std::vector<std::string> command;  ///< Program (full path, or looked up in $PATH), arguments.
+    std::vector<std::string> command;  ///< Program (a path, or a name in $PATH) and arguments.
     Environment environment;           ///< The whole environment; nothing is inherited.
-    std::filesystem::path log;         ///< Standard output and error go there (appended).
-    /// Descriptor of this process, and the number that it gets in the child.
+    std::filesystem::path log;         ///< Standard output and error are appended to this file.
+    /// Pairs of a descriptor in this process and its number in the child.
     std::vector<std::pair<int, int>> descriptors;
   };
 
-  /// Starts it. Throws DeskError when the program is missing or no process can be made; a program
-  /// that ends at once is seen by isRunning().
+  /// Starts the program. Throws DeskError if it is not installed or no process can be created. If
+  /// it exits at once, isRunning() returns false.
   explicit ServerProcess(Launch launch);
   ~ServerProcess();
   ServerProcess(const ServerProcess&) = delete;
   ServerProcess& operator=(const ServerProcess&) = delete;
 
-  /// The process id; stays what it was after the end.
+  /// The process id. Does not change when the process exits.
   pid_t pid() const { return pid_; }
   bool isRunning() const;
 
-  /// Waits for it to end by itself and returns its exit status. Throws DeskError when it does not,
-  /// or when a signal ended it.
-  int waitForExit(Milliseconds deadline = patience) const;
+  /// Waits for the process to exit by itself and returns its exit status. Throws DeskError at the
+  /// deadline, and if a signal killed the process.
+  int waitForExit(Milliseconds deadline = serverTimeout) const;
 
-  /// Ends the process and its group: SIGTERM, and SIGKILL when the deadline has passed.
+  /// Sends SIGTERM to the process and its group, and SIGKILL at the deadline.
   void stop(Milliseconds deadline = Milliseconds{2000});
-  /// Ends the process and its group at once, as a crash would (SIGKILL).
+  /// Sends SIGKILL to the process and its group, as in a crash.
   void kill();
 
-  /// Stops all of the group in its tracks (SIGSTOP); on return the main process stands still.
+  /// Sends SIGSTOP to the group and waits until the main process has stopped.
   void freeze();
-  /// Lets a frozen group go on (SIGCONT).
+  /// Continues a frozen group (SIGCONT).
   void thaw();
 
-  /// Waits like waitUntil(), but gives up at once when the process ends; the DeskError then
-  /// carries the last lines of its log.
+  /// Like waitUntil(), but throws at once if the process exits. The DeskError contains the end of
+  /// the process's log.
   void waitUntilReady(const std::function<bool()>& predicate, std::string_view awaited,
-                      Milliseconds deadline = patience) const;
+                      Milliseconds deadline = serverTimeout) const;
 
  private:
   void signalGroup(int signal) const;
   void killGroupAndReap();
-  std::string lastWords() const;
+  /// The end of the log, to append to an error message.
+  std::string logTail() const;
 
   Launch launch_;
   pid_t pid_ = -1;

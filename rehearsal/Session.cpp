@@ -20,16 +20,16 @@ namespace hushbox::rehearsal {
 namespace {
 
 constexpr int addressDescriptor = 3;
-/// In the environment of everything that is started in a session; its value is the session's
-/// folder. By it grandchildren are found that have left their process group.
-constexpr const char* mark = "HUSHBOX_REHEARSAL";
+/// Set to the session's folder in the environment of everything that is started in a session. It
+/// identifies grandchildren that have left their process group.
+constexpr const char* marker = "HUSHBOX_REHEARSAL";
 
 constexpr std::array inherited{"PATH",         "LANG",         "LANGUAGE",      "LC_ALL",
                                "TZ",           "USER",         "LOGNAME",       "LD_LIBRARY_PATH",
                                "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS"};
 
-/// Variables that would lead a program out of the session.
-constexpr std::array misleading{
+/// Variables that refer to another session.
+constexpr std::array foreignVariables{
     "AT_SPI_BUS_ADDRESS", "WAYLAND_DISPLAY",      "WAYLAND_SOCKET",     "DISPLAY",
     "XAUTHORITY",         "NO_AT_BRIDGE",         "PULSE_SOURCE",       "PULSE_SINK",
     "PULSE_COOKIE",       "PULSE_STATE_PATH",     "PULSE_RUNTIME_PATH", "PULSE_CLIENTCONFIG",
@@ -38,7 +38,7 @@ constexpr std::array misleading{
 
 constexpr const char* serviceFolder = "/usr/share/dbus-1/services";
 
-/// A bus that lets everybody do everything and starts only the services in its own folder.
+/// Configures a bus that allows everything and activates only the services in `services`.
 void writeBusConfiguration(const std::filesystem::path& file, const std::string& type,
                            const std::string& socket, const std::filesystem::path& services) {
   std::ofstream(file) << "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration "
@@ -65,8 +65,8 @@ std::unique_ptr<ServerProcess> startBusDaemon(const std::filesystem::path& confi
   return bus;
 }
 
-/// The parent of each process alive.
-std::map<pid_t, pid_t> parentsOfAll() {
+/// Maps each running process to its parent.
+std::map<pid_t, pid_t> parentProcesses() {
   std::map<pid_t, pid_t> result;
   for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
     const std::string name = entry.path().filename().string();
@@ -74,7 +74,7 @@ std::map<pid_t, pid_t> parentsOfAll() {
     std::ifstream file(entry.path() / "stat");
     std::string line;
     std::getline(file, line);
-    // "7 (any name) S 1 ...": the name may hold spaces and brackets itself.
+    // "7 (any name) S 1 ...": the name itself may contain spaces and brackets.
     const std::size_t nameEnd = line.rfind(") ");
     if (nameEnd == std::string::npos) continue;
     char state = 'Z';
@@ -85,10 +85,10 @@ std::map<pid_t, pid_t> parentsOfAll() {
   return result;
 }
 
-bool carriesMark(pid_t process, const std::string& marked) {
+bool hasVariable(pid_t process, const std::string& variable) {
   std::ifstream file("/proc/" + std::to_string(process) + "/environ", std::ios::binary);
   for (std::string assignment; std::getline(file, assignment, '\0');) {
-    if (assignment == marked) return true;
+    if (assignment == variable) return true;
   }
   return false;
 }
@@ -106,11 +106,11 @@ Session::Session(const Options& options) {
 }
 
 Session::~Session() {
-  // The buses first: what they started ends with them, mostly.
+  // Stop the buses first: most programs that they started exit with them.
   systemBus_.reset();
   bus_.reset();
   display_.reset();
-  endStragglers();
+  killRemaining();
   for (const auto& [name, value] : replaced_) {
     if (value) {
       setenv(name.c_str(), value->c_str(), 1);
@@ -139,7 +139,7 @@ void Session::makeEnvironment() {
   environment_["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + bus + "/session";
   environment_["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=" + bus + "/system";
   environment_["PULSE_SERVER"] = "unix:" + run + "/pulse/native";
-  environment_[mark] = folder().string();
+  environment_[marker] = folder().string();
 }
 
 void Session::startBus() {
@@ -177,7 +177,7 @@ void Session::applyToThisProcess() {
     const char* value = std::getenv(name);
     replaced_.emplace_back(name, value ? std::optional<std::string>(value) : std::nullopt);
   };
-  for (const char* name : misleading) {
+  for (const char* name : foreignVariables) {
     keep(name);
     unsetenv(name);
   }
@@ -188,7 +188,7 @@ void Session::applyToThisProcess() {
 }
 
 Display& Session::display() const {
-  if (!display_) throw DeskError("this session was made without a display");
+  if (!display_) throw DeskError("this session has no display");
   return *display_;
 }
 
@@ -202,13 +202,13 @@ std::unique_ptr<ServerProcess> Session::start(const std::string& logName,
 }
 
 std::vector<pid_t> Session::processes() const {
-  const std::string marked = std::string(mark) + "=" + folder().string();
-  const std::map<pid_t, pid_t> parents = parentsOfAll();
+  const std::string variable = std::string(marker) + "=" + folder().string();
+  const std::map<pid_t, pid_t> parents = parentProcesses();
   std::set<pid_t> found;
   for (const auto& [process, parent] : parents) {
-    if (process != getpid() && carriesMark(process, marked)) found.insert(process);
+    if (process != getpid() && hasVariable(process, variable)) found.insert(process);
   }
-  // Browsers write a title over their environment, and over their children's.
+  // Browsers overwrite their environment, and their children's, with a process title.
   for (const pid_t process : started_) {
     const auto alive = parents.find(process);
     if (alive != parents.end() && alive->second == getpid()) found.insert(process);
@@ -222,7 +222,7 @@ std::vector<pid_t> Session::processes() const {
   return {found.begin(), found.end()};
 }
 
-void Session::endStragglers() const {
+void Session::killRemaining() const {
   for (const pid_t process : processes()) ::kill(process, SIGKILL);
   holdsWithin([this] { return processes().empty(); }, Milliseconds{2000});
 }

@@ -16,36 +16,37 @@
 
 namespace hushbox::rehearsal {
 
-/// A login session that nobody else sees: home and runtime folders, a session bus, and on wish a
-/// display, all in one scratch folder.
+/// A private login session: home and runtime folders, a session bus and optionally a display and a
+/// system bus, all in one scratch folder.
 ///
-/// The session bus starts nothing by itself except the accessibility bus (and what
-/// allowActivation() adds), so "no notification daemon is there" stays true until a test starts
-/// one. Several sessions may follow one another in a process. At the end everything that carries
-/// this session's environment is ended, grandchildren too, and the folder is removed.
+/// The session bus activates only the accessibility bus and the services added with
+/// allowActivation(), so there is no notification daemon until a test starts one. A process can
+/// have several sessions one after another. Destroying a session kills every process that has the
+/// session's environment, including grandchildren, and removes the folder.
 class Session {
  public:
   struct Options {
-    bool display = false;    ///< Also an X display with a window manager.
-    bool systemBus = false;  ///< Also a system bus; else there is none to be reached.
+    bool display = false;    ///< Start an X display with a window manager.
+    bool systemBus = false;  ///< Start a system bus; without it no system bus can be reached.
   };
 
-  /// Throws DeskError when dbus-daemon or the display cannot be started.
+  /// Throws DeskError if dbus-daemon or the display cannot be started.
   Session() : Session(Options{}) {}
   explicit Session(const Options& options);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  /// What a program needs to live in this session: HOME, XDG_*, DBUS_SESSION_BUS_ADDRESS,
-  /// PULSE_SERVER, DISPLAY, ... and of the surroundings only PATH, language and sanitizer options.
+  /// The whole environment of a program in this session: HOME, XDG_*, DBUS_SESSION_BUS_ADDRESS,
+  /// PULSE_SERVER, DISPLAY and so on. Only PATH, the language and the sanitizer options come from
+  /// this process's own environment.
   const Environment& environment() const { return environment_; }
 
-  /// Gives this process the session's variables and takes away those that would lead out of it
-  /// (AT_SPI_BUS_ADDRESS, WAYLAND_DISPLAY, ...). Undone at the end of the session.
+  /// Sets the session's variables in this process and unsets those that refer to another session
+  /// (AT_SPI_BUS_ADDRESS, WAYLAND_DISPLAY and so on). Destroying the session restores them.
   ///
-  /// GLib reads the home and XDG folders once per process: g_get_user_config_dir() and its like
-  /// keep the answer of the first session that they were asked in.
+  /// GLib reads the home and XDG folders once per process: g_get_user_config_dir() and similar
+  /// functions keep returning the folders of the first session in which they were called.
   void applyToThisProcess();
 
   const std::filesystem::path& folder() const { return scratch_.path(); }
@@ -56,25 +57,26 @@ class Session {
   ServerProcess& bus() { return *bus_; }
 
   bool hasDisplay() const { return display_ != nullptr; }
-  /// Throws DeskError in a session without one.
+  /// Throws DeskError if this session has no display.
   Display& display() const;
 
-  /// Starts a program in this session, its output in a log file of that name; descriptors as in
-  /// ServerProcess::Launch.
+  /// Starts a program in this session. Its output goes to the file `logName` in the session's
+  /// folder; `descriptors` is as in ServerProcess::Launch.
   std::unique_ptr<ServerProcess> start(const std::string& logName, std::vector<std::string> command,
                                        std::vector<std::pair<int, int>> descriptors = {}) const;
 
-  /// Lets the session bus start the service of that name on demand, as an installed desktop would.
+  /// Lets the session bus activate the installed service of that name. Throws DeskError if no such
+  /// service is installed.
   void allowActivation(const std::string& serviceName);
 
-  /// The processes alive that were started in this session, directly or not.
+  /// The running processes that were started in this session, directly or indirectly.
   std::vector<pid_t> processes() const;
 
  private:
   void makeEnvironment();
   void startBus();
   void startSystemBus();
-  void endStragglers() const;
+  void killRemaining() const;
 
   ScratchFolder scratch_;
   Environment environment_;

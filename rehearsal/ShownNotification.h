@@ -7,7 +7,7 @@
 
 namespace hushbox::rehearsal {
 
-/// One notification that a program asked for on the session bus.
+/// One Notify call on the session bus and its reply.
 struct ShownNotification {
   std::string application;
   std::string icon;
@@ -15,9 +15,9 @@ struct ShownNotification {
   std::string body;
   std::vector<std::string> actions;
   std::string soundName;       ///< Hint "sound-name"; empty when absent.
-  std::uint32_t replaces = 0;  ///< The id that it is to replace; 0 for a new one.
-  std::uint32_t id = 0;        ///< What the daemon answered; 0 while it has not answered.
-  std::string error;           ///< The error's name when the daemon, or the bus for it, refused.
+  std::uint32_t replaces = 0;  ///< The id of the notification to replace; 0 for a new one.
+  std::uint32_t id = 0;        ///< The id that the daemon replied; 0 until the reply arrives.
+  std::string error;           ///< The D-Bus error name of the reply; empty without an error.
   std::chrono::steady_clock::time_point when;
 };
 

@@ -14,23 +14,23 @@ constexpr guint32 doNotQueue = 4;
 SilentNotificationDaemon::SilentNotificationDaemon(const std::string& busAddress)
     : bus_(busAddress) {
   {
-    // Hands the members over to GDBus's thread in a way that a race detector sees too.
+    // Publishes the members to GDBus's thread, visibly to ThreadSanitizer.
     const std::scoped_lock lock(mutex_);
-    filter_ = g_dbus_connection_add_filter(bus_.get(), swallow, this, nullptr);
+    filter_ = g_dbus_connection_add_filter(bus_.get(), onMessage, this, nullptr);
   }
-  const Variant answer =
+  const Variant reply =
       bus_.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
                 "RequestName", g_variant_new("(su)", "org.freedesktop.Notifications", doNotQueue));
   guint32 result = 0;
-  g_variant_get(answer.get(), "(u)", &result);
-  if (result != becamePrimaryOwner) throw DeskError("there is a notification daemon already");
+  g_variant_get(reply.get(), "(u)", &result);
+  if (result != becamePrimaryOwner) throw DeskError("a notification daemon is already running");
 }
 
 SilentNotificationDaemon::~SilentNotificationDaemon() {
-  // Closing first: removing a filter does not wait for one that is just running.
+  // Close first: removing a filter does not wait for a call of it that is still running.
   g_dbus_connection_close_sync(bus_.get(), nullptr, nullptr);
   g_dbus_connection_remove_filter(bus_.get(), filter_);
-  const std::scoped_lock takenBack(mutex_);
+  const std::scoped_lock lock(mutex_);
 }
 
 int SilentNotificationDaemon::calls() const {
@@ -38,8 +38,8 @@ int SilentNotificationDaemon::calls() const {
   return calls_;
 }
 
-GDBusMessage* SilentNotificationDaemon::swallow(GDBusConnection*, GDBusMessage* message,
-                                                gboolean incoming, gpointer self) {
+GDBusMessage* SilentNotificationDaemon::onMessage(GDBusConnection*, GDBusMessage* message,
+                                                  gboolean incoming, gpointer self) {
   const bool call =
       incoming && g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_METHOD_CALL;
   if (!call) return message;

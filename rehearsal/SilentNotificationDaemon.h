@@ -7,22 +7,22 @@
 
 namespace hushbox::rehearsal {
 
-/// Owns the notification daemon's name and never answers anybody, as a hung daemon does.
+/// A hung notification daemon: it owns the notification daemon's bus name and never replies.
 ///
-/// Lives in this process, on GDBus's own thread; the main context is not needed. Callers get a
-/// NoReply error when it goes.
+/// It runs in this process, on GDBus's own thread, and does not need the main context. When it is
+/// destroyed, pending callers get a NoReply error.
 class SilentNotificationDaemon {
  public:
-  /// Throws DeskError when the name is taken or the bus cannot be reached.
+  /// Throws DeskError if the name is taken or the bus cannot be reached.
   explicit SilentNotificationDaemon(const std::string& busAddress);
   ~SilentNotificationDaemon();
 
-  /// How many calls it has swallowed.
+  /// How many calls have arrived.
   int calls() const;
 
  private:
-  static GDBusMessage* swallow(GDBusConnection* connection, GDBusMessage* message,
-                               gboolean incoming, gpointer self);
+  static GDBusMessage* onMessage(GDBusConnection* connection, GDBusMessage* message,
+                                 gboolean incoming, gpointer self);
 
   mutable std::mutex mutex_;
   int calls_ = 0;

@@ -5,22 +5,28 @@
 
 namespace hushbox::rehearsal {
 
-void StepReporter::step(const std::string& what, const std::function<std::string()>& act) {
-  std::printf("%2d. %s\n", succeeded_ + failed_ + 1, what.c_str());
+void StepReporter::run(const std::string& title, const std::function<std::string()>& step) {
+  std::printf("%2d. %s\n", passed_ + failed_ + skipped_ + 1, title.c_str());
   std::fflush(stdout);
   if (failed_ > 0) {
-    std::printf("    not played\n");
-    ++failed_;
+    std::printf("    skipped\n");
+    ++skipped_;
     return;
   }
   try {
-    std::printf("    %s\n", act().c_str());
-    ++succeeded_;
+    std::printf("    %s\n", step().c_str());
+    ++passed_;
   } catch (const std::exception& error) {
     std::printf("    FAILED: %s\n", error.what());
     ++failed_;
   }
   std::fflush(stdout);
+}
+
+void StepReporter::printSummary() const {
+  std::printf("%d steps passed, %d failed", passed_, failed_);
+  if (skipped_ > 0) std::printf(", %d skipped", skipped_);
+  std::printf(".\n");
 }
 
 }  // namespace hushbox::rehearsal

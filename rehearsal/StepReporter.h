@@ -5,20 +5,22 @@
 
 namespace hushbox::rehearsal {
 
-/// Tells a play on the desk line by line: what was done, and what was read back.
+/// Runs the steps of a rehearsal in order and prints each one with its result to standard output.
 class StepReporter {
  public:
-  /// Does one step and tells it. `act` returns what was read back, or throws DeskError when the
-  /// step failed; every step after a failed one is told as not played.
-  void step(const std::string& what, const std::function<std::string()>& act);
+  /// Prints the title, runs the step and prints the text it returns. A step fails by throwing;
+  /// the exception's message is printed instead. After a failure all further steps are skipped.
+  void run(const std::string& title, const std::function<std::string()>& step);
 
-  /// How many steps went well and how many failed or were not played.
-  int succeeded() const { return succeeded_; }
+  /// Prints the closing line, such as "21 steps passed, 0 failed."
+  void printSummary() const;
+
   int failed() const { return failed_; }
 
  private:
-  int succeeded_ = 0;
+  int passed_ = 0;
   int failed_ = 0;
+  int skipped_ = 0;
 };
 
 }  // namespace hushbox::rehearsal

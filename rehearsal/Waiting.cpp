@@ -13,32 +13,33 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr unsigned lookAgainMilliseconds = 2;
+constexpr unsigned pollMilliseconds = 2;
 
-/// Keeps the default main context acquired, and waking every 2 ms, for as long as it lives.
-class ContextTurns {
+/// Acquires the default main context, if possible, and wakes it every 2 ms until destroyed.
+class ContextIteration {
  public:
-  ContextTurns() : owned_(g_main_context_acquire(nullptr)) {
+  ContextIteration() : owned_(g_main_context_acquire(nullptr)) {
     if (!owned_) return;
-    tick_ = g_timeout_source_new(lookAgainMilliseconds);
+    tick_ = g_timeout_source_new(pollMilliseconds);
     g_source_set_callback(
         tick_, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr, nullptr);
     g_source_attach(tick_, nullptr);
   }
-  ~ContextTurns() {
+  ~ContextIteration() {
     if (!owned_) return;
     g_source_destroy(tick_);
     g_source_unref(tick_);
     g_main_context_release(nullptr);
   }
-  ContextTurns(const ContextTurns&) = delete;
-  ContextTurns& operator=(const ContextTurns&) = delete;
+  ContextIteration(const ContextIteration&) = delete;
+  ContextIteration& operator=(const ContextIteration&) = delete;
 
-  void take() const {
+  /// Iterates the context once; on a thread that does not own the context, sleeps for 2 ms.
+  void run() const {
     if (owned_) {
       g_main_context_iteration(nullptr, TRUE);
     } else {
-      std::this_thread::sleep_for(Milliseconds{lookAgainMilliseconds});
+      std::this_thread::sleep_for(Milliseconds{pollMilliseconds});
     }
   }
 
@@ -52,9 +53,9 @@ class ContextTurns {
 bool holdsWithin(const std::function<bool()>& predicate, Milliseconds deadline) {
   const auto end = Clock::now() + deadline;
   if (predicate()) return true;
-  const ContextTurns turns;
+  const ContextIteration iteration;
   while (Clock::now() < end) {
-    turns.take();
+    iteration.run();
     if (predicate()) return true;
   }
   return predicate();
@@ -63,7 +64,7 @@ bool holdsWithin(const std::function<bool()>& predicate, Milliseconds deadline) 
 void waitUntil(const std::function<bool()>& predicate, Milliseconds deadline,
                std::string_view awaited) {
   if (holdsWithin(predicate, deadline)) return;
-  throw DeskError("waited " + std::to_string(deadline.count()) + " ms in vain for " +
+  throw DeskError("timed out after " + std::to_string(deadline.count()) + " ms waiting for " +
                   std::string(awaited));
 }
 

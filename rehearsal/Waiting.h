@@ -8,27 +8,28 @@ namespace hushbox::rehearsal {
 
 using Milliseconds = std::chrono::milliseconds;
 
-/// How long a real server may take before the desk gives up: generous, since a loaded machine with
-/// two cores starts a browser in seconds where an idle one takes 300 ms.
-inline constexpr Milliseconds patience{30'000};
+/// How long the desk waits for a real server before it gives up. It is generous: an idle machine
+/// starts a browser in 300 ms, but a loaded one with two cores takes seconds.
+inline constexpr Milliseconds serverTimeout{30'000};
+/// The former name of serverTimeout.
+inline constexpr Milliseconds patience = serverTimeout;
 
-/// Waits until the predicate holds, and lets the GLib main context make progress meanwhile.
+/// Waits until the predicate is true and runs the GLib main context meanwhile.
 ///
-/// On the thread that owns or can acquire the default main context, every source of that context
-/// is dispatched, so that adapters under test keep working; elsewhere it only looks again and
-/// again. The predicate is looked at after every dispatch, at least each 2 ms, and once more at
-/// the end. Throws DeskError, naming what was awaited, when the deadline passes first.
+/// On the thread that owns or can acquire the default main context, this dispatches every source of
+/// that context, so that adapters under test keep working. On other threads it only polls. It
+/// evaluates the predicate after every dispatch, at least every 2 ms, and once more at the
+/// deadline. Throws DeskError at the deadline; the message names `awaited`.
 void waitUntil(const std::function<bool()>& predicate, Milliseconds deadline,
                std::string_view awaited);
 
-/// The same without the exception: false when the deadline passes first.
+/// Like waitUntil(), but returns whether the predicate became true instead of throwing.
 bool holdsWithin(const std::function<bool()>& predicate, Milliseconds deadline);
 
-/// Lets the main context make progress for a span of time; for showing that something does *not*
-/// happen.
+/// Runs the main context for that long. Use it to show that something does *not* happen.
 void letPass(Milliseconds span);
 
-/// Makes a waitUntil() in progress look at its predicate at once; callable on any thread.
+/// Makes every waitUntil() in progress evaluate its predicate now. Callable on any thread.
 void wakeWaiters();
 
 }  // namespace hushbox::rehearsal

@@ -1,6 +1,6 @@
-// The rehearsal: a call played on a desk of real servers and told line by line.
+// Rehearses two calls with Hushbox on a private desktop of real servers and prints each step.
 //
-//   hushbox-rehearsal PROGRAM   plays with that Hushbox; exits with 1 when a step fails
+//   hushbox-rehearsal PROGRAM   rehearses with that Hushbox; exits with 1 if a step fails
 
 #include <cstdio>
 #include <exception>
@@ -13,42 +13,42 @@
 namespace hushbox::rehearsal {
 namespace {
 
-int playCall(const std::string& program) {
-  std::printf("Rehearsal: a private desk of real servers, and a call on it.\n");
-  StepReporter play;
-  std::optional<RehearsedCall> on;
-  play.step("The desk is put up", [&] {
-    on.emplace(program);
+int rehearse(const std::string& program) {
+  std::printf("Rehearsal: two calls on a private desktop of real servers.\n");
+  StepReporter reporter;
+  std::optional<RehearsedCall> call;
+  reporter.run("Set up the desktop", [&] {
+    call.emplace(program);
     return std::string(
-        "session, system and accessibility bus, PulseAudio, UPower on an emulated battery;\n"
+        "session, system and accessibility bus, PulseAudio, UPower with an emulated battery;\n"
         "    on Xvfb: Chromium, xfce4-panel, dunst");
   });
-  play.step("Hushbox starts", [&] { return on->startHushbox(); });
-  play.step("The mask appears in the panel", [&] { return on->findItem(); });
-  play.step("The speakerphone is plugged in", [&] { return on->plugIn(); });
-  play.step("A Teams meeting opens in the browser", [&] { return on->openMeeting(); });
-  play.step("The call takes the speakerphone's microphone", [&] { return on->startCall(); });
-  play.step("The speakerphone's mute button is pressed",
-            [&] { return on->pressButton(0.0, true); });
-  play.step("It is pressed again", [&] { return on->pressButton(1.0, false); });
-  play.step("It is pressed, and the calling host puts the volume straight back",
-            [&] { return on->pressAndBounce(true); });
-  play.step("The same again", [&] { return on->pressAndBounce(false); });
-  play.step("The microphone is muted with the mouse, in Teams",
-            [&] { return on->clickInTeams(0.0); });
-  play.step("It is unmuted with the mouse, in Teams", [&] { return on->clickInTeams(1.0); });
-  play.step("The call ends", [&] { return on->hangUp(); });
-  play.step("The speakerphone's battery runs down", [&] { return on->runDownBattery(); });
-  play.step("Another call starts", [&] { return on->startCallOnLowBattery(); });
-  play.step("The mask in the panel is clicked on", [&] { return on->openMenu(); });
-  play.step("\"Launch at login\" is clicked on", [&] { return on->switchLaunchAtLogin(true); });
-  play.step("And once more", [&] { return on->switchLaunchAtLogin(false); });
-  play.step("The call ends", [&] { return on->hangUp(); });
-  play.step("The speakerphone is unplugged", [&] { return on->unplug(); });
-  play.step("\"Quit Hushbox\" is clicked on", [&] { return on->quit(); });
-  if (play.failed() > 0 && on) std::printf("Hushbox logged:\n%s", on->log().c_str());
-  std::printf("%d steps went well, %d did not.\n", play.succeeded(), play.failed());
-  return play.failed() == 0 ? 0 : 1;
+  reporter.run("Start Hushbox", [&] { return call->startHushbox(); });
+  reporter.run("The mask appears in the panel", [&] { return call->findItem(); });
+  reporter.run("Plug in the speakerphone", [&] { return call->plugIn(); });
+  reporter.run("Open a Teams meeting in the browser", [&] { return call->openMeeting(); });
+  reporter.run("Start a call on the speakerphone's microphone", [&] { return call->startCall(); });
+  reporter.run("Press the speakerphone's mute button",
+               [&] { return call->pressButton(0.0, true); });
+  reporter.run("Press it again", [&] { return call->pressButton(1.0, false); });
+  reporter.run("Press it while another program resets the volume",
+               [&] { return call->pressAndBounce(true); });
+  reporter.run("Press it once more in the same way", [&] { return call->pressAndBounce(false); });
+  reporter.run("Mute the microphone in Teams with the mouse",
+               [&] { return call->clickInTeams(0.0); });
+  reporter.run("Unmute it in Teams with the mouse", [&] { return call->clickInTeams(1.0); });
+  reporter.run("End the call", [&] { return call->hangUp(); });
+  reporter.run("Drain the speakerphone's battery", [&] { return call->drainBattery(); });
+  reporter.run("Start another call", [&] { return call->startCallOnLowBattery(); });
+  reporter.run("Click the mask in the panel", [&] { return call->openMenu(); });
+  reporter.run("Click \"Launch at login\"", [&] { return call->switchLaunchAtLogin(true); });
+  reporter.run("Click it again", [&] { return call->switchLaunchAtLogin(false); });
+  reporter.run("End the call", [&] { return call->hangUp(); });
+  reporter.run("Unplug the speakerphone", [&] { return call->unplug(); });
+  reporter.run("Click \"Quit Hushbox\"", [&] { return call->quit(); });
+  if (reporter.failed() > 0 && call) std::printf("Hushbox's log:\n%s", call->log().c_str());
+  reporter.printSummary();
+  return reporter.failed() == 0 ? 0 : 1;
 }
 
 }  // namespace
@@ -60,7 +60,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    return hushbox::rehearsal::playCall(argv[1]);
+    return hushbox::rehearsal::rehearse(argv[1]);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "hushbox-rehearsal: %s\n", error.what());
     return 1;

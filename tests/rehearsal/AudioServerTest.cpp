@@ -17,7 +17,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-/// Both kinds of sound server, each in a session of its own that all its tests share.
+/// Runs on PulseAudio and on PipeWire. All tests of one server share a session.
 class AudioServerTest : public testing::TestWithParam<AudioFlavour> {
  protected:
   struct Room {
@@ -40,20 +40,20 @@ class AudioServerTest : public testing::TestWithParam<AudioFlavour> {
     if (server_->hasSpeakerphone()) server_->unplugSpeakerphone();
   }
 
-  /// What the sound server's own tool says, a client that has nothing to do with ours.
+  /// The output of the sound server's own tool, a client independent of ours.
   std::string pactl(const std::string& question) const {
     const std::string command = "PULSE_SERVER=" + session_->environment().at("PULSE_SERVER") +
                                 " LC_ALL=C pactl " + question;
     std::string text;
     std::FILE* tool = popen(command.c_str(), "r");
-    std::array<char, 4096> piece{};
-    while (std::fgets(piece.data(), piece.size(), tool)) text += piece.data();
+    std::array<char, 4096> buffer{};
+    while (std::fgets(buffer.data(), buffer.size(), tool)) text += buffer.data();
     pclose(tool);
     return text;
   }
-  void eventuallyRunning(bool running) const {
-    waitUntil([&] { return server_->isSpeakerphoneRunning() == running; }, patience,
-              running ? "the speakerphone to run" : "the speakerphone to rest");
+  void waitForRunning(bool running) const {
+    waitUntil([&] { return server_->isSpeakerphoneRunning() == running; }, serverTimeout,
+              running ? "the speakerphone to run" : "the speakerphone to stop");
   }
 
   static inline std::map<AudioFlavour, std::unique_ptr<Room>> rooms_;
@@ -68,7 +68,7 @@ TEST_P(AudioServerTest, AnotherProgramSeesTheSpeakerphoneAndTheDecoys) {
   EXPECT_THAT(sources, HasSubstr("Description: Built-in Microphone\n"));
 }
 
-TEST_P(AudioServerTest, UnpluggedAndPluggedAgainItIsGoneAndThenThere) {
+TEST_P(AudioServerTest, SpeakerphoneCanBeUnpluggedAndPluggedInAgain) {
   server_->unplugSpeakerphone();
   EXPECT_FALSE(server_->hasSpeakerphone());
   EXPECT_THAT(pactl("list sources"), Not(HasSubstr("Description: Jabra Speak2 75\n")));
@@ -76,7 +76,7 @@ TEST_P(AudioServerTest, UnpluggedAndPluggedAgainItIsGoneAndThenThere) {
   EXPECT_THAT(pactl("list sources"), HasSubstr("Description: Jabra Evolve\n"));
 }
 
-TEST_P(AudioServerTest, TheMuteButtonLeavesExactlyNothingOfTheVolumeAndIsEnteredInTheHistory) {
+TEST_P(AudioServerTest, MuteButtonSetsTheVolumeToExactlyZeroAndIsRecorded) {
   EXPECT_EQ(server_->volume(), 1.0);
   server_->setVolume(0.0);
   EXPECT_EQ(server_->volume(), 0.0);
@@ -89,7 +89,7 @@ TEST_P(AudioServerTest, TheMuteButtonLeavesExactlyNothingOfTheVolumeAndIsEntered
   EXPECT_LT(down.when, up.when);
 }
 
-TEST_P(AudioServerTest, TheMuteSwitchIsApartFromTheVolume) {
+TEST_P(AudioServerTest, MuteSwitchIsIndependentOfTheVolume) {
   server_->setMuteSwitch(true);
   EXPECT_TRUE(server_->muteSwitch());
   EXPECT_EQ(server_->volume(), 1.0);
@@ -99,37 +99,37 @@ TEST_P(AudioServerTest, TheMuteSwitchIsApartFromTheVolume) {
         return !server_->observer().history().empty() &&
                server_->observer().history().back().muteSwitch;
       },
-      patience, "the observer to see the switch");
+      serverTimeout, "the observer to see the switch");
 }
 
-TEST_P(AudioServerTest, ACallRunsTheSpeakerphoneForAsLongAsItLasts) {
+TEST_P(AudioServerTest, SpeakerphoneRunsDuringACall) {
   EXPECT_EQ(pactl("list short source-outputs"), "");
   auto call = server_->record();
-  eventuallyRunning(true);
+  waitForRunning(true);
   EXPECT_GT(call->bytes(), 0U);
   EXPECT_NE(pactl("list short source-outputs"), "");
   call.reset();
-  eventuallyRunning(false);
+  waitForRunning(false);
 }
 
-TEST_P(AudioServerTest, AMeterIsKnownByItsNameAndAPausedStreamRunsNothing) {
+TEST_P(AudioServerTest, MeterHasItsNameAndAPausedStreamRecordsNothing) {
   {
     const auto paused = server_->corkedRecord();
     EXPECT_THAT(pactl("list source-outputs"), HasSubstr("Corked: yes"));
     letPass(Milliseconds{100});
     EXPECT_EQ(paused->bytes(), 0U);
     paused->uncork();
-    waitUntil([&] { return paused->bytes() > 0; }, patience, "sound");
-    eventuallyRunning(true);
+    waitUntil([&] { return paused->bytes() > 0; }, serverTimeout, "sound");
+    waitForRunning(true);
   }
   const auto meter = server_->meter();
   const std::string outputs = pactl("list source-outputs");
   EXPECT_THAT(outputs, HasSubstr("media.name = \"Peak detect\""));
   EXPECT_THAT(outputs, HasSubstr("application.id = \"org.PulseAudio.pavucontrol\""));
-  eventuallyRunning(true);
+  waitForRunning(true);
 }
 
-TEST_P(AudioServerTest, AfterACrashTheServerAndWhatWasPluggedInComeBack) {
+TEST_P(AudioServerTest, ServerAndItsDevicesCanBeRestartedAfterACrash) {
   server_->setVolume(0.5);
   const auto call = server_->record();
   server_->kill();
@@ -144,7 +144,7 @@ TEST_P(AudioServerTest, AfterACrashTheServerAndWhatWasPluggedInComeBack) {
   server_->observer().waitForVolume(0.25);
 }
 
-TEST_P(AudioServerTest, AFrozenServerAnswersNobodyAndThenGoesOn) {
+TEST_P(AudioServerTest, FrozenServerRepliesToNothingUntilItIsThawed) {
   server_->freeze();
   std::thread press([&] { server_->setVolume(0.0); });
   letPass(Milliseconds{100});

@@ -15,7 +15,7 @@ namespace {
 
 using testing::SizeIs;
 
-/// One headless browser for all.
+/// All tests share one headless browser.
 class BrowserTest : public testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -34,17 +34,17 @@ TEST_F(BrowserTest, AppearsOnTheAccessibilityBus) {
   meeting.close();
 }
 
-TEST_F(BrowserTest, TheMeetingIsServedUnderAnAddressOfTeams) {
+TEST_F(BrowserTest, MeetingIsServedUnderATeamsAddress) {
   MeetingPage meeting(desk_->browser());
   const std::string address = meeting.page().evaluate("location.href");
   EXPECT_TRUE(address.starts_with("https://teams.microsoft.com/v2/")) << address;
   EXPECT_EQ(meeting.page().evaluate("isSecureContext"), true);
-  // Whatever else the page requests of that host is not found, and does not leave the machine.
-  EXPECT_EQ(meeting.page().evaluate("fetch('/other').then((answer) => answer.status)"), 404);
+  // Other requests to that host get 404 and do not leave the machine.
+  EXPECT_EQ(meeting.page().evaluate("fetch('/other').then((reply) => reply.status)"), 404);
   meeting.close();
 }
 
-TEST_F(BrowserTest, AClickOnTheMicrophoneChangesItsLabelAndIsTimed) {
+TEST_F(BrowserTest, ClickOnTheMicrophoneChangesItsLabelAndIsTimed) {
   MeetingPage meeting(desk_->browser());
   EXPECT_FALSE(meeting.isMuted());
   EXPECT_EQ(meeting.label(), MeetingPage::labelWhenLive);
@@ -64,7 +64,7 @@ TEST_F(BrowserTest, AClickOnTheMicrophoneChangesItsLabelAndIsTimed) {
   meeting.close();
 }
 
-TEST_F(BrowserTest, TheMeetingCanStartMutedBeStuckAndHaveManyElements) {
+TEST_F(BrowserTest, MeetingCanStartMutedBeStuckAndHaveManyElements) {
   MeetingPage::Options options;
   options.muted = true;
   options.stuck = true;
@@ -81,7 +81,7 @@ TEST_F(BrowserTest, TheMeetingCanStartMutedBeStuckAndHaveManyElements) {
   meeting.close();
 }
 
-TEST_F(BrowserTest, TheLabelMayComeLateAndTheButtonMayGoAndComeBack) {
+TEST_F(BrowserTest, LabelCanChangeLateAndTheButtonCanBeRemovedAndAddedAgain) {
   MeetingPage::Options options;
   options.labelDelay = Milliseconds{300};
   MeetingPage meeting(desk_->browser(), options);
@@ -96,7 +96,7 @@ TEST_F(BrowserTest, TheLabelMayComeLateAndTheButtonMayGoAndComeBack) {
   meeting.close();
 }
 
-TEST_F(BrowserTest, AMinimisedMeetingIsHiddenUntilItIsRestored) {
+TEST_F(BrowserTest, MinimisedMeetingIsHiddenUntilItIsRestored) {
   MeetingPage meeting(desk_->browser());
   EXPECT_FALSE(meeting.page().isHidden());
   meeting.page().minimise();
@@ -107,17 +107,18 @@ TEST_F(BrowserTest, AMinimisedMeetingIsHiddenUntilItIsRestored) {
   meeting.close();
 }
 
-TEST_F(BrowserTest, TheDecoyHasAMuteButtonOfItsOwnInAnotherTab) {
+TEST_F(BrowserTest, DecoyInAnotherTabHasItsOwnMuteButton) {
   MeetingPage meeting(desk_->browser());
   const auto decoy = desk_->browser().open(Browser::pageUrl("decoy.html"), WindowKind::Tab);
   decoy->click("#mute-button");
-  waitUntil([&] { return decoy->evaluate("decoy.presses") == 1; }, patience, "the decoy's press");
+  waitUntil([&] { return decoy->evaluate("decoy.presses") == 1; }, serverTimeout,
+            "the decoy's press");
   EXPECT_FALSE(meeting.isMuted());
   decoy->close();
   meeting.close();
 }
 
-TEST_F(BrowserTest, AFrozenBrowserAnswersNothingAndThenGoesOn) {
+TEST_F(BrowserTest, FrozenBrowserRepliesToNothingUntilItIsThawed) {
   MeetingPage meeting(desk_->browser());
   desk_->browser().freeze();
   EXPECT_THROW(desk_->browser().pipe()->call("Browser.getVersion", {}, {}, Milliseconds{200}),
@@ -127,13 +128,13 @@ TEST_F(BrowserTest, AFrozenBrowserAnswersNothingAndThenGoesOn) {
   meeting.close();
 }
 
-TEST_F(BrowserTest, WhatOnlyADisplayCanDoIsRefusedWithASentence) {
+TEST_F(BrowserTest, ThrowsForWhatNeedsADisplayOrAMissingServer) {
   EXPECT_THROW(desk_->browser().open(Browser::pageUrl("decoy.html"), WindowKind::App), DeskError);
   EXPECT_THROW(desk_->display(), DeskError);
   EXPECT_THROW(desk_->audio(), DeskError);
 }
 
-TEST_F(BrowserTest, ACrashInTheMiddleOfAnAnswerIsNoticedAtOnce) {
+TEST_F(BrowserTest, ThrowsAtOnceIfTheBrowserCrashesDuringACall) {
   MeetingPage meeting(desk_->browser());
   const auto crash = [](gpointer browser) -> gboolean {
     static_cast<Browser*>(browser)->kill();
@@ -142,7 +143,7 @@ TEST_F(BrowserTest, ACrashInTheMiddleOfAnAnswerIsNoticedAtOnce) {
   g_timeout_add(50, crash, &desk_->browser());
   const auto before = std::chrono::steady_clock::now();
   EXPECT_THROW(meeting.page().evaluate("new Promise(() => {})"), DeskError);
-  EXPECT_LT(std::chrono::steady_clock::now() - before, patience);
+  EXPECT_LT(std::chrono::steady_clock::now() - before, serverTimeout);
   EXPECT_FALSE(desk_->browser().isRunning());
   EXPECT_THROW(meeting.isMuted(), DeskError);
   TearDownTestSuite();

@@ -187,7 +187,7 @@ TEST_F(HushboxProgramOnScreenTest, ClickOnGrantAccessibilitySwitchesItOnAndTakes
 TEST_F(HushboxProgramOnScreenTest, ClickOnQuitEndsTheProgramWithZeroAndTheItemGoes) {
   panel_->openMenu();
   panel_->chooseRow("Quit Hushbox");
-  EXPECT_EQ(program_->waitForEnd(), 0);
+  EXPECT_EQ(program_->waitForExit(), 0);
   waitUntil([] { return panel_->items().empty(); }, patience, "the item's end");
 }
 

@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(SessionEnd, HushboxProgramSignalTest,
 TEST_F(HushboxProgramTest, QuitRowEndsItWithStatusZero) {
   startProgram();
   rows().choose("Quit Hushbox");
-  EXPECT_EQ(program_->waitForEnd(), 0);
+  EXPECT_EQ(program_->waitForExit(), 0);
   EXPECT_FALSE(bus_.hasOwner(name_));
 }
 

@@ -1,3 +1,5 @@
+#include "rehearsal/NotificationMonitor.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -5,7 +7,6 @@
 
 #include "rehearsal/BusConnection.h"
 #include "rehearsal/DeskError.h"
-#include "rehearsal/NotificationMonitor.h"
 #include "rehearsal/Session.h"
 #include "rehearsal/SilentNotificationDaemon.h"
 
@@ -25,7 +26,7 @@ void notify(const BusConnection& bus, const char* title, Milliseconds deadline) 
       deadline);
 }
 
-TEST(SilentNotificationDaemon, SwallowsEveryCallAndTheMonitorSawItAsked) {
+TEST(NotificationMonitorTest, RecordsACallToADaemonThatNeverReplies) {
   const Session session;
   const NotificationMonitor monitor(session.busAddress());
   const SilentNotificationDaemon silent(session.busAddress());
@@ -44,14 +45,14 @@ TEST(SilentNotificationDaemon, SwallowsEveryCallAndTheMonitorSawItAsked) {
   EXPECT_THROW(SilentNotificationDaemon(session.busAddress()), DeskError);
 }
 
-TEST(NotificationMonitor, SeesTheRefusalWhenThereIsNoDaemonAndNoneIsStarted) {
+TEST(NotificationMonitorTest, RecordsTheErrorReplyIfThereIsNoDaemon) {
   const Session session;
   const NotificationMonitor monitor(session.busAddress());
   const BusConnection bus(session.busAddress());
   EXPECT_THROW(notify(bus, "Low battery", Milliseconds{5000}), DeskError);
   waitUntil(
       [&] { return !monitor.notifications().empty() && !monitor.notifications()[0].error.empty(); },
-      patience, "the refusal");
+      serverTimeout, "the error reply");
   EXPECT_EQ(monitor.notifications()[0].error, "org.freedesktop.DBus.Error.ServiceUnknown");
 }
 
