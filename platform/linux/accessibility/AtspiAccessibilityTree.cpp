@@ -7,8 +7,6 @@
 #include <utility>
 
 #include "platform/linux/accessibility/AtspiRole.h"
-#include "platform/linux/accessibility/AtspiValue.h"
-#include "support/Text.h"
 
 namespace hushbox {
 
@@ -17,30 +15,10 @@ namespace {
 using accessibility::success;
 using std::chrono::milliseconds;
 
-/// What a button's, check box's or toggle button's main action is called, in lower case.
-constexpr std::string_view pressNames[] = {"press", "click",   "toggle",
-                                           "check", "uncheck", "activate"};
-/// The main action is the first in practice; a menu or a context menu may precede it.
-constexpr int mostActions = 4;
-
 AccessibilityError give(const std::string& text, AttributeValue& value) {
   if (text.empty()) return accessibility::noValue;
   value = text;
   return success;
-}
-
-bool isPress(const BusReply& name) {
-  if (!name) return false;
-  const std::string lowercased = text::lowercased(atspi_value::text(name.value.get()));
-  return std::find(std::begin(pressNames), std::end(pressNames), lowercased) !=
-         std::end(pressNames);
-}
-
-constexpr const char* actionInterface = "org.a11y.atspi.Action";
-
-AccessibilityError failureOf(const BusReply& reply) {
-  return reply.outcome == BusReply::Outcome::silent ? accessibility::cannotComplete
-                                                    : accessibility::invalidElement;
 }
 
 }  // namespace
@@ -60,7 +38,7 @@ bool AtspiAccessibilityTree::isProcessTrustedWithOptions(bool prompt) {
 }
 
 AccessibilityElementRef AtspiAccessibilityTree::createApplication(std::int32_t processIdentifier) {
-  if (!reading_.isUntouched()) reading_.begin();
+  if (!snapshot_.isUntouched()) snapshot_.begin();
   return std::make_shared<AtspiElement>(identity_, processIdentifier);
 }
 
@@ -68,8 +46,8 @@ AccessibilityError AtspiAccessibilityTree::setMessagingTimeout(
     const AccessibilityElementRef& element, float seconds) {
   if (!own(element)) return accessibility::invalidElement;
   if (!std::isfinite(seconds) || seconds <= 0) return accessibility::failure;
-  constexpr float longest = 60;
-  teams_.setTimeout(milliseconds(std::lround(std::min(seconds, longest) * 1000)));
+  constexpr float maxSeconds = 60;
+  bus_.setTimeout(milliseconds(std::lround(std::min(seconds, maxSeconds) * 1000)));
   return success;
 }
 
@@ -85,7 +63,7 @@ AccessibilityError AtspiAccessibilityTree::copyAttributeValue(
   if (!known) return accessibility::invalidElement;
   if (!bus_.connect()) return accessibility::apiDisabled;
   if (known->isApplication()) return copyFromApplication(*known, attribute, value);
-  if (known->surface()) return copyFromSurface(known->surface(), attribute, value);
+  if (known->document()) return copyFromDocument(known->document(), attribute, value);
   return copyFromObject(*known, attribute, value);
 }
 
@@ -96,8 +74,7 @@ AccessibilityError AtspiAccessibilityTree::performAction(const AccessibilityElem
   if (!known->siblings() || action != "AXPress") return accessibility::actionUnsupported;
   if (!bus_.connect()) return accessibility::apiDisabled;
   const AccessibilityError status = press(*known);
-  if (status == success) reading_.awaitChange(*known, pressWait);
-  reading_.begin();
+  snapshot_.begin();
   return status;
 }
 
@@ -110,31 +87,32 @@ AccessibilityError AtspiAccessibilityTree::copyFromApplication(const AtspiElemen
                                                                std::string_view attribute,
                                                                AttributeValue& value) {
   const auto isThere = [&] {
-    return std::any_of(teams_.surfaces().begin(), teams_.surfaces().end(), [&](const auto& one) {
+    return std::any_of(teams_.documents().begin(), teams_.documents().end(), [&](const auto& one) {
       return one->processIdentifier == element.processIdentifier();
     });
   };
-  if (attribute == "AXChildren" || !isThere()) reading_.search();
+  if (attribute == "AXChildren" || !isThere()) snapshot_.search();
   if (!isThere()) return accessibility::invalidElement;
   if (attribute == "AXRole") return give(atspi_role::name(atspi_role::application), value);
   if (attribute == "AXTitle") return give("Microsoft Teams", value);
   if (attribute != "AXChildren") return accessibility::noValue;
-  std::vector<AccessibilityElementRef> surfaces;
-  for (const AtspiSurfaceRef& surface : teams_.surfaces())
-    surfaces.push_back(std::make_shared<AtspiElement>(identity_, surface));
-  value = std::move(surfaces);
+  std::vector<AccessibilityElementRef> documents;
+  for (const TeamsDocumentRef& document : teams_.documents())
+    documents.push_back(std::make_shared<AtspiElement>(identity_, document));
+  value = std::move(documents);
   return success;
 }
 
-AccessibilityError AtspiAccessibilityTree::copyFromSurface(const AtspiSurfaceRef& surface,
-                                                           std::string_view attribute,
-                                                           AttributeValue& value) {
+AccessibilityError AtspiAccessibilityTree::copyFromDocument(const TeamsDocumentRef& document,
+                                                            std::string_view attribute,
+                                                            AttributeValue& value) {
   if (attribute == "AXRole") {
-    return give(atspi_role::name(surface->isDocument ? atspi_role::documentWeb : atspi_role::frame),
-                value);
+    return give(
+        atspi_role::name(document->isDocument ? atspi_role::documentWeb : atspi_role::frame),
+        value);
   }
   if (attribute != "AXChildren") return accessibility::noValue;
-  const auto controls = reading_.controls(surface);
+  const auto controls = snapshot_.controls(document);
   if (!controls) return accessibility::cannotComplete;
   value = elements(controls);
   return success;
@@ -144,12 +122,12 @@ AccessibilityError AtspiAccessibilityTree::copyFromObject(const AtspiElement& el
                                                           std::string_view attribute,
                                                           AttributeValue& value) {
   if (attribute == "AXChildren") {
-    const auto children = reading_.children(element);
+    const auto children = snapshot_.children(element);
     if (!children) return accessibility::cannotComplete;
     value = elements(children);
     return success;
   }
-  const AtspiFacts& facts = reading_.facts(element);
+  const AtspiFacts& facts = snapshot_.facts(element);
   if (facts.status != success) return facts.status;
   if (attribute == "AXRole") return give(atspi_role::name(facts.role), value);
   if (attribute == "AXDescription") return give(facts.name, value);
@@ -159,37 +137,13 @@ AccessibilityError AtspiAccessibilityTree::copyFromObject(const AtspiElement& el
 }
 
 AccessibilityError AtspiAccessibilityTree::press(const AtspiElement& element) {
-  // An object that has been taken down still takes presses, and loses them.
-  const AccessibilityError status = reading_.facts(element).status;
-  if (status != success) return status;
-  const BusObject& object = element.siblings()->objects[element.index()];
-  AtspiSurface& surface = *element.siblings()->surface;
-  surface.keepControl(object);
-  if (!surface.controlPress) {
-    const AccessibilityError sought = seekPress(surface);
-    if (sought != success) return sought;
-  }
-  const BusReply pressed = bus_.ask({object, actionInterface, "DoAction", "(b)", teams_.timeout(),
-                                     takeArguments(g_variant_new("(i)", *surface.controlPress))});
-  if (!pressed) return failureOf(pressed);
-  gboolean done = FALSE;
-  g_variant_get(pressed.value.get(), "(b)", &done);
-  return done ? success : accessibility::failure;
-}
-
-AccessibilityError AtspiAccessibilityTree::seekPress(AtspiSurface& surface) {
-  std::vector<BusCall> questions;
-  for (int i = 0; i < mostActions; ++i)
-    questions.push_back({surface.control, actionInterface, "GetName", "(s)", teams_.timeout(),
-                         takeArguments(g_variant_new("(i)", i))});
-  const auto names = bus_.ask(std::move(questions));
-  const auto main = std::find_if(names.begin(), names.end(), isPress);
-  if (main == names.end()) {
-    return names[0].outcome == BusReply::Outcome::silent ? accessibility::cannotComplete
-                                                         : accessibility::actionUnsupported;
-  }
-  surface.controlPress = static_cast<std::int32_t>(main - names.begin());
-  return success;
+  // An object that has been destroyed accepts presses, and loses them.
+  const AtspiFacts facts = snapshot_.facts(element);
+  if (facts.status != success) return facts.status;
+  control_.follow(element.siblings()->document, element.object());
+  const AccessibilityError status = control_.press();
+  if (status == success) control_.awaitChange(facts.name, pressWait);
+  return status;
 }
 
 AttributeValue AtspiAccessibilityTree::elements(

@@ -7,39 +7,44 @@
 
 #include "platform/AccessibilityTree.h"
 #include "platform/linux/accessibility/AtspiBus.h"
-#include "platform/linux/accessibility/AtspiReading.h"
-#include "platform/linux/accessibility/AtspiTeams.h"
+#include "platform/linux/accessibility/AtspiElement.h"
+#include "platform/linux/accessibility/AtspiPrograms.h"
+#include "platform/linux/accessibility/AtspiSnapshot.h"
 #include "platform/linux/accessibility/AtspiWorkspace.h"
+#include "platform/linux/accessibility/FollowedControl.h"
+#include "platform/linux/accessibility/LabelRefresher.h"
+#include "platform/linux/accessibility/TeamsApplication.h"
+#include "platform/linux/accessibility/TeamsDocuments.h"
 
 namespace hushbox {
 
-/// The accessibility tree on the accessibility bus of the Linux desktop (AT-SPI), spoken to
-/// directly over D-Bus. Main thread only.
+/// The accessibility tree on the accessibility bus of the Linux desktop (AT-SPI), by direct D-Bus
+/// calls. Main thread only.
 ///
-/// It presents Teams and nothing else: the application element's children are Teams' surfaces (see
-/// AtspiTeams), and a surface's children are its buttons and check boxes, a flat list in document
-/// order, because a program finds those by itself in milliseconds where a walk through its tree
-/// takes seconds. A program that cannot is walked. Of an object,
+/// It presents Teams and nothing else: the children of the application element are the documents of
+/// Teams (see TeamsDocuments), and the children of a document are its buttons and check boxes as a
+/// flat list in document order, because a program finds those by itself in milliseconds where a
+/// walk through its tree takes seconds. A program that cannot is walked. Of an object,
 ///  - "AXRole" is the nearest role of the interface; a toggle button is an "AXButton";
-///  - "AXDescription" is the name, which is where a browser puts an aria-label: the first label to
-///    be looked at;
+///  - "AXDescription" is the name, which is where a browser puts an aria-label: the first label
+///    that the core looks at;
 ///  - "AXHelp" is the description (a browser's tooltip) or else the help text; "AXTitle" has no
 ///    counterpart on controls, and is the name of the application;
 ///  - "AXDOMIdentifier" is the identifier in the document.
-/// Absent and empty texts are `noValue`.
+/// Missing and empty texts are `noValue`.
 ///
-/// Nothing read is older than a tenth of a second, nor than the reading it belongs to, which begins
-/// when the running applications are listed or an application element is made, and ends with a
-/// press.
+/// A value is never older than a tenth of a second, nor than its snapshot. A snapshot begins when
+/// the running applications are listed or an application element is made, and ends with a press.
 ///
-/// The time-out belongs to the application, on whichever of its elements it is set. When a program
-/// lets it pass, later calls to it fail at once until it has answered: a frozen one holds up the
-/// caller once, not once a call. A press that was under way then reaches the program when it thaws.
+/// The messaging timeout belongs to the application, on whichever of its elements it is set. Once a
+/// program has let it pass, later calls to it fail at once until it has replied: a frozen program
+/// holds up the caller once, not once per call. A press that was under way then still reaches the
+/// program when it thaws.
 class AtspiAccessibilityTree final : public AccessibilityTree {
  public:
-  /// A press is taken up by the page some 10 ms after the program has confirmed it, and only then
-  /// does the label change. Until it has, but no longer than this, the press is waited for: a label
-  /// read in between would tell the state before it.
+  /// The page handles a press some 10 ms after the program has confirmed it, and only then changes
+  /// the label. A press waits for that, but no longer than this: a label read in between would show
+  /// the state before the press.
   static constexpr std::chrono::milliseconds pressWait{250};
 
   AtspiAccessibilityTree();
@@ -47,14 +52,14 @@ class AtspiAccessibilityTree final : public AccessibilityTree {
 
   /// Whether accessibility is switched on for the session and the accessibility bus is there.
   bool isProcessTrusted() override;
-  /// With `prompt`, switches accessibility on; that takes effect after the call. Programs on
-  /// Chromium then have to be started anew.
+  /// With `prompt`, switches accessibility on; that takes effect after the call. Browsers on
+  /// Chromium then have to be started again.
   bool isProcessTrustedWithOptions(bool prompt) override;
 
   AccessibilityElementRef createApplication(std::int32_t processIdentifier) override;
   AccessibilityError setMessagingTimeout(const AccessibilityElementRef& element,
                                          float seconds) override;
-  /// There is nothing to set: `attributeUnsupported`.
+  /// Nothing can be set: `attributeUnsupported`.
   AccessibilityError setAttributeValue(const AccessibilityElementRef& element,
                                        std::string_view attribute, bool value) override;
   AccessibilityError copyAttributeValue(const AccessibilityElementRef& element,
@@ -66,26 +71,28 @@ class AtspiAccessibilityTree final : public AccessibilityTree {
   /// The workspace whose running applications this tree presents.
   Workspace& workspace() { return workspace_; }
 
-  /// How many D-Bus calls have been made since the beginning.
+  /// How many D-Bus calls this tree has made.
   std::uint64_t callCount() const { return bus_.callCount(); }
 
  private:
   const AtspiElement* own(const AccessibilityElementRef& element) const;
   AccessibilityError copyFromApplication(const AtspiElement& element, std::string_view attribute,
                                          AttributeValue& value);
-  AccessibilityError copyFromSurface(const AtspiSurfaceRef& surface, std::string_view attribute,
-                                     AttributeValue& value);
+  AccessibilityError copyFromDocument(const TeamsDocumentRef& document, std::string_view attribute,
+                                      AttributeValue& value);
   AccessibilityError copyFromObject(const AtspiElement& element, std::string_view attribute,
                                     AttributeValue& value);
   AccessibilityError press(const AtspiElement& element);
-  /// Finds out which of the control's actions is a press.
-  AccessibilityError seekPress(AtspiSurface& surface);
   AttributeValue elements(const std::shared_ptr<const AtspiSiblings>& siblings) const;
 
   AtspiBus bus_;
-  AtspiTeams teams_{bus_};
-  AtspiReading reading_{teams_};
-  AtspiWorkspace workspace_{teams_, reading_};
+  AtspiPrograms programs_{bus_};
+  TeamsDocuments documents_{bus_};
+  LabelRefresher labels_{bus_, programs_};
+  FollowedControl control_{bus_};
+  TeamsApplication teams_{bus_, programs_, documents_, labels_, control_};
+  AtspiSnapshot snapshot_{bus_, teams_, labels_, control_};
+  AtspiWorkspace workspace_{teams_, snapshot_};
   const std::shared_ptr<const char> identity_;
 };
 

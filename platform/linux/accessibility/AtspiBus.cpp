@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/linux/accessibility/AtspiQuestions.h"
+#include "platform/linux/accessibility/AtspiCalls.h"
 #include "platform/linux/bus/SessionBusAddress.h"
 
 namespace hushbox {
@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::chrono::seconds attemptInterval{1};
 constexpr const char* statusInterface = "org.a11y.Status";
-using atspi_questions::properties;
+using atspi_calls::properties;
 constexpr const char* launcherName = "org.a11y.Bus";
 
 const BusObject busDaemon{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
@@ -19,10 +19,25 @@ const BusObject launcher{launcherName, "/org/a11y/bus"};
 
 }  // namespace
 
+void AtspiBus::send(CallBatch& batch) {
+  const auto before = accessibility_.lostTime();
+  batch.send(accessibility_);
+  budget_.lose(accessibility_.lostTime() - before);
+}
+
 BusReply AtspiBus::ask(BusCall call) {
-  std::vector<BusCall> calls;
-  calls.push_back(std::move(call));
-  return std::move(ask(std::move(calls)).front());
+  CallBatch batch;
+  const auto ticket = batch.add(std::move(call));
+  send(batch);
+  return batch.take(ticket);
+}
+
+bool AtspiBus::reach(const std::string& busName, const std::string& address, std::int32_t process,
+                     std::chrono::milliseconds timeout) {
+  const auto before = accessibility_.lostTime();
+  const bool isReached = accessibility_.reach(busName, address, process, timeout);
+  budget_.lose(accessibility_.lostTime() - before);
+  return isReached;
 }
 
 bool AtspiBus::isEnabled() {
@@ -33,7 +48,7 @@ bool AtspiBus::isEnabled() {
 
 void AtspiBus::enable() {
   if (!connectSession()) return;
-  session_.send({launcher, properties, "Set", "()", busWait,
+  session_.send({launcher, properties, "Set", "()", busTimeout,
                  takeArguments(g_variant_new("(ssv)", statusInterface, "IsEnabled",
                                              g_variant_new_boolean(TRUE)))});
 }
@@ -46,7 +61,7 @@ bool AtspiBus::connect() {
   const Moment now = std::chrono::steady_clock::now();
   if (now < nextAttempt_ || !connectSession()) return false;
   const auto address = askAddress();
-  if (address && accessibility_.open(*address, busWait)) {
+  if (address && accessibility_.open(*address, busTimeout)) {
     ++generation_;
     return true;
   }
@@ -62,11 +77,11 @@ bool AtspiBus::connectSession() {
   enabled_.reset();
   if (std::chrono::steady_clock::now() < nextSessionAttempt_) return false;
   const std::string address = sessionBusAddress();
-  if (address.empty() || !session_.open(address, busWait)) {
+  if (address.empty() || !session_.open(address, busTimeout)) {
     nextSessionAttempt_ = std::chrono::steady_clock::now() + attemptInterval;
     return false;
   }
-  // Whatever moves the switch or the one who keeps it, the next question finds out.
+  // When the switch or its owner changes, the next isEnabled() asks again.
   const auto forget = [this](GVariant*) { enabled_.reset(); };
   session_.subscribe(launcherName, properties, "PropertiesChanged", statusInterface, forget);
   session_.subscribe(busDaemon.busName.c_str(), busDaemon.busName.c_str(), "NameOwnerChanged",
@@ -75,10 +90,12 @@ bool AtspiBus::connectSession() {
 }
 
 std::optional<bool> AtspiBus::askEnabled() {
-  std::vector<BusCall> calls;
-  calls.push_back(atspi_questions::property(launcher, statusInterface, "IsEnabled", busWait));
-  const BusReply reply = std::move(session_.ask(std::move(calls)).front());
-  // Without its keeper the switch is off; when he comes, a signal says so.
+  CallBatch batch;
+  const auto isEnabled =
+      batch.add(atspi_calls::property(launcher, statusInterface, "IsEnabled", busTimeout));
+  batch.send(session_);
+  const BusReply& reply = batch[isEnabled];
+  // If nothing owns org.a11y.Bus, accessibility is off; NameOwnerChanged reports when that changes.
   if (reply.outcome == BusReply::Outcome::gone) return false;
   if (!reply) return {};
   GVariant* value = nullptr;
@@ -89,13 +106,15 @@ std::optional<bool> AtspiBus::askEnabled() {
 }
 
 std::optional<std::string> AtspiBus::askAddress() {
-  std::vector<BusCall> calls;
-  calls.push_back({launcher, "org.a11y.Bus", "GetAddress", "(s)", busWait, nullptr});
-  const BusReply reply = std::move(session_.ask(std::move(calls)).front());
+  CallBatch batch;
+  const auto addressTicket =
+      batch.add({launcher, "org.a11y.Bus", "GetAddress", "(s)", busTimeout, nullptr});
+  batch.send(session_);
+  const BusReply& reply = batch[addressTicket];
   if (!reply) return {};
   const char* address = nullptr;
   g_variant_get(reply.value.get(), "(&s)", &address);
-  // GIO treats an address that is none as a failure of the caller.
+  // GIO asserts on a malformed address.
   if (!g_dbus_is_supported_address(address, nullptr)) return {};
   return address;
 }

@@ -4,53 +4,53 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <vector>
 
+#include "platform/linux/accessibility/CallBudget.h"
 #include "platform/linux/bus/BoundedBusConnection.h"
+#include "platform/linux/bus/CallBatch.h"
 
 namespace hushbox {
 
 /// The session's accessibility bus and the switch that turns accessibility on. Main thread only.
 ///
-/// The session bus knows the switch (org.a11y.Status, IsEnabled) and where the accessibility bus
-/// is. Both connections are our own and private, made when first needed and made anew, quietly,
-/// when a bus has died and come back. Looking starts no program; only `enable()` does.
+/// The session bus has the switch (org.a11y.Status, IsEnabled) and the address of the accessibility
+/// bus. Both connections are private, opened when first needed, and opened again without a word
+/// when a bus has died and come back. Only `enable()` starts a program.
 class AtspiBus {
  public:
-  /// The bus daemons and the switch answer within a millisecond unless something is badly wrong.
-  static constexpr std::chrono::milliseconds busWait{1000};
+  /// The bus daemons and the switch reply within a millisecond unless something is badly wrong.
+  static constexpr std::chrono::milliseconds busTimeout{1000};
 
-  /// Whether accessibility is switched on. Told by the switch's own change signals, so that asking
-  /// again costs no call; false when it cannot be told.
+  /// Whether accessibility is switched on; false when that cannot be read. The switch's change
+  /// signals keep the answer up to date, so asking again costs no call.
   bool isEnabled();
 
-  /// Turns the switch on, starting what provides it, and does not wait for it. A desktop keeps the
-  /// setting for later sessions. Programs on Chromium look at the switch once, when they start.
+  /// Turns the switch on, starting the program that provides it, and does not wait for that. A
+  /// desktop keeps the setting for later sessions. Chromium reads the switch only when it starts.
   void enable();
 
-  /// Connects to the accessibility bus if necessary. False when there is none, or not in time;
-  /// then for a second nothing more is tried.
+  /// Connects to the accessibility bus if necessary. Returns false when there is none or it times
+  /// out, and then does not try again for a second.
   bool connect();
 
-  /// Grows with each new connection: unique names learnt before it have lost their meaning.
+  /// Grows with each new connection: unique names from before mean nothing any more.
   std::uint64_t generation() const { return generation_; }
 
-  /// Asks programs on the accessibility bus; see BoundedBusConnection::ask().
-  std::vector<BusReply> ask(std::vector<BusCall> calls) {
-    return accessibility_.ask(std::move(calls));
-  }
+  /// Makes the calls to programs on the accessibility bus and charges the budget with what they
+  /// lose; see BoundedBusConnection::ask().
+  void send(CallBatch& batch);
   BusReply ask(BusCall call);
-  /// Asks a program straight from now on, if it can be; see BoundedBusConnection::reach().
+  /// Calls a program over a connection of its own from now on, if possible; see
+  /// BoundedBusConnection::reach().
   bool reach(const std::string& busName, const std::string& address, std::int32_t process,
-             std::chrono::milliseconds wait) {
-    return accessibility_.reach(busName, address, process, wait);
-  }
-  bool isSilent(const std::string& busName) const { return accessibility_.isSilent(busName); }
+             std::chrono::milliseconds timeout);
 
-  /// How long programs on the accessibility bus have been waited for in vain since the beginning.
-  std::chrono::microseconds lostTime() const { return accessibility_.lostTime(); }
+  /// The budget of calls to programs on the accessibility bus.
+  void setTimeout(std::chrono::milliseconds timeout) { budget_.setTimeout(timeout); }
+  void beginBudget() { budget_.begin(); }
+  std::chrono::milliseconds timeout() const { return budget_.timeout(); }
 
-  /// How many calls have been made on both buses since the beginning.
+  /// How many calls have been made on both buses.
   std::uint64_t callCount() const { return session_.callCount() + accessibility_.callCount(); }
 
  private:
@@ -62,6 +62,7 @@ class AtspiBus {
 
   BoundedBusConnection session_;
   BoundedBusConnection accessibility_;
+  CallBudget budget_;
   std::optional<bool> enabled_;
   Moment nextSessionAttempt_{};
   Moment nextAttempt_{};

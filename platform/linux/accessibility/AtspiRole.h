@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-/// The roles of the accessibility bus that mean something to us, by the figures of its interface.
+/// The roles on the accessibility bus that matter here, by their numbers in AT-SPI.
 namespace hushbox::atspi_role {
 
-inline constexpr std::uint32_t invalid = 0;  ///< What an object answers that has been taken down.
+inline constexpr std::uint32_t invalid = 0;  ///< Of an object that has been destroyed.
 inline constexpr std::uint32_t checkBox = 7;
 inline constexpr std::uint32_t dialog = 16;
 inline constexpr std::uint32_t frame = 23;
@@ -18,7 +18,7 @@ inline constexpr std::uint32_t documentWeb = 95;
 inline constexpr std::uint32_t pushButtonMenu = 129;
 inline constexpr std::uint32_t switchControl = 130;
 
-/// The same in the words of the accessibility tree.
+/// The role's name in the accessibility tree.
 constexpr const char* name(std::uint32_t role) {
   switch (role) {
     case pushButton:

@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-/// The states of the accessibility bus that mean something to us, by the figures of its interface.
+/// The states on the accessibility bus that matter here, by their numbers in AT-SPI.
 namespace hushbox::atspi_state {
 
 inline constexpr std::uint32_t iconified = 15;  ///< Of a window: minimised.
-inline constexpr std::uint32_t showing = 25;    ///< On the screen, whatever lies over it.
+inline constexpr std::uint32_t showing = 25;    ///< On the screen, whatever covers it.
 
 }  // namespace hushbox::atspi_state

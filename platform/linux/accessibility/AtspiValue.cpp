@@ -6,10 +6,10 @@ namespace hushbox::atspi_value {
 
 namespace {
 
-/// The path that stands for "no object".
+/// The path of AT-SPI's null object.
 constexpr const char* nullPath = "/org/a11y/atspi/null";
 
-// From the interface's definition: how to compare, and in which order to answer.
+// From the definition of Collection: how to compare, and the order of the reply.
 constexpr int matchAll = 1;
 constexpr int matchAny = 2;
 constexpr guint32 documentOrder = 1;
@@ -18,10 +18,10 @@ std::string bounded(GVariant* value) {
   if (!value || !g_variant_is_of_type(value, G_VARIANT_TYPE_STRING)) return {};
   gsize length = 0;
   const char* text = g_variant_get_string(value, &length);
-  return length <= longestText ? std::string(text, length) : std::string();
+  return length <= maxTextBytes ? std::string(text, length) : std::string();
 }
 
-/// Null and what is no object give none; nor is the object that stands for none one.
+/// Returns nullopt for null, for a non-object and for AT-SPI's null object.
 std::optional<BusObject> reference(GVariant* value) {
   if (!value || !g_variant_is_of_type(value, G_VARIANT_TYPE("(so)"))) return std::nullopt;
   const char* busName = nullptr;
@@ -42,47 +42,47 @@ std::string text(GVariant* dictionary, const char* key) {
   return {};
 }
 
-std::string text(GVariant* answer) {
-  if (g_variant_n_children(answer) != 1) return {};
-  VariantPointer value(g_variant_get_child_value(answer, 0));
+std::string text(GVariant* reply) {
+  if (g_variant_n_children(reply) != 1) return {};
+  VariantPointer value(g_variant_get_child_value(reply, 0));
   if (g_variant_is_of_type(value.get(), G_VARIANT_TYPE_VARIANT))
     value.reset(g_variant_get_variant(value.get()));
   return bounded(value.get());
 }
 
-std::vector<BusObject> objects(GVariant* answer, const std::string& owner, std::size_t most) {
+std::vector<BusObject> objects(GVariant* reply, const std::string& owner, std::size_t maxCount) {
   std::vector<BusObject> result;
-  const VariantPointer list(g_variant_get_child_value(answer, 0));
+  const VariantPointer list(g_variant_get_child_value(reply, 0));
   GVariantIter iterator;
   g_variant_iter_init(&iterator, list.get());
   const char* busName = nullptr;
   const char* path = nullptr;
-  while (result.size() < most && g_variant_iter_next(&iterator, "(&s&o)", &busName, &path)) {
+  while (result.size() < maxCount && g_variant_iter_next(&iterator, "(&s&o)", &busName, &path)) {
     if ((owner.empty() || busName == owner) && std::strcmp(path, nullPath) != 0)
       result.push_back({busName, path});
   }
   return result;
 }
 
-std::optional<BusObject> object(GVariant* answer) {
-  const VariantPointer boxed(g_variant_get_child_value(answer, 0));
+std::optional<BusObject> object(GVariant* reply) {
+  const VariantPointer boxed(g_variant_get_child_value(reply, 0));
   return reference(VariantPointer(g_variant_get_variant(boxed.get())).get());
 }
 
-std::optional<BusObject> object(GVariant* answer, const char* key) {
-  const VariantPointer dictionary(g_variant_get_child_value(answer, 0));
+std::optional<BusObject> object(GVariant* reply, const char* key) {
+  const VariantPointer dictionary(g_variant_get_child_value(reply, 0));
   return reference(VariantPointer(g_variant_lookup_value(dictionary.get(), key, nullptr)).get());
 }
 
-bool hasState(GVariant* answer, std::uint32_t state) {
-  const VariantPointer words(g_variant_get_child_value(answer, 0));
+bool hasState(GVariant* reply, std::uint32_t state) {
+  const VariantPointer words(g_variant_get_child_value(reply, 0));
   if (g_variant_n_children(words.get()) <= state / 32) return false;
   guint32 word = 0;
   g_variant_get_child(words.get(), state / 32, "u", &word);
   return (word >> state % 32 & 1U) != 0;
 }
 
-VariantPointer matchRoles(std::initializer_list<std::uint32_t> roles, std::size_t most) {
+VariantPointer matchRoles(std::initializer_list<std::uint32_t> roles, std::size_t maxCount) {
   guint32 words[4] = {};
   for (const std::uint32_t role : roles) words[role / 32] |= 1U << role % 32;
   GVariantBuilder roleBits;
@@ -98,7 +98,7 @@ VariantPointer matchRoles(std::initializer_list<std::uint32_t> roles, std::size_
   g_variant_builder_init(&interfaces, G_VARIANT_TYPE_STRING_ARRAY);
   return VariantPointer(g_variant_ref_sink(g_variant_new(
       "((aiia{ss}iaiiasib)uib)", &states, matchAll, &attributes, matchAll, &roleBits, matchAny,
-      &interfaces, matchAll, FALSE, documentOrder, static_cast<gint32>(most), TRUE)));
+      &interfaces, matchAll, FALSE, documentOrder, static_cast<gint32>(maxCount), TRUE)));
 }
 
 }  // namespace hushbox::atspi_value

@@ -12,34 +12,35 @@
 #include "platform/linux/bus/BusObject.h"
 #include "platform/linux/bus/GLibPointers.h"
 
-/// Takes apart what programs on the accessibility bus send, which may be anything: what has not the
-/// expected type or size counts as not sent.
+/// Parses what programs on the accessibility bus send, which may be anything: a value of the wrong
+/// type or size counts as missing.
 namespace hushbox::atspi_value {
 
-/// A longer text is no label and no address.
-inline constexpr std::size_t longestText = 4096;
+/// A longer text is not a label and not an address.
+inline constexpr std::size_t maxTextBytes = 4096;
 
-/// The text under `key` of a dictionary of texts or of variants; empty when there is none.
+/// The text under `key` of a dictionary of texts or of variants; empty when it is missing.
 std::string text(GVariant* dictionary, const char* key);
 
-/// The text in a "(v)" or "(s)" answer; empty when it is none.
-std::string text(GVariant* answer);
+/// The text in a "(v)" or "(s)" reply; empty when it is missing.
+std::string text(GVariant* reply);
 
-/// The objects of an "(a(so))" answer, at most `most`. Unless `owner` is empty, what belongs to
-/// another program than that is left out: nobody lends his name to other programs' objects.
-std::vector<BusObject> objects(GVariant* answer, const std::string& owner, std::size_t most);
+/// The objects in an "(a(so))" reply, at most `maxCount`. Unless `owner` is empty, objects of other
+/// programs are left out: a program must not pass another's objects off as its own.
+std::vector<BusObject> objects(GVariant* reply, const std::string& owner, std::size_t maxCount);
 
-/// The object in a "(v)" answer.
-std::optional<BusObject> object(GVariant* answer);
+/// The object in a "(v)" reply. Returns nullopt for a missing value, for a non-object and for
+/// AT-SPI's null object, as does the next function.
+std::optional<BusObject> object(GVariant* reply);
 
-/// The object under `key` in an "(a{sv})" answer.
-std::optional<BusObject> object(GVariant* answer, const char* key);
+/// The object under `key` in an "(a{sv})" reply.
+std::optional<BusObject> object(GVariant* reply, const char* key);
 
-/// Whether a set of states, an "(au)" answer, has the state of that number.
-bool hasState(GVariant* answer, std::uint32_t state);
+/// Whether the set of states in an "(au)" reply contains the state of that number.
+bool hasState(GVariant* reply, std::uint32_t state);
 
-/// The arguments of Collection.GetMatches that find the objects of those roles, at most `most` of
-/// them, in document order. The roles must be below 128.
-VariantPointer matchRoles(std::initializer_list<std::uint32_t> roles, std::size_t most);
+/// The arguments of Collection.GetMatches that find the objects with one of those roles, at most
+/// `maxCount` of them, in document order. Roles must be below 128.
+VariantPointer matchRoles(std::initializer_list<std::uint32_t> roles, std::size_t maxCount);
 
 }  // namespace hushbox::atspi_value

@@ -3,10 +3,10 @@
 namespace hushbox {
 
 std::vector<RunningApplication> AtspiWorkspace::runningApplications() {
-  reading_.begin();
+  snapshot_.begin();
   if (!teams_.isRunning()) return {};
   return {{.bundleIdentifier = "com.microsoft.teams2",
-           .processIdentifier = teams_.surfaces().front()->processIdentifier}};
+           .processIdentifier = teams_.documents().front()->processIdentifier}};
 }
 
 }  // namespace hushbox

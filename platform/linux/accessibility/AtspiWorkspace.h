@@ -3,25 +3,26 @@
 #include <vector>
 
 #include "platform/Workspace.h"
-#include "platform/linux/accessibility/AtspiReading.h"
-#include "platform/linux/accessibility/AtspiTeams.h"
+#include "platform/linux/accessibility/AtspiSnapshot.h"
+#include "platform/linux/accessibility/TeamsApplication.h"
 
 namespace hushbox {
 
-/// The running applications as far as the accessibility bus knows them: Teams, if there is anything
-/// of it, under the identifier that Teams has elsewhere. Main thread only.
+/// The running applications as far as the accessibility bus knows them: Teams, if anything of it is
+/// there, under the identifier that it has elsewhere. Main thread only.
 ///
-/// Teams is listed once, with the process of what is looked at first. Programs that are not Teams
-/// are not listed. A frozen program that was known to show Teams stays listed until it is gone.
+/// Teams is listed once, with the process of the document that comes first. Other programs are not
+/// listed. A frozen program with a document of Teams stays listed until it has exited.
 class AtspiWorkspace final : public Workspace {
  public:
-  AtspiWorkspace(AtspiTeams& teams, AtspiReading& reading) : teams_(teams), reading_(reading) {}
+  AtspiWorkspace(TeamsApplication& teams, AtspiSnapshot& snapshot)
+      : teams_(teams), snapshot_(snapshot) {}
 
   std::vector<RunningApplication> runningApplications() override;
 
  private:
-  AtspiTeams& teams_;
-  AtspiReading& reading_;
+  TeamsApplication& teams_;
+  AtspiSnapshot& snapshot_;
 };
 
 }  // namespace hushbox

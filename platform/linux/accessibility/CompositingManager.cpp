@@ -16,17 +16,17 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr milliseconds patience{50};
+constexpr milliseconds replyTimeout{50};
 
-/// The reply to a request, to be freed; null when it fails or does not come in time. A program that
-/// waits for a server that hangs would hang with it.
+/// The reply to a request, which the caller frees; null when the request fails or times out. XCB's
+/// own wait has no timeout, so a server that hangs would hang us too.
 void* replyTo(xcb_connection_t* connection, unsigned sequence) {
-  const auto end = steady_clock::now() + patience;
+  const auto end = steady_clock::now() + replyTimeout;
   xcb_flush(connection);
   for (;;) {
     void* reply = nullptr;
     xcb_generic_error_t* error = nullptr;
-    // It is the poll for events that reads what has arrived; nobody subscribed to any.
+    // Polling for events is what reads the socket. We subscribe to none, so it returns null.
     std::free(xcb_poll_for_event(connection));
     if (xcb_poll_for_reply(connection, sequence, &reply, &error) != 0) {
       std::free(error);
@@ -56,20 +56,21 @@ void CompositingManager::Disconnect::operator()(xcb_connection_t* connection) co
   xcb_disconnect(connection);
 }
 
-void CompositingManager::ask() {
-  if (asked_) xcb_discard_reply(connection_.get(), *asked_);
-  asked_.reset();
+void CompositingManager::request() {
+  if (pending_) xcb_discard_reply(connection_.get(), *pending_);
+  pending_.reset();
   if (isSet("WAYLAND_DISPLAY") || !isSet("DISPLAY") || !connect()) return;
-  asked_ = xcb_get_selection_owner(connection_.get(), selection_).sequence;
+  pending_ = xcb_get_selection_owner(connection_.get(), selection_).sequence;
   xcb_flush(connection_.get());
 }
 
 bool CompositingManager::isRunning() {
-  if (!asked_) ask();
-  const auto asked = std::exchange(asked_, std::nullopt);
-  if (!asked) return false;
+  if (!pending_) request();
+  const auto request = std::exchange(pending_, std::nullopt);
+  if (!request) return false;
   const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&std::free)> owner(
-      static_cast<xcb_get_selection_owner_reply_t*>(replyTo(connection_.get(), *asked)), std::free);
+      static_cast<xcb_get_selection_owner_reply_t*>(replyTo(connection_.get(), *request)),
+      std::free);
   return owner && owner->owner != XCB_NONE;
 }
 
@@ -79,10 +80,11 @@ bool CompositingManager::connect() {
   connection_.reset(xcb_connect(nullptr, &screen));
   if (xcb_connection_has_error(connection_.get()) != 0) return false;
   const std::string name = "_NET_WM_CM_S" + std::to_string(screen);
-  const auto asked =
+  const auto request =
       xcb_intern_atom(connection_.get(), 0, static_cast<std::uint16_t>(name.size()), name.c_str());
   const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> atom(
-      static_cast<xcb_intern_atom_reply_t*>(replyTo(connection_.get(), asked.sequence)), std::free);
+      static_cast<xcb_intern_atom_reply_t*>(replyTo(connection_.get(), request.sequence)),
+      std::free);
   if (!atom) connection_.reset();
   selection_ = atom ? atom->atom : 0;
   return atom != nullptr;

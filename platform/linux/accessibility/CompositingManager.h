@@ -7,13 +7,13 @@ struct xcb_connection_t;
 
 namespace hushbox {
 
-/// The program that puts the windows of an X11 desktop together on the screen, where there is one.
-/// It owns the selection _NET_WM_CM_Sn (Extended Window Manager Hints).
+/// The compositing manager of an X11 desktop, if one is running. It owns the selection
+/// _NET_WM_CM_Sn (Extended Window Manager Hints).
 ///
-/// With it, every window is drawn whole and apart from the others, so a browser goes on drawing a
-/// page whatever lies over it. Without it, the X server tells a browser that its window is covered,
-/// and the browser lets the page rest. A Wayland desktop may tell a browser so as well (the
-/// suspended state of xdg-shell), and nobody else: there it counts as none.
+/// With it, every window is drawn into a buffer of its own, so a browser continues to draw a page
+/// that other windows cover. Without it, the X server reports to the browser that its window is
+/// covered, and the browser stops drawing. A Wayland desktop may report the same (the suspended
+/// state of xdg-shell), which other programs cannot see: there this counts as absent.
 ///
 /// Main thread only.
 class CompositingManager {
@@ -23,10 +23,11 @@ class CompositingManager {
   CompositingManager(const CompositingManager&) = delete;
   CompositingManager& operator=(const CompositingManager&) = delete;
 
-  /// Puts the question, so that the next isRunning() finds the answer ready.
-  void ask();
+  /// Requests the state, so that the next isRunning() finds the reply ready.
+  void request();
 
-  /// False when it cannot be told: no X11 desktop, or the X server has not answered in 50 ms.
+  /// Returns false when that cannot be read: without an X11 desktop, or when the X server has not
+  /// replied within 50 ms.
   bool isRunning();
 
  private:
@@ -38,8 +39,8 @@ class CompositingManager {
 
   std::unique_ptr<xcb_connection_t, Disconnect> connection_;
   unsigned selection_ = 0;
-  /// The request whose reply has not been taken yet.
-  std::optional<unsigned> asked_;
+  /// The request whose reply has not been read yet.
+  std::optional<unsigned> pending_;
 };
 
 }  // namespace hushbox

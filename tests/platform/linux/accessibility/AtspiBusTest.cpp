@@ -33,26 +33,26 @@ class AtspiBusTest : public testing::Test {
   AtspiAccessibilityTree tree_;
 };
 
-TEST_F(AtspiBusTest, LookingStartsNothingAndFindsNoTrust) {
+TEST_F(AtspiBusTest, LooksWithoutStartingAProgram) {
   EXPECT_FALSE(tree_.isProcessTrusted());
   EXPECT_FALSE(tree_.isProcessTrustedWithOptions(false));
   EXPECT_TRUE(tree_.workspace().runningApplications().empty());
   EXPECT_FALSE(launcherRuns());
 }
 
-TEST_F(AtspiBusTest, SwitchedOffMeansNoTrust) {
+TEST_F(AtspiBusTest, IsNotTrustedWhileSwitchedOff) {
   accessibility_.setEnabled(false);
   EXPECT_FALSE(tree_.isProcessTrusted());
 }
 
-TEST_F(AtspiBusTest, PromptSwitchesItOnAndReturnsThePresentState) {
+TEST_F(AtspiBusTest, PromptSwitchesItOnAndReturnsTheCurrentState) {
   EXPECT_FALSE(tree_.isProcessTrustedWithOptions(true));
   EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, patience));
   EXPECT_TRUE(accessibility_.isEnabled());
   EXPECT_TRUE(tree_.isProcessTrustedWithOptions(true));
 }
 
-TEST_F(AtspiBusTest, PromptWhereItIsSwitchedOnChangesNothing) {
+TEST_F(AtspiBusTest, PromptChangesNothingWhileSwitchedOn) {
   accessibility_.setEnabled(true);
   ASSERT_TRUE(tree_.isProcessTrusted());
   const auto before = tree_.callCount();
@@ -60,7 +60,7 @@ TEST_F(AtspiBusTest, PromptWhereItIsSwitchedOnChangesNothing) {
   EXPECT_EQ(tree_.callCount(), before);
 }
 
-TEST_F(AtspiBusTest, TheSwitchIsFollowedWithoutAsking) {
+TEST_F(AtspiBusTest, FollowsTheSwitchWithoutCalls) {
   accessibility_.setEnabled(true);
   ASSERT_TRUE(tree_.isProcessTrusted());
   const auto before = tree_.callCount();
@@ -72,7 +72,7 @@ TEST_F(AtspiBusTest, TheSwitchIsFollowedWithoutAsking) {
   EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, patience));
 }
 
-TEST_F(AtspiBusTest, DeadBusIsFoundAgainWhenItComesBack) {
+TEST_F(AtspiBusTest, ConnectsAgainToABusThatWasRestarted) {
   accessibility_.setEnabled(true);
   TeamsReader reader(tree_, tree_.workspace());
   const AccessibleProgram::Object document{
@@ -93,20 +93,20 @@ TEST_F(AtspiBusTest, DeadBusIsFoundAgainWhenItComesBack) {
   EXPECT_TRUE(holdsWithin([&] { return reader.read() == TeamsReader::noMeeting; }, patience));
 }
 
-TEST_F(AtspiBusTest, FrozenSessionBusHoldsUpNobodyForLong) {
+TEST_F(AtspiBusTest, FrozenSessionBusCostsOneTimeout) {
   session_.bus().freeze();
   const auto before = steady_clock::now();
   EXPECT_FALSE(tree_.isProcessTrusted());
-  EXPECT_LT(steady_clock::now() - before, 2 * AtspiBus::busWait);
+  EXPECT_LT(steady_clock::now() - before, 2 * AtspiBus::busTimeout);
   const auto again = steady_clock::now();
   EXPECT_FALSE(tree_.isProcessTrusted());
-  EXPECT_LT(steady_clock::now() - again, AtspiBus::busWait / 2);
+  EXPECT_LT(steady_clock::now() - again, AtspiBus::busTimeout / 2);
   session_.bus().thaw();
   accessibility_.setEnabled(true);
   EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, patience));
 }
 
-TEST(AtspiBusWithoutSession, NothingIsTrustedAndNothingIsStarted) {
+TEST(AtspiBusWithoutSession, IsNotTrusted) {
   rehearsal::Session session;
   session.applyToThisProcess();
   g_setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/at/all", TRUE);

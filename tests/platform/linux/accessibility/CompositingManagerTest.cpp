@@ -15,7 +15,7 @@ using rehearsal::holdsWithin;
 using rehearsal::patience;
 using rehearsal::Session;
 
-TEST(CompositingManager, IsSeenComingAndGoing) {
+TEST(CompositingManagerTest, IsSeenToStartAndExit) {
   Session session({.display = true});
   session.applyToThisProcess();
   CompositingManager manager;
@@ -27,7 +27,7 @@ TEST(CompositingManager, IsSeenComingAndGoing) {
   EXPECT_TRUE(holdsWithin([&] { return !manager.isRunning(); }, patience));
 }
 
-TEST(CompositingManager, CountsAsNoneOnWayland) {
+TEST(CompositingManagerTest, CountsAsAbsentOnWayland) {
   Session session({.display = true});
   session.applyToThisProcess();
   const auto process = session.start("xcompmgr.log", {"xcompmgr"});
@@ -38,7 +38,7 @@ TEST(CompositingManager, CountsAsNoneOnWayland) {
   EXPECT_FALSE(manager.isRunning());
 }
 
-TEST(CompositingManager, IsAbsentWhereThereIsNoDesktop) {
+TEST(CompositingManagerTest, IsAbsentWithoutADisplay) {
   ScopedEnvironment environment;
   environment.set("WAYLAND_DISPLAY", std::nullopt);
   environment.set("DISPLAY", std::nullopt);
@@ -47,7 +47,7 @@ TEST(CompositingManager, IsAbsentWhereThereIsNoDesktop) {
   EXPECT_FALSE(CompositingManager().isRunning());
 }
 
-TEST(CompositingManager, IsNotSeenOnADisplayThatHasGone) {
+TEST(CompositingManagerTest, IsAbsentOnceTheDisplayIsClosed) {
   CompositingManager manager;
   {
     Session session({.display = true});

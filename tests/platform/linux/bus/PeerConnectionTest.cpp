@@ -16,13 +16,9 @@
 #include <thread>
 #include <vector>
 
-#include "platform/linux/accessibility/AtspiAccessibilityTree.h"
-#include "rehearsal/AccessibilityBus.h"
 #include "rehearsal/Session.h"
 #include "rehearsal/Waiting.h"
-#include "tests/platform/linux/fixtures/AccessibleProgram.h"
 #include "tests/platform/linux/fixtures/ScopedEnvironment.h"
-#include "tests/platform/linux/fixtures/TeamsReader.h"
 
 namespace hushbox {
 namespace {
@@ -275,57 +271,6 @@ TEST_F(PeerConnectionTest, GivesUpWhatIsUnanswered) {
   call();
   peer_.reset();
   EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_TIMED_OUT, G_IO_ERROR_CLOSED));
-}
-
-/// Programs that say where they can be reached.
-class AtspiReachedProgram : public testing::Test {
- protected:
-  static constexpr const char* label = "Mute mic (Ctrl+Shift+M)";
-
-  AtspiReachedProgram() {
-    session_.applyToThisProcess();
-    accessibility_.setEnabled(true);
-    browser_ = std::make_unique<AccessibleProgram>(accessibility_.address(), "Browser", "Gecko");
-    browser_->put("/b", {.role = 43, .name = label, .actions = {"press"}});
-    browser_->put("/document", {.role = 95,
-                                .documentAttributes = {{"URI", "https://teams.microsoft.com/v2/"}},
-                                .children = {"/b"}});
-    browser_->put(AccessibleProgram::root, {.role = 75, .children = {"/document"}});
-  }
-
-  rehearsal::Session session_;
-  rehearsal::AccessibilityBus accessibility_{session_};
-  std::unique_ptr<AccessibleProgram> browser_;
-  AtspiAccessibilityTree tree_;
-  TeamsReader reader_{tree_, tree_.workspace()};
-};
-
-TEST_F(AtspiReachedProgram, IsAskedAndPressedStraight) {
-  browser_->offer((session_.folder() / "peer").string());
-  ASSERT_EQ(reader_.read(), label);
-  const int before = browser_->calls();
-  EXPECT_EQ(reader_.read(), label);
-  EXPECT_EQ(reader_.press(), accessibility::success);
-  EXPECT_EQ(browser_->calls(), before);
-  EXPECT_THAT(browser_->performed(), ElementsAre("/b 0"));
-}
-
-TEST_F(AtspiReachedProgram, IsAskedOverTheBusWhereItNamesAnothersSocket) {
-  const std::string others = accessibility_.address();
-  browser_->answerWith([&](const std::string&, const std::string& method) -> GVariant* {
-    if (method != "GetApplicationBusAddress") return nullptr;
-    return g_variant_new("(s)", others.c_str());
-  });
-  EXPECT_EQ(reader_.read(), label);
-  EXPECT_EQ(reader_.press(), accessibility::success);
-  EXPECT_THAT(browser_->performed(), ElementsAre("/b 0"));
-}
-
-TEST_F(AtspiReachedProgram, IsFoundAgainAfterItHungUp) {
-  browser_->offer((session_.folder() / "peer").string());
-  ASSERT_EQ(reader_.read(), label);
-  browser_->hangUp();
-  EXPECT_TRUE(holdsWithin([&] { return reader_.read() == label; }, patience));
 }
 
 }  // namespace

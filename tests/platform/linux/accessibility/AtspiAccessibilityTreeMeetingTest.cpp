@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -23,7 +24,7 @@ constexpr const char* live = MeetingPage::labelWhenLive;
 constexpr const char* muted = MeetingPage::labelWhenMuted;
 
 /// A meeting in a real browser without a screen.
-class AtspiMeeting : public testing::Test {
+class AtspiAccessibilityTreeMeetingTest : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     Desk::Options options;
@@ -53,7 +54,7 @@ class AtspiMeeting : public testing::Test {
   TeamsReader reader_{tree_, tree_.workspace()};
 };
 
-TEST_F(AtspiMeeting, ButtonIsFoundWithItsLabelAndPressed) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, FindsReadsAndPressesTheButton) {
   const auto meeting = meet();
   ASSERT_TRUE(reads(live));
   EXPECT_EQ(reader_.processIdentifier(), desk_->browser().pid());
@@ -69,7 +70,7 @@ TEST_F(AtspiMeeting, ButtonIsFoundWithItsLabelAndPressed) {
   meeting->close();
 }
 
-TEST_F(AtspiMeeting, CheckBoxAndToggleButtonAreRecognisedAndPressed) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, RecognisesAndPressesCheckBoxesAndToggleButtons) {
   const std::pair<MeetingPage::Control, const char*> kinds[] = {
       {MeetingPage::Control::CheckBox, "AXCheckBox"},
       {MeetingPage::Control::ToggleButton, "AXButton"}};
@@ -87,7 +88,7 @@ TEST_F(AtspiMeeting, CheckBoxAndToggleButtonAreRecognisedAndPressed) {
   }
 }
 
-TEST_F(AtspiMeeting, NothingOfOtherPagesOrOfTheBrowserItselfIsPresented) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, PresentsNothingOfOtherPagesNorOfTheBrowser) {
   const auto player = open(rehearsal::Browser::pageUrl("decoy.html"));
   const auto meeting = meet();
   const auto behind = open(titled("Song", "<button aria-label='Mute mic'>x</button>"));
@@ -103,13 +104,13 @@ TEST_F(AtspiMeeting, NothingOfOtherPagesOrOfTheBrowserItselfIsPresented) {
   meeting->close();
 }
 
-TEST_F(AtspiMeeting, BrowserWithoutAMeetingIsNotTeams) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, BrowserWithoutAMeetingIsNotTeams) {
   const auto player = open(rehearsal::Browser::pageUrl("decoy.html"));
   EXPECT_EQ(reader_.read(), TeamsReader::notRunning);
   player->close();
 }
 
-TEST_F(AtspiMeeting, PageThatOnlyHasTheTitleDoesNotHideTheMeeting) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, PageThatOnlyHasTheTitleDoesNotHideTheMeeting) {
   const auto advertisement =
       open(titled("Meetings and calls | Microsoft Teams", "<button aria-label='Buy'>x</button>"));
   ASSERT_TRUE(reads(TeamsReader::noMeeting));
@@ -121,7 +122,7 @@ TEST_F(AtspiMeeting, PageThatOnlyHasTheTitleDoesNotHideTheMeeting) {
   meeting->close();
 }
 
-TEST_F(AtspiMeeting, MeetingInATabBehindIsStillReadAndPressed) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, ReadsAndPressesAMeetingInABackgroundTab) {
   const auto meeting = meet();
   ASSERT_TRUE(reads(live));
   const auto front = open(rehearsal::Browser::pageUrl("decoy.html"), WindowKind::Tab);
@@ -133,14 +134,14 @@ TEST_F(AtspiMeeting, MeetingInATabBehindIsStillReadAndPressed) {
   EXPECT_EQ(reader_.press(), accessibility::success);
   EXPECT_TRUE(reads(live));
   EXPECT_FALSE(meeting->isMuted());
-  // Also found anew: the document is remembered, not only the button.
+  // A new search finds it too: the document is remembered, not only the button.
   TeamsReader another(tree_, tree_.workspace());
   EXPECT_EQ(another.read(), live);
   front->close();
   meeting->close();
 }
 
-TEST_F(AtspiMeeting, ReloadMakesTheButtonInvalidAndItIsFoundAgain) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, FindsTheButtonAgainAfterAReload) {
   const auto meeting = meet();
   ASSERT_TRUE(reads(live));
   const auto before = reader_.button();
@@ -155,7 +156,7 @@ TEST_F(AtspiMeeting, ReloadMakesTheButtonInvalidAndItIsFoundAgain) {
   meeting->close();
 }
 
-TEST_F(AtspiMeeting, EndOfTheCallAndOfTheMeetingShow) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, SeesTheCallEndAndTheMeetingClose) {
   const auto meeting = meet();
   ASSERT_TRUE(reads(live));
   meeting->leaveCall();
@@ -166,7 +167,7 @@ TEST_F(AtspiMeeting, EndOfTheCallAndOfTheMeetingShow) {
   EXPECT_TRUE(reads(TeamsReader::notRunning));
 }
 
-TEST_F(AtspiMeeting, PressThatChangesNothingIsStillAPress) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, PressThatChangesNothingSucceeds) {
   MeetingPage::Options options;
   options.stuck = true;
   const auto meeting = meet(options);
@@ -177,7 +178,7 @@ TEST_F(AtspiMeeting, PressThatChangesNothingIsStillAPress) {
   meeting->close();
 }
 
-TEST_F(AtspiMeeting, PollWithTheKnownButtonTakesAtMostTwelveCalls) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, PollWithTheKnownButtonTakesAtMostTwelveCalls) {
   const auto meeting = meet();
   ASSERT_TRUE(reads(live));
   const auto before = tree_.callCount();
@@ -187,7 +188,7 @@ TEST_F(AtspiMeeting, PollWithTheKnownButtonTakesAtMostTwelveCalls) {
   meeting->close();
 }
 
-TEST_F(AtspiMeeting, FortyThousandElementsCostNoMoreCallsThanFew) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, FortyThousandElementsCostNoMoreCallsThanFew) {
   MeetingPage::Options options;
   options.extraElements = 40'000;
   const auto meeting = meet(options);
@@ -207,7 +208,7 @@ TEST_F(AtspiMeeting, FortyThousandElementsCostNoMoreCallsThanFew) {
   meeting->close();
 }
 
-TEST_F(AtspiMeeting, SeveralTreesFollowOneAnother) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, SeveralTreesWorkOneAfterAnother) {
   const auto meeting = meet();
   for (int i = 0; i < 3; ++i) {
     AtspiAccessibilityTree tree;
@@ -217,7 +218,7 @@ TEST_F(AtspiMeeting, SeveralTreesFollowOneAnother) {
   meeting->close();
 }
 
-TEST_F(AtspiMeeting, ElementsOfAnotherTreeAreInvalid) {
+TEST_F(AtspiAccessibilityTreeMeetingTest, ElementsOfAnotherTreeAreInvalid) {
   const auto meeting = meet();
   ASSERT_TRUE(reads(live));
   AccessibilityElementRef ofAnother;
@@ -236,6 +237,36 @@ TEST_F(AtspiMeeting, ElementsOfAnotherTreeAreInvalid) {
             accessibility::invalidElement);
   EXPECT_FALSE(meeting->isMuted());
   meeting->close();
+}
+
+/// In a browser of its own: every further page costs the first look two calls.
+TEST(AtspiAccessibilityTreeCallsTest, CallsPerOperationDoNotGrow) {
+  Desk::Options options;
+  options.audio.reset();
+  Desk desk(options);
+  MeetingPage meeting(desk.browser());
+  {
+    // Wakes the browser up.
+    AtspiAccessibilityTree first;
+    TeamsReader reader(first, first.workspace());
+    ASSERT_TRUE(holdsWithin([&] { return reader.read() == live; }, patience));
+  }
+  AtspiAccessibilityTree tree;
+  TeamsReader reader(tree, tree.workspace());
+  const auto callsOf = [&](const std::function<void()>& operation) {
+    const auto before = tree.callCount();
+    operation();
+    return tree.callCount() - before;
+  };
+  EXPECT_LE(callsOf([&] { EXPECT_EQ(reader.read(), live); }), 29U);
+  EXPECT_EQ(reader.read(), live);
+  EXPECT_LE(callsOf([&] { EXPECT_EQ(reader.read(), live); }), 7U);
+  // Besides these, a press looks for the changed label every 8 ms, two calls each time.
+  EXPECT_LE(callsOf([&] {
+              EXPECT_EQ(reader.read(), live);
+              EXPECT_EQ(reader.press(), accessibility::success);
+            }),
+            16U + 4U);
 }
 
 }  // namespace

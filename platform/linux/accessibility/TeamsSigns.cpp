@@ -1,4 +1,4 @@
-#include "platform/linux/accessibility/AtspiTeamsSigns.h"
+#include "platform/linux/accessibility/TeamsSigns.h"
 
 #include <algorithm>
 #include <string>
@@ -14,7 +14,7 @@ constexpr std::string_view hosts[] = {"teams.microsoft.com", "teams.live.com",
                                       "teams.cloud.microsoft", "teams.microsoft.us",
                                       "teams.microsoftonline.cn"};
 
-// A client on Electron goes by the file name of its program, others by their own name.
+// A client on Electron has the file name of its program as its name; others have their own.
 constexpr std::string_view clients[] = {"microsoft teams", "microsoft-teams", "ms-teams",
                                         "teams",           "teams-for-linux", "teams for linux",
                                         "teams-insiders"};

@@ -1,11 +1,11 @@
-#include "platform/linux/accessibility/AtspiTeamsSigns.h"
+#include "platform/linux/accessibility/TeamsSigns.h"
 
 #include <gmock/gmock.h>
 
 namespace hushbox::teams_signs {
 namespace {
 
-TEST(AtspiTeamsSigns, AddressesOfEveryCloudOfTeamsCount) {
+TEST(TeamsSignsTest, AcceptsAddressesOfEveryCloudOfTeams) {
   for (const char* uri :
        {"https://teams.microsoft.com/v2/", "https://teams.live.com/meet/93",
         "https://TEAMS.live.com", "https://teams.cloud.microsoft/",
@@ -16,7 +16,7 @@ TEST(AtspiTeamsSigns, AddressesOfEveryCloudOfTeamsCount) {
     EXPECT_TRUE(isAddress(uri)) << uri;
 }
 
-TEST(AtspiTeamsSigns, AddressesThatOnlyLookLikeTeamsDoNot) {
+TEST(TeamsSignsTest, RejectsAddressesThatOnlyLookLikeTeams) {
   for (const char* uri :
        {"", "https://", "https:///", "http://teams.microsoft.com/", "file:///teams.microsoft.com",
         "https://www.microsoft.com/microsoft-teams", "https://notteams.microsoft.com/",
@@ -27,7 +27,7 @@ TEST(AtspiTeamsSigns, AddressesThatOnlyLookLikeTeamsDoNot) {
     EXPECT_FALSE(isAddress(uri)) << uri;
 }
 
-TEST(AtspiTeamsSigns, TitlesCountByTheirEnd) {
+TEST(TeamsSignsTest, AcceptsTitlesByTheirEnd) {
   EXPECT_TRUE(isTitle("Weekly sync | Microsoft Teams"));
   EXPECT_TRUE(isTitle("(3) Chat | Amina | Microsoft Teams"));
   EXPECT_FALSE(isTitle("Microsoft Teams"));
@@ -35,7 +35,7 @@ TEST(AtspiTeamsSigns, TitlesCountByTheirEnd) {
   EXPECT_FALSE(isTitle(""));
 }
 
-TEST(AtspiTeamsSigns, ClientsCountByTheirWholeName) {
+TEST(TeamsSignsTest, AcceptsClientsByTheirWholeName) {
   EXPECT_TRUE(isClientName("teams-for-linux"));
   EXPECT_TRUE(isClientName("Microsoft Teams"));
   EXPECT_TRUE(isClientName("teams"));

@@ -21,8 +21,8 @@ using rehearsal::WindowKind;
 constexpr const char* live = MeetingPage::labelWhenLive;
 constexpr const char* muted = MeetingPage::labelWhenMuted;
 
-/// A meeting whose window nobody sees: a browser then leaves its tree as it was.
-class AtspiHiddenWindow : public testing::TestWithParam<bool> {
+/// A meeting in a hidden window, where a browser stops updating its tree.
+class LabelRefresherHiddenWindowTest : public testing::TestWithParam<bool> {
  protected:
   static Desk::Options options() {
     Desk::Options options;
@@ -36,14 +36,14 @@ class AtspiHiddenWindow : public testing::TestWithParam<bool> {
     ASSERT_TRUE(holdsWithin([&] { return reader_.read() == live; }, patience));
   }
 
-  /// Whether reading alone makes the label true. On a machine with time to spare the first reading
-  /// does; left to itself, Chromium keeps the old label until somebody acts on the page.
+  /// Whether reading alone brings the label up to date. On an idle machine the first read does; by
+  /// itself, Chromium keeps the old label until something acts on the page.
   bool comesToRead(const std::string& label) {
     return holdsWithin([&] { return reader_.read() == label; }, patience);
   }
 
-  /// Changes the meeting from inside and from outside, and reads right after each change.
-  void expectTrueLabels() {
+  /// Changes the meeting from the page and by presses, and reads right after each change.
+  void expectCurrentLabels() {
     bool wanted = false;
     for (int change = 0; change < 12; ++change) {
       meeting_.pressMicrophone();
@@ -62,33 +62,33 @@ class AtspiHiddenWindow : public testing::TestWithParam<bool> {
   TeamsReader reader_{tree_, tree_.workspace()};
 };
 
-TEST_P(AtspiHiddenWindow, LabelsAreTrueAtOnceWhileItIsMinimised) {
+TEST_P(LabelRefresherHiddenWindowTest, LabelsAreCurrentWhileMinimised) {
   findMeeting();
   meeting_.page().minimise();
-  expectTrueLabels();
+  expectCurrentLabels();
   meeting_.page().restore();
-  expectTrueLabels();
+  expectCurrentLabels();
 }
 
-INSTANTIATE_TEST_SUITE_P(Headless, AtspiHiddenWindow, testing::Values(true));
-INSTANTIATE_TEST_SUITE_P(Windows, AtspiHiddenWindow, testing::Values(false));
+INSTANTIATE_TEST_SUITE_P(Headless, LabelRefresherHiddenWindowTest, testing::Values(true));
+INSTANTIATE_TEST_SUITE_P(Windows, LabelRefresherHiddenWindowTest, testing::Values(false));
 
 /// Only windows on a display can cover one another.
-using AtspiCoveredWindow = AtspiHiddenWindow;
+using LabelRefresherCoveredWindowTest = LabelRefresherHiddenWindowTest;
 
-TEST_P(AtspiCoveredWindow, LabelsAreTrueAtOnceWhileItIsCovered) {
+TEST_P(LabelRefresherCoveredWindowTest, LabelsAreCurrentWhileCovered) {
   findMeeting();
   const auto cover = meeting_.page().cover();
-  expectTrueLabels();
+  expectCurrentLabels();
   cover->close();
 }
 
-INSTANTIATE_TEST_SUITE_P(Windows, AtspiCoveredWindow, testing::Values(false));
+INSTANTIATE_TEST_SUITE_P(Windows, LabelRefresherCoveredWindowTest, testing::Values(false));
 
-/// On a desktop that draws windows apart from one another, a page rests only when it is minimised.
-class AtspiCompositedWindow : public AtspiHiddenWindow {
+/// With a compositing manager, a page rests only while it is minimised.
+class LabelRefresherCompositedWindowTest : public LabelRefresherHiddenWindowTest {
  protected:
-  AtspiCompositedWindow() {
+  LabelRefresherCompositedWindowTest() {
     CompositingManager manager;
     EXPECT_TRUE(holdsWithin([&] { return manager.isRunning(); }, patience));
   }
@@ -97,17 +97,17 @@ class AtspiCompositedWindow : public AtspiHiddenWindow {
       desk_.session().start("xcompmgr.log", {"xcompmgr"});
 };
 
-TEST_P(AtspiCompositedWindow, LabelsAreReadWithoutWaiting) {
+TEST_P(LabelRefresherCompositedWindowTest, LabelsAreReadWithoutWaiting) {
   findMeeting();
   const auto readsAtOnce = [this] {
     const auto began = std::chrono::steady_clock::now();
     return reader_.read() == live &&
-           std::chrono::steady_clock::now() - began < AtspiTeams::labelWait;
+           std::chrono::steady_clock::now() - began < LabelRefresher::refreshTime;
   };
   EXPECT_TRUE(holdsWithin(readsAtOnce, patience));
 }
 
-TEST_P(AtspiCompositedWindow, LabelsFollowTheMeeting) {
+TEST_P(LabelRefresherCompositedWindowTest, LabelsFollowTheMeeting) {
   findMeeting();
   bool wanted = false;
   for (int change = 0; change < 6; ++change) {
@@ -122,26 +122,26 @@ TEST_P(AtspiCompositedWindow, LabelsFollowTheMeeting) {
   }
 }
 
-TEST_P(AtspiCompositedWindow, LabelsAreTrueAtOnceWhileItIsMinimised) {
+TEST_P(LabelRefresherCompositedWindowTest, LabelsAreCurrentWhileMinimised) {
   findMeeting();
   findMeeting();
   meeting_.page().minimise();
-  expectTrueLabels();
+  expectCurrentLabels();
 }
 
-TEST_P(AtspiCompositedWindow, LabelsAreTrueAtOnceBehindAnotherTabAndInFrontAgain) {
+TEST_P(LabelRefresherCompositedWindowTest, LabelsAreCurrentBehindAnotherTabAndInFrontAgain) {
   findMeeting();
   findMeeting();
   const auto other =
       desk_.browser().open(rehearsal::Browser::pageUrl("decoy.html"), WindowKind::Tab);
   ASSERT_TRUE(holdsWithin([this] { return meeting_.page().isHidden(); }, patience));
-  expectTrueLabels();
+  expectCurrentLabels();
   other->close();
   ASSERT_TRUE(holdsWithin([this] { return !meeting_.page().isHidden(); }, patience));
-  expectTrueLabels();
+  expectCurrentLabels();
 }
 
-TEST_P(AtspiCompositedWindow, LabelsAreTrueAtOnceOnAnotherWorkspace) {
+TEST_P(LabelRefresherCompositedWindowTest, LabelsAreCurrentOnAnotherWorkspace) {
   findMeeting();
   findMeeting();
   const auto xdotool = [this](std::vector<std::string> words) {
@@ -151,10 +151,10 @@ TEST_P(AtspiCompositedWindow, LabelsAreTrueAtOnceOnAnotherWorkspace) {
   };
   xdotool({"set_num_desktops", "2"});
   xdotool({"set_desktop", "1"});
-  expectTrueLabels();
+  expectCurrentLabels();
 }
 
-INSTANTIATE_TEST_SUITE_P(Windows, AtspiCompositedWindow, testing::Values(false));
+INSTANTIATE_TEST_SUITE_P(Windows, LabelRefresherCompositedWindowTest, testing::Values(false));
 
 }  // namespace
 }  // namespace hushbox

@@ -3,12 +3,8 @@
 #include <chrono>
 #include <memory>
 
-#include "platform/linux/accessibility/AtspiAccessibilityTree.h"
-#include "rehearsal/AccessibilityBus.h"
 #include "rehearsal/Desk.h"
-#include "rehearsal/Session.h"
-#include "tests/platform/linux/fixtures/AccessibleProgram.h"
-#include "tests/platform/linux/fixtures/TeamsReader.h"
+#include "tests/platform/linux/fixtures/AccessibleProgramsFixture.h"
 
 namespace hushbox {
 namespace {
@@ -23,7 +19,7 @@ using std::chrono::steady_clock;
 constexpr const char* live = MeetingPage::labelWhenLive;
 constexpr const char* muted = MeetingPage::labelWhenMuted;
 constexpr milliseconds timeout{1000};
-/// What a loaded machine may add to a time-out.
+/// What a busy machine may add to a timeout.
 constexpr milliseconds slack{1500};
 
 milliseconds spentOn(const std::function<void()>& action) {
@@ -32,7 +28,7 @@ milliseconds spentOn(const std::function<void()>& action) {
   return std::chrono::ceil<milliseconds>(steady_clock::now() - before);
 }
 
-TEST(AtspiFrozenBrowser, CostsOneTimeOutAndComesBackWhenItThaws) {
+TEST(AtspiAccessibilityTreeFrozenTest, CostsOneTimeoutAndRecoversAfterTheThaw) {
   Desk::Options options;
   options.audio.reset();
   Desk desk(options);
@@ -42,7 +38,7 @@ TEST(AtspiFrozenBrowser, CostsOneTimeOutAndComesBackWhenItThaws) {
   ASSERT_TRUE(holdsWithin([&] { return reader.read() == live; }, patience));
 
   desk.browser().freeze();
-  // It stays listed, so that it is the meeting that is not found, not Teams.
+  // It stays listed: the meeting is not found, but Teams is.
   EXPECT_LT(spentOn([&] { EXPECT_EQ(reader.read(), TeamsReader::noMeeting); }), timeout + slack);
   for (int i = 0; i < 5; ++i)
     EXPECT_LT(spentOn([&] { EXPECT_EQ(reader.read(), TeamsReader::noMeeting); }), timeout / 2);
@@ -54,7 +50,7 @@ TEST(AtspiFrozenBrowser, CostsOneTimeOutAndComesBackWhenItThaws) {
   EXPECT_TRUE(meeting.isMuted());
 }
 
-TEST(AtspiFrozenBrowser, PressOnItFailsAfterOneTimeOut) {
+TEST(AtspiAccessibilityTreeFrozenTest, PressFailsAfterOneTimeout) {
   Desk::Options options;
   options.audio.reset();
   Desk desk(options);
@@ -66,44 +62,15 @@ TEST(AtspiFrozenBrowser, PressOnItFailsAfterOneTimeOut) {
   EXPECT_LT(spentOn([&] { EXPECT_EQ(reader.press(), accessibility::cannotComplete); }),
             timeout + slack);
   desk.browser().thaw();
-  // It was asked what it can do, and not told to do it.
+  // It was asked for its actions, but not to perform one.
   EXPECT_TRUE(holdsWithin([&] { return reader.read() == live; }, patience));
   EXPECT_TRUE(meeting.presses().empty());
 }
 
-/// Programs beside the meeting, made of data.
-class AtspiFrozenNeighbour : public testing::Test {
- protected:
-  AtspiFrozenNeighbour() {
-    session_.applyToThisProcess();
-    accessibility_.setEnabled(true);
-    address_ = accessibility_.address();
-  }
+/// Other programs beside the meeting.
+using AtspiAccessibilityTreeFrozenNeighbourTest = AccessibleProgramsFixture;
 
-  std::unique_ptr<AccessibleProgram> program(const std::string& name, const std::string& toolkit) {
-    return std::make_unique<AccessibleProgram>(address_, name, toolkit);
-  }
-  std::unique_ptr<AccessibleProgram> meeting() {
-    auto result = program("Browser", "Gecko");
-    result->put("/button", {.role = 43,
-                            .name = live,
-                            .attributes = {{"id", "microphone-button"}},
-                            .actions = {"press"}});
-    result->put("/document", {.role = 95,
-                              .documentAttributes = {{"DocURL", "https://teams.microsoft.com/v2/"}},
-                              .children = {"/button"}});
-    result->put(AccessibleProgram::root, {.role = 75, .children = {"/document"}});
-    return result;
-  }
-
-  rehearsal::Session session_;
-  rehearsal::AccessibilityBus accessibility_{session_};
-  std::string address_;
-  AtspiAccessibilityTree tree_;
-  TeamsReader reader_{tree_, tree_.workspace()};
-};
-
-TEST_F(AtspiFrozenNeighbour, FrozenBeforeItWasMetCostsOneTimeOutInAll) {
+TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, CostsOneTimeoutIfFrozenBeforeItWasMet) {
   const auto frozen = program("Other browser", "Chromium");
   frozen->freeze();
   const auto teams = meeting();
@@ -114,12 +81,12 @@ TEST_F(AtspiFrozenNeighbour, FrozenBeforeItWasMetCostsOneTimeOutInAll) {
   }
 }
 
-TEST_F(AtspiFrozenNeighbour, FrozenLaterCostsOneTimeOutInAll) {
+TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, CostsOneTimeoutIfFrozenLater) {
   const auto frozen = program("Other browser", "Chromium");
   const auto teams = meeting();
   ASSERT_EQ(reader_.read(), live);
   frozen->freeze();
-  // With the known button nobody else is asked.
+  // While the button is known, no other program is asked.
   EXPECT_LT(spentOn([&] { EXPECT_EQ(reader_.read(), live); }), timeout / 2);
   TeamsReader first(tree_, tree_.workspace());
   EXPECT_LT(spentOn([&] { EXPECT_EQ(first.read(), live); }), timeout + slack);
@@ -127,7 +94,7 @@ TEST_F(AtspiFrozenNeighbour, FrozenLaterCostsOneTimeOutInAll) {
   EXPECT_LT(spentOn([&] { EXPECT_EQ(second.read(), live); }), timeout / 2);
 }
 
-TEST_F(AtspiFrozenNeighbour, OneThatWasFrozenIsMetWhenItThaws) {
+TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, IsMetAfterTheThaw) {
   const auto teams = meeting();
   teams->freeze();
   EXPECT_EQ(reader_.read(), TeamsReader::notRunning);
@@ -135,7 +102,7 @@ TEST_F(AtspiFrozenNeighbour, OneThatWasFrozenIsMetWhenItThaws) {
   EXPECT_TRUE(holdsWithin([&] { return reader_.read() == live; }, patience));
 }
 
-TEST_F(AtspiFrozenNeighbour, SeveralFrozenOnesCostOneTimeOutTogether) {
+TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, SeveralCostOneTimeoutTogether) {
   const auto met = program("Met", "Chromium");
   const auto teams = meeting();
   ASSERT_EQ(reader_.read(), live);
@@ -147,7 +114,7 @@ TEST_F(AtspiFrozenNeighbour, SeveralFrozenOnesCostOneTimeOutTogether) {
   EXPECT_LT(spentOn([&] { EXPECT_EQ(searching.read(), TeamsReader::noMeeting); }), timeout + slack);
 }
 
-TEST_F(AtspiFrozenNeighbour, OneThatEndsWhileFrozenIsNotTeamsAnyMore) {
+TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, IsNoLongerTeamsAfterExitingWhileFrozen) {
   auto teams = meeting();
   ASSERT_EQ(reader_.read(), live);
   teams->freeze();

@@ -1,0 +1,105 @@
+#include "platform/linux/accessibility/AtspiPrograms.h"
+
+#include <set>
+#include <string_view>
+#include <utility>
+
+#include "platform/linux/accessibility/AtspiCalls.h"
+#include "platform/linux/accessibility/AtspiValue.h"
+#include "platform/linux/accessibility/TeamsSigns.h"
+
+namespace hushbox {
+
+namespace {
+
+/// The calls that tell what a program is.
+struct Introduction {
+  BusObject root;
+  CallBatch::Ticket process;
+  CallBatch::Ticket name;
+  CallBatch::Ticket toolkit;
+};
+
+Introduction introduce(CallBatch& batch, const BusObject& root, std::chrono::milliseconds timeout) {
+  using namespace atspi_calls;
+  const BusObject busDaemon{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
+  return {root,
+          batch.add({busDaemon, "org.freedesktop.DBus", "GetConnectionUnixProcessID", "(u)",
+                     timeout, takeArguments(g_variant_new("(s)", root.busName.c_str()))}),
+          batch.add(property(root, accessible, "Name", timeout)),
+          batch.add(property(root, application, "ToolkitName", timeout))};
+}
+
+/// Returns nullopt for a program that did not reply.
+std::optional<AtspiProgram> read(const CallBatch& batch, const Introduction& introduction) {
+  const BusReply& process = batch[introduction.process];
+  const BusReply& name = batch[introduction.name];
+  const BusReply& toolkit = batch[introduction.toolkit];
+  if (!process || !name || toolkit.outcome == BusReply::Outcome::silent) return std::nullopt;
+  AtspiProgram program{.root = introduction.root};
+  guint32 processIdentifier = 0;
+  g_variant_get(process.value.get(), "(u)", &processIdentifier);
+  program.processIdentifier = static_cast<std::int32_t>(processIdentifier);
+  program.isClient = teams_signs::isClientName(atspi_value::text(name.value.get()));
+  const std::string builtOn = toolkit ? atspi_value::text(toolkit.value.get()) : std::string();
+  program.labelsLag = builtOn == "Chromium";
+  program.isBrowser = program.labelsLag || builtOn == "Gecko" || builtOn.starts_with("WebKit");
+  return program;
+}
+
+}  // namespace
+
+bool AtspiPrograms::refresh() {
+  const BusObject registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
+  const BusReply reply = bus_.ask(atspi_calls::children(registry, bus_.timeout()));
+  if (!reply) return false;
+  const auto roots = atspi_value::objects(reply.value.get(), {}, maxPrograms);
+  std::set<std::string_view> present;
+  for (const BusObject& root : roots) present.insert(root.busName);
+  std::erase_if(programs_, [&](const auto& entry) { return present.count(entry.first) == 0; });
+  std::vector<BusObject> strangers;
+  for (const BusObject& root : roots)
+    if (programs_.count(root.busName) == 0) strangers.push_back(root);
+  return identify(strangers);
+}
+
+bool AtspiPrograms::identify(const std::vector<BusObject>& roots) {
+  CallBatch batch;
+  std::vector<Introduction> introductions;
+  for (const BusObject& root : roots)
+    introductions.push_back(introduce(batch, root, bus_.timeout()));
+  bus_.send(batch);
+  bool metBrowser = false;
+  for (const Introduction& introduction : introductions) {
+    const auto program = read(batch, introduction);
+    if (!program) continue;
+    metBrowser |= program->isBrowser;
+    programs_.emplace(program->root.busName, Entry{.program = *program});
+  }
+  return metBrowser;
+}
+
+std::vector<const AtspiProgram*> AtspiPrograms::hosts() const {
+  std::vector<const AtspiProgram*> result;
+  for (const auto& [busName, entry] : programs_)
+    if (entry.program.isBrowser || entry.program.isClient) result.push_back(&entry.program);
+  return result;
+}
+
+const AtspiProgram* AtspiPrograms::find(const std::string& busName) const {
+  const auto found = programs_.find(busName);
+  return found == programs_.end() ? nullptr : &found->second.program;
+}
+
+void AtspiPrograms::connectDirectly(const std::string& busName) {
+  const auto found = programs_.find(busName);
+  if (found == programs_.end() || std::exchange(found->second.triedDirectConnection, true)) return;
+  const AtspiProgram& program = found->second.program;
+  const BusReply address = bus_.ask({program.root, atspi_calls::application,
+                                     "GetApplicationBusAddress", "(s)", bus_.timeout(), nullptr});
+  if (!address) return;
+  bus_.reach(busName, atspi_value::text(address.value.get()), program.processIdentifier,
+             bus_.timeout());
+}
+
+}  // namespace hushbox

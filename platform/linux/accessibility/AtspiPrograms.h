@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/accessibility/AtspiBus.h"
+#include "platform/linux/bus/BusObject.h"
+
+namespace hushbox {
+
+/// A program on the accessibility bus. None of this changes while it runs.
+struct AtspiProgram {
+  /// The application object, which is the root of the program's tree.
+  BusObject root;
+  std::int32_t processIdentifier = 0;
+  /// Whether it has the name of a Teams client.
+  bool isClient = false;
+  /// Whether it is built on Chromium, Gecko or WebKit, so that it may present documents.
+  bool isBrowser = false;
+  /// Whether it is built on Chromium, which lets labels grow stale: see LabelRefresher.
+  bool labelsLag = false;
+};
+
+/// The programs on the accessibility bus. Main thread only.
+///
+/// A browser on Chromium that was started while accessibility was off is not on the bus at all.
+class AtspiPrograms {
+ public:
+  /// No sane desktop has more. Programs beyond this are ignored.
+  static constexpr std::size_t maxPrograms = 256;
+
+  explicit AtspiPrograms(AtspiBus& bus) : bus_(bus) {}
+
+  /// Lists the programs on the bus (one call), asks the new ones what they are (three calls each)
+  /// and forgets those that have exited. Returns whether it met a new browser. A program that does
+  /// not reply is new again the next time.
+  bool refresh();
+
+  /// The programs that may present documents of Teams, in the order of their bus names.
+  std::vector<const AtspiProgram*> hosts() const;
+
+  /// The program of that name; null when it is unknown.
+  const AtspiProgram* find(const std::string& busName) const;
+
+  /// Calls the program over a connection of its own from now on, if it offers one: see
+  /// BoundedBusConnection::reach(). Tries that once per program.
+  void connectDirectly(const std::string& busName);
+
+  /// Forgets all programs. Their names mean nothing on another bus.
+  void clear() { programs_.clear(); }
+
+ private:
+  struct Entry {
+    AtspiProgram program;
+    bool triedDirectConnection = false;
+  };
+
+  bool identify(const std::vector<BusObject>& roots);
+
+  AtspiBus& bus_;
+  std::map<std::string, Entry> programs_;
+};
+
+}  // namespace hushbox

@@ -1,0 +1,140 @@
+#include "platform/linux/accessibility/LabelRefresher.h"
+
+#include <algorithm>
+#include <set>
+#include <thread>
+#include <utility>
+
+#include "platform/linux/accessibility/AtspiCalls.h"
+#include "platform/linux/accessibility/AtspiRole.h"
+#include "platform/linux/accessibility/AtspiState.h"
+#include "platform/linux/accessibility/AtspiValue.h"
+
+namespace hushbox {
+
+namespace {
+
+bool isOnScreen(const BusReply& states) {
+  return states && atspi_value::hasState(states.value.get(), atspi_state::showing) &&
+         !atspi_value::hasState(states.value.get(), atspi_state::iconified);
+}
+
+/// Whether `matches`, the documents in a window, begin with this one.
+bool isFirst(const BusObject& document, const BusReply& matches) {
+  return matches && atspi_value::objects(matches.value.get(), document.busName, 1) ==
+                        std::vector<BusObject>{document};
+}
+
+}  // namespace
+
+std::vector<LabelRefresher::Probe> LabelRefresher::addProbes(
+    CallBatch& batch, const std::vector<TeamsDocumentRef>& documents) {
+  std::vector<Probe> probes;
+  for (const TeamsDocumentRef& document : documents)
+    if (document->labelsLag) probes.push_back(addProbe(batch, *document));
+  // Its answer arrives while the batch is under way.
+  if (!probes.empty()) compositingManager_.request();
+  return probes;
+}
+
+LabelRefresher::Probe LabelRefresher::addProbe(CallBatch& batch, const TeamsDocument& document) {
+  const Page& page = pages_[document.object];
+  const auto age = Clock::now() - page.refreshRequestedAt;
+  std::optional<CallBatch::Ticket> refresh;
+  if (!page.isDrawn || age >= minRefreshInterval)
+    refresh = batch.add(atspi_calls::refreshLabels(document.object, bus_.timeout()));
+  Probe probe{.document = document.object,
+              .refresh = refresh,
+              .wasRefreshed = age <= maxRefreshAge,
+              .properties = batch.add(atspi_calls::allProperties(document.object, bus_.timeout())),
+              .windowStates = std::nullopt};
+  if (!page.window.busName.empty())
+    probe.windowStates = batch.add(atspi_calls::states(page.window, bus_.timeout()));
+  return probe;
+}
+
+void LabelRefresher::readProbes(const CallBatch& batch, const std::vector<Probe>& probes) {
+  if (probes.empty()) return;
+  replyTime_ = batch.duration();
+  const bool isComposited = compositingManager_.isRunning();
+  for (const Probe& probe : probes) {
+    Page& page = pages_[probe.document];
+    page.probedAt = batch.repliedAt();
+    if (probe.refresh && batch[*probe.refresh].outcome != BusReply::Outcome::silent)
+      page.refreshRequestedAt = batch.repliedAt();
+    const BusReply& properties = batch[probe.properties];
+    page.parent = {};
+    if (properties) {
+      page.parent = atspi_value::object(properties.value.get(), "Parent").value_or(BusObject{});
+      if (page.parent != page.parentOfWindow) page.windowSought = false;
+    }
+    page.isDrawn = isComposited && probe.wasRefreshed && page.parent == page.parentOfWindow &&
+                   probe.windowStates && isOnScreen(batch[*probe.windowStates]);
+  }
+}
+
+void LabelRefresher::awaitLabels(const TeamsDocument& document) {
+  if (!document.labelsLag) return;
+  Page& page = pages_[document.object];
+  if (page.probedAt < snapshotBegan_ || Clock::now() - page.probedAt > freshness) probe(document);
+  seekWindow(document, page);
+  if (page.isDrawn) return;
+  // A page that was drawn until now may have been probed without a refresh.
+  if (page.refreshRequestedAt < snapshotBegan_) probe(document);
+  if (page.refreshRequestedAt < snapshotBegan_) return;
+  const auto slow = std::min<Clock::duration>(4 * replyTime_, maxRefreshTime);
+  std::this_thread::sleep_until(page.refreshRequestedAt +
+                                std::max<Clock::duration>(slow, refreshTime));
+}
+
+void LabelRefresher::probe(const TeamsDocument& document) {
+  CallBatch batch;
+  compositingManager_.request();
+  const std::vector<Probe> probes{addProbe(batch, document)};
+  bus_.send(batch);
+  readProbes(batch, probes);
+}
+
+bool LabelRefresher::wereLabelsCurrent(const TeamsDocument& document) const {
+  if (!document.labelsLag) return true;
+  const auto page = pages_.find(document.object);
+  return page != pages_.end() && page->second.isDrawn;
+}
+
+void LabelRefresher::seekWindow(const TeamsDocument& document, Page& page) {
+  constexpr int maxDepth = 64;
+  if (std::exchange(page.windowSought, true)) return;
+  page.window = {};
+  page.parentOfWindow = page.parent;
+  const AtspiProgram* const program = programs_.find(document.object.busName);
+  if (!program) return;
+  BusObject child = page.parent;
+  for (int depth = 0; child.busName == document.object.busName && depth < maxDepth; ++depth) {
+    const BusReply reply =
+        bus_.ask(atspi_calls::property(child, atspi_calls::accessible, "Parent", bus_.timeout()));
+    const auto parent = reply ? atspi_value::object(reply.value.get()) : std::nullopt;
+    if (!parent) return;
+    if (*parent != program->root) {
+      child = *parent;
+      continue;
+    }
+    // A page nested in another keeps its parents when the outer page goes to the background, so
+    // only the window's first page can be seen to do so.
+    const BusReply first =
+        bus_.ask(atspi_calls::matches(child, {atspi_role::documentWeb}, 1, bus_.timeout()));
+    if (isFirst(document.object, first)) page.window = child;
+    return;
+  }
+}
+
+void LabelRefresher::forgetWindows() {
+  for (auto& [object, page] : pages_) page.windowSought = false;
+}
+
+void LabelRefresher::keepOnly(const std::vector<TeamsDocumentRef>& documents) {
+  std::set<BusObject> kept;
+  for (const TeamsDocumentRef& document : documents) kept.insert(document->object);
+  std::erase_if(pages_, [&](const auto& entry) { return kept.count(entry.first) == 0; });
+}
+
+}  // namespace hushbox

@@ -1,0 +1,102 @@
+#include "platform/linux/accessibility/TeamsApplication.h"
+
+#include <algorithm>
+#include <iterator>
+#include <thread>
+#include <utility>
+
+namespace hushbox {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+void TeamsApplication::beginSnapshot() {
+  hasSearched_ = false;
+  isProbed_ = false;
+  snapshotBegan_ = steady_clock::now();
+  labels_.beginSnapshot();
+  bus_.beginBudget();
+}
+
+bool TeamsApplication::isRunning() {
+  if (!bus_.connect()) return false;
+  forgetAfterReconnection();
+  if (!documents_.all().empty()) confirm(documents_.all());
+  if (documents_.all().empty()) search();
+  return !documents_.all().empty();
+}
+
+void TeamsApplication::search() {
+  if (std::exchange(hasSearched_, true) || !bus_.connect()) return;
+  forgetAfterReconnection();
+  const bool metBrowser = programs_.refresh();
+  const auto end = steady_clock::now() + wakeTimeout;
+  confirm(documents_.findCandidates(programs_.hosts()));
+  while (metBrowser && documents_.all().empty() && steady_clock::now() < end) {
+    std::this_thread::sleep_for(milliseconds{20});
+    confirm(documents_.findCandidates(programs_.hosts()));
+  }
+  for (const TeamsDocumentRef& document : documents_.all())
+    programs_.connectDirectly(document->object.busName);
+  labels_.forgetWindows();
+}
+
+void TeamsApplication::confirm(const std::vector<TeamsDocumentRef>& candidates) {
+  // A control that is there shows that its document is. Where that cannot be asked in the same
+  // breath, or a title may change, the document is asked itself.
+  const auto mayBeShown = [this](const TeamsDocumentRef& document) {
+    return control_.isOn(document) && document->labelsLag &&
+           document->evidence != TeamsDocument::Evidence::title;
+  };
+  CallBatch batch;
+  // A refresh takes effect while the other calls of the batch are under way.
+  const bool isFirst = !std::exchange(isProbed_, true);
+  const auto labelProbes = labels_.addProbes(batch, isFirst ? documents_.all() : Documents());
+  const auto controlCalls = isFirst ? control_.addCalls(batch) : std::nullopt;
+  Probes probes;
+  for (const TeamsDocumentRef& document : candidates)
+    if (!mayBeShown(document)) probes.push_back(documents_.addProbe(batch, document));
+  bus_.send(batch);
+  labels_.readProbes(batch, labelProbes);
+  if (controlCalls) control_.read(batch, *controlCalls);
+  std::set<TeamsDocumentRef> present = belonging(batch, probes);
+
+  CallBatch doubtful;
+  probes.clear();
+  for (const TeamsDocumentRef& document : candidates) {
+    if (!mayBeShown(document)) continue;
+    if (control_.wasThere(snapshotBegan_))
+      present.insert(document);
+    else
+      probes.push_back(documents_.addProbe(doubtful, document));
+  }
+  bus_.send(doubtful);
+  present.merge(belonging(doubtful, probes));
+  keep(candidates, present);
+}
+
+std::set<TeamsDocumentRef> TeamsApplication::belonging(const CallBatch& batch,
+                                                       const Probes& probes) const {
+  std::set<TeamsDocumentRef> result;
+  for (const TeamsDocuments::Probe& probe : probes)
+    if (documents_.belongsToTeams(batch, probe)) result.insert(probe.document);
+  return result;
+}
+
+void TeamsApplication::keep(const Documents& candidates,
+                            const std::set<TeamsDocumentRef>& present) {
+  Documents kept;
+  std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(kept),
+               [&](const TeamsDocumentRef& document) { return present.count(document) != 0; });
+  documents_.keep(std::move(kept));
+  labels_.keepOnly(documents_.all());
+  if (!documents_.contains(control_.document())) control_.forget();
+}
+
+void TeamsApplication::forgetAfterReconnection() {
+  if (std::exchange(busGeneration_, bus_.generation()) == bus_.generation()) return;
+  programs_.clear();
+  keep({}, {});
+}
+
+}  // namespace hushbox

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <set>
+#include <vector>
+
+#include "platform/linux/accessibility/AtspiBus.h"
+#include "platform/linux/accessibility/AtspiPrograms.h"
+#include "platform/linux/accessibility/FollowedControl.h"
+#include "platform/linux/accessibility/LabelRefresher.h"
+#include "platform/linux/accessibility/TeamsDocuments.h"
+
+namespace hushbox {
+
+/// Everything on the accessibility bus that belongs to Teams, taken as one application. Main thread
+/// only.
+///
+/// It asks in batches: one batch probes the known documents, has their labels refreshed and reads
+/// the followed control.
+class TeamsApplication {
+ public:
+  /// How long a browser met for the first time may take to present its pages: it takes 50 to 300
+  /// ms.
+  static constexpr std::chrono::milliseconds wakeTimeout{500};
+
+  TeamsApplication(AtspiBus& bus, AtspiPrograms& programs, TeamsDocuments& documents,
+                   LabelRefresher& labels, FollowedControl& control)
+      : bus_(bus), programs_(programs), documents_(documents), labels_(labels), control_(control) {}
+
+  /// Starts the time budget again; whatever was probed before no longer counts.
+  void beginSnapshot();
+
+  /// Whether anything of Teams is there. While a known document is still there, this asks about the
+  /// known ones only: seven calls per document at most, in one round trip or two. Otherwise it
+  /// searches.
+  bool isRunning();
+
+  /// Looks for everything that belongs to Teams: one call to the registry, two per browser, two per
+  /// document, and once per program that has one, one for a direct connection. It searches once per
+  /// snapshot; later calls do nothing.
+  void search();
+
+  /// What was found last, in the order in which to look at it.
+  const std::vector<TeamsDocumentRef>& documents() const { return documents_.all(); }
+
+ private:
+  using Documents = std::vector<TeamsDocumentRef>;
+  using Probes = std::vector<TeamsDocuments::Probe>;
+
+  void forgetAfterReconnection();
+  /// Keeps those of the candidates that are there and belong to Teams.
+  void confirm(const Documents& candidates);
+  /// The probed documents that are there and belong to Teams.
+  std::set<TeamsDocumentRef> belonging(const CallBatch& batch, const Probes& probes) const;
+  void keep(const Documents& candidates, const std::set<TeamsDocumentRef>& present);
+
+  AtspiBus& bus_;
+  AtspiPrograms& programs_;
+  TeamsDocuments& documents_;
+  LabelRefresher& labels_;
+  FollowedControl& control_;
+  std::uint64_t busGeneration_ = 0;
+  std::chrono::steady_clock::time_point snapshotBegan_{};
+  bool isProbed_ = false;
+  bool hasSearched_ = false;
+};
+
+}  // namespace hushbox

@@ -1,0 +1,113 @@
+#include "platform/linux/accessibility/TeamsDocuments.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "platform/linux/accessibility/AtspiCalls.h"
+#include "platform/linux/accessibility/AtspiRole.h"
+#include "platform/linux/accessibility/AtspiValue.h"
+#include "platform/linux/accessibility/TeamsSigns.h"
+
+namespace hushbox {
+
+namespace {
+
+using Evidence = TeamsDocument::Evidence;
+
+/// Why the document belongs to Teams; nullopt if it does not.
+std::optional<Evidence> evidenceFor(const TeamsDocument& document, GVariant* attributes,
+                                    const std::string& title) {
+  // The first key is that of Chromium and WebKit, the second that of Gecko.
+  if (teams_signs::isAddress(atspi_value::text(attributes, "URI")) ||
+      teams_signs::isAddress(atspi_value::text(attributes, "DocURL")))
+    return Evidence::address;
+  if (document.inClient) return Evidence::client;
+  if (teams_signs::isTitle(title)) return Evidence::title;
+  return std::nullopt;
+}
+
+}  // namespace
+
+bool TeamsDocuments::contains(const TeamsDocumentRef& document) const {
+  return std::find(documents_.begin(), documents_.end(), document) != documents_.end();
+}
+
+std::vector<TeamsDocumentRef> TeamsDocuments::findCandidates(
+    const std::vector<const AtspiProgram*>& programs) {
+  CallBatch batch;
+  std::vector<std::pair<const AtspiProgram*, CallBatch::Ticket>> searches;
+  for (const AtspiProgram* program : programs) {
+    searches.emplace_back(program,
+                          batch.add(atspi_calls::matches(program->root, {atspi_role::documentWeb},
+                                                         maxDocuments, bus_.timeout())));
+    // Chromium presents its pages only once an assistive program has read an object's attributes,
+    // and hides them again after a while without such calls. The reply does not matter.
+    batch.add(atspi_calls::attributes(program->root, bus_.timeout()));
+  }
+  bus_.send(batch);
+  std::vector<TeamsDocumentRef> found;
+  for (const auto& [program, ticket] : searches) {
+    const BusReply& reply = batch[ticket];
+    std::vector<BusObject> objects;
+    if (reply)
+      objects = atspi_value::objects(reply.value.get(), program->root.busName, maxDocuments);
+    for (const BusObject& object : objects) found.push_back(findOrMake(object, *program, true));
+    if (program->isClient && objects.empty() && reply.outcome != BusReply::Outcome::silent)
+      found.push_back(findOrMake(program->root, *program, false));
+  }
+  for (const TeamsDocumentRef& known : documents_)
+    if (std::find(found.begin(), found.end(), known) == found.end()) found.push_back(known);
+  return found;
+}
+
+TeamsDocuments::Probe TeamsDocuments::addProbe(CallBatch& batch,
+                                               const TeamsDocumentRef& document) const {
+  const BusObject& object = document->object;
+  if (!document->isDocument)
+    return {document, batch.add(atspi_calls::role(object, bus_.timeout())), std::nullopt};
+  Probe probe{document, batch.add(atspi_calls::documentAttributes(object, bus_.timeout())),
+              std::nullopt};
+  // A document that had an address of Teams needs no title.
+  if (document->evidence != Evidence::address)
+    probe.name =
+        batch.add(atspi_calls::property(object, atspi_calls::accessible, "Name", bus_.timeout()));
+  return probe;
+}
+
+bool TeamsDocuments::belongsToTeams(const CallBatch& batch, const Probe& probe) const {
+  const BusReply& reply = batch[probe.signOfLife];
+  if (reply.outcome == BusReply::Outcome::silent) return contains(probe.document);
+  if (!reply) return false;
+  const VariantPointer value(g_variant_get_child_value(reply.value.get(), 0));
+  // An object that has been destroyed still answers: with an invalid role, or without attributes.
+  if (!probe.document->isDocument) return g_variant_get_uint32(value.get()) != atspi_role::invalid;
+  if (g_variant_n_children(value.get()) == 0) return false;
+  std::string title;
+  if (probe.name && batch[*probe.name]) title = atspi_value::text(batch[*probe.name].value.get());
+  const auto evidence = evidenceFor(*probe.document, value.get(), title);
+  if (evidence) probe.document->evidence = *evidence;
+  return evidence.has_value();
+}
+
+void TeamsDocuments::keep(std::vector<TeamsDocumentRef> documents) {
+  documents_ = std::move(documents);
+  std::stable_sort(documents_.begin(), documents_.end(), [](const auto& one, const auto& other) {
+    return one->evidence < other->evidence;
+  });
+}
+
+TeamsDocumentRef TeamsDocuments::findOrMake(const BusObject& object, const AtspiProgram& program,
+                                            bool isDocument) const {
+  const auto known = std::find_if(documents_.begin(), documents_.end(),
+                                  [&](const auto& one) { return one->object == object; });
+  if (known != documents_.end() && (*known)->isDocument == isDocument) return *known;
+  return std::make_shared<TeamsDocument>(
+      TeamsDocument{.object = object,
+                    .processIdentifier = program.processIdentifier,
+                    .isDocument = isDocument,
+                    .inClient = program.isClient,
+                    .labelsLag = program.labelsLag});
+}
+
+}  // namespace hushbox

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "platform/linux/accessibility/AtspiBus.h"
+#include "platform/linux/accessibility/AtspiPrograms.h"
+#include "platform/linux/accessibility/TeamsDocument.h"
+#include "platform/linux/bus/CallBatch.h"
+
+namespace hushbox {
+
+/// The documents on the accessibility bus that belong to Teams. Main thread only.
+///
+/// On Linux, Teams is not a program of its own: its meetings are pages in one or several browsers,
+/// or in a client built on one. So documents count, whichever programs present them, and nothing
+/// else of a browser does: neither its own controls ("Mute tab") nor its other pages. A document
+/// belongs to Teams by its address, by being in a client that has Teams' name, or by its title.
+/// Documents with stronger evidence come first, but weaker ones are not hidden.
+///
+/// Once found, a document is remembered for as long as it lives: a browser removes the page of a
+/// background tab from its tree, but continues to answer for it.
+class TeamsDocuments {
+ public:
+  /// Documents beyond this many per program are ignored.
+  static constexpr std::size_t maxDocuments = 256;
+
+  /// The calls that tell whether a document is still there and belongs to Teams.
+  struct Probe {
+    TeamsDocumentRef document;
+    CallBatch::Ticket signOfLife;
+    std::optional<CallBatch::Ticket> name;
+  };
+
+  explicit TeamsDocuments(AtspiBus& bus) : bus_(bus) {}
+
+  /// Those kept last, the strongest evidence first.
+  const std::vector<TeamsDocumentRef>& all() const { return documents_; }
+  bool contains(const TeamsDocumentRef& document) const;
+
+  /// The documents that the programs present now (two calls per program), whether or not they
+  /// belong to Teams, and those that were kept last.
+  std::vector<TeamsDocumentRef> findCandidates(const std::vector<const AtspiProgram*>& programs);
+
+  /// Adds the calls that probe the document.
+  Probe addProbe(CallBatch& batch, const TeamsDocumentRef& document) const;
+
+  /// Whether the probed document belongs to Teams and is there. A document that was kept stays
+  /// while its program does not reply: that is not the same as being closed.
+  bool belongsToTeams(const CallBatch& batch, const Probe& probe) const;
+
+  /// Keeps these and forgets all others.
+  void keep(std::vector<TeamsDocumentRef> documents);
+
+  void clear() { documents_.clear(); }
+
+ private:
+  TeamsDocumentRef findOrMake(const BusObject& object, const AtspiProgram& program,
+                              bool isDocument) const;
+
+  AtspiBus& bus_;
+  std::vector<TeamsDocumentRef> documents_;
+};
+
+}  // namespace hushbox

@@ -1,0 +1,104 @@
+#include <gmock/gmock.h>
+
+#include "tests/platform/linux/fixtures/AccessibleProgramsFixture.h"
+
+namespace hushbox {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Which documents of programs made of data belong to Teams.
+using TeamsDocumentsTest = AccessibleProgramsFixture;
+
+TEST_F(TeamsDocumentsTest, DocumentAtAnAddressOfTeamsCountsWhateverItsTitle) {
+  const auto teams = browser({{"/b", button(label)}});
+  EXPECT_EQ(reader_.read(), label);
+  EXPECT_EQ(reader_.press(), accessibility::success);
+  EXPECT_THAT(teams->performed(), ElementsAre("/b 0"));
+}
+
+TEST_F(TeamsDocumentsTest, DocumentsAtOtherAddressesDoNotCount) {
+  const auto other = browser({{"/b", button(label)}}, "https://meet.example.org/");
+  EXPECT_EQ(reader_.read(), TeamsReader::notRunning);
+}
+
+TEST_F(TeamsDocumentsTest, DocumentCountsOnceItsAddressIsOfTeams) {
+  const auto page = browser({{"/b", button(label)}}, "about:blank");
+  EXPECT_EQ(reader_.read(), TeamsReader::notRunning);
+  page->put("/document",
+            {.role = 95, .documentAttributes = {{"URI", teamsAddress}}, .children = {"/b"}});
+  EXPECT_EQ(reader_.read(), label);
+}
+
+TEST_F(TeamsDocumentsTest, MeetingInOneBrowserIsNotHiddenByAnotherBrowser) {
+  const auto titled = browser({{"/b", button("Buy")}}, "https://www.example.org/");
+  titled->put("/document", {.role = 95,
+                            .name = "Calls | Microsoft Teams",
+                            .documentAttributes = {{"URI", "https://www.example.org/"}},
+                            .children = {"/b"}});
+  const auto chat = browser({{"/b", button("Send")}});
+  ASSERT_EQ(reader_.read(), TeamsReader::noMeeting);
+  const auto meeting = browser({{"/b", button(label)}});
+  EXPECT_EQ(reader_.read(), label);
+  EXPECT_EQ(reader_.press(), accessibility::success);
+  EXPECT_THAT(meeting->performed(), ElementsAre("/b 0"));
+}
+
+TEST_F(TeamsDocumentsTest, AddressesComeBeforeTitles) {
+  const auto titled = browser({{"/b", button("Mute mic of a fake")}}, "https://www.example.org/");
+  titled->put("/document", {.role = 95,
+                            .name = "Calls | Microsoft Teams",
+                            .documentAttributes = {{"URI", "https://www.example.org/"}},
+                            .children = {"/b"}});
+  const auto meeting = browser({{"/b", button(label)}});
+  EXPECT_EQ(reader_.read(), label);
+}
+
+TEST_F(TeamsDocumentsTest, ClientIsRecognisedByItsName) {
+  const auto client = program("teams-for-linux", "Chromium");
+  client->put("/b", button(label));
+  client->put("/document", {.role = 95,
+                            .name = "Company page",
+                            .documentAttributes = {{"URI", "https://proxy.example.org/"}},
+                            .children = {"/b"}});
+  client->put(root, {.role = 75, .children = {"/document"}});
+  EXPECT_EQ(reader_.read(), label);
+}
+
+TEST_F(TeamsDocumentsTest, ClientWithoutDocumentsIsPresentedAsAWhole) {
+  const auto client = program("Microsoft Teams", "gtk");
+  client->put("/b", button(label));
+  client->put("/frame", {.role = 23, .name = "Weekly sync", .children = {"/b"}});
+  client->put(root, {.role = 75, .children = {"/frame"}});
+  EXPECT_EQ(reader_.read(), label);
+  const auto surfaces = reader_.children(reader_.application());
+  ASSERT_EQ(surfaces.size(), 1U);
+  EXPECT_EQ(reader_.text(surfaces[0], "AXRole"), "AXWindow");
+}
+
+TEST_F(TeamsDocumentsTest, ClientWithoutAWindowRunsWithoutAMeeting) {
+  const auto client = program("Microsoft Teams", "gtk");
+  EXPECT_EQ(reader_.read(), TeamsReader::noMeeting);
+}
+
+TEST_F(TeamsDocumentsTest, IgnoresObjectsThatAProgramClaimsForAnother) {
+  const auto victim = program("Music player", "gtk");
+  victim->put("/b", button(label));
+  const auto liar = browser({});
+  const std::string name = victim->busName();
+  liar->answerWith([&](const std::string& path, const std::string& method) -> GVariant* {
+    if (method != "GetMatches" || path != "/document") return nullptr;
+    GVariantBuilder builder;
+    g_variant_builder_init(&builder, G_VARIANT_TYPE("a(so)"));
+    g_variant_builder_add(&builder, "(so)", name.c_str(), "/b");
+    g_variant_builder_add(&builder, "(so)", "no name at all", "/b");
+    g_variant_builder_add(&builder, "(so)", "", "/b");
+    return g_variant_new("(a(so))", &builder);
+  });
+  EXPECT_EQ(reader_.read(), TeamsReader::noMeeting);
+  EXPECT_THAT(reader_.controls(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace hushbox
