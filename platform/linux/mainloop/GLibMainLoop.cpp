@@ -60,6 +60,10 @@ void GLibMainLoop::terminate() {
   g_main_loop_quit(loop_);
 }
 
+void GLibMainLoop::setBeforeTimer(std::function<void(Instant due)> hook) {
+  timers_.setBeforeBlock(std::move(hook));
+}
+
 void GLibMainLoop::finishUtilityWork() {
   utilityQueue_.finish();
 }

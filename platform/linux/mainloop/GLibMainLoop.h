@@ -34,6 +34,11 @@ class GLibMainLoop final : public MainLoop {
   int run() override;
   void terminate() override;
 
+  /// Calls `hook` on the main thread before each timer or delayed block, with the time at which it
+  /// was due: the place to deliver events of another source that happened earlier. After the loop
+  /// was busy, everything then runs in the order in which it happened or was due.
+  void setBeforeTimer(std::function<void(Instant due)> hook);
+
   /// Destroys utility blocks that have not begun and waits for those that have, which takes as long
   /// as they do. Main thread; to be called while what the blocks use is still there.
   void finishUtilityWork();

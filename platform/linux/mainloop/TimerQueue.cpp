@@ -37,6 +37,10 @@ Instant TimerQueue::now() {
   return Instant{std::chrono::seconds{time.tv_sec} + nanoseconds{time.tv_nsec}};
 }
 
+void TimerQueue::setBeforeBlock(std::function<void(Instant due)> hook) {
+  beforeBlock_ = std::move(hook);
+}
+
 void TimerQueue::runAfter(TimeInterval delay, std::function<void()> block) {
   add(now() + rounded(delay), std::make_shared<Timer>(Timer{std::move(block), {}}));
 }
@@ -58,8 +62,10 @@ void TimerQueue::fireDue() {
   // cannot keep the loop from its other sources.
   const Instant due = now();
   while (!timers_.empty() && timers_.begin()->first <= due) {
-    const auto [deadline, timer] = *timers_.begin();
-    timers_.erase(timers_.begin());
+    const auto next = timers_.begin();
+    const auto [deadline, timer] = *next;
+    if (beforeBlock_) beforeBlock_(deadline);
+    timers_.erase(next);
     if (timer->interval != nanoseconds::zero())
       timers_.emplace(deadline + timer->interval * ((due - deadline) / timer->interval + 1), timer);
     timer->block();

@@ -23,6 +23,11 @@ class TimerQueue {
 
   static Instant now();
 
+  /// Calls `hook` before each block that runs, with the time at which the block was due. A source
+  /// of events that happened earlier delivers them in it, so that a timer never overtakes them
+  /// after the loop was busy.
+  void setBeforeBlock(std::function<void(Instant due)> hook);
+
   /// Runs `block` once, `delay` from now; one that is negative or no number counts as zero.
   void runAfter(TimeInterval delay, std::function<void()> block);
 
@@ -42,6 +47,7 @@ class TimerQueue {
   void fireDue();
   void arm();
 
+  std::function<void(Instant due)> beforeBlock_;
   std::multimap<Instant, std::shared_ptr<Timer>> timers_;
   CounterSource source_;
 };

@@ -13,6 +13,7 @@
 #include <future>
 #include <memory>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "rehearsal/Waiting.h"
@@ -59,6 +60,23 @@ TEST_F(GLibMainLoopTest, ClockCountsTheTimeThatTheMachineSleeps) {
 TEST_F(GLibMainLoopTest, MainThreadIsTheOneThatMadeTheLoop) {
   EXPECT_TRUE(loop_.isMainThread());
   EXPECT_FALSE(std::async(std::launch::async, [&] { return loop_.isMainThread(); }).get());
+}
+
+TEST_F(GLibMainLoopTest, DeliversEarlierEventsBeforeEachTimerAfterTheLoopWasBusy) {
+  const Instant start = loop_.now();
+  std::vector<int> order;
+  std::vector<std::pair<milliseconds, int>> events{{5ms, 1}, {25ms, 3}, {45ms, 5}};
+  loop_.setBeforeTimer([&](Instant due) {
+    while (!events.empty() && start + events.front().first <= due) {
+      order.push_back(events.front().second);
+      events.erase(events.begin());
+    }
+  });
+  loop_.mainAsyncAfter(TimeInterval(0.030), WorkItem([&] { order.push_back(4); }));
+  loop_.mainAsyncAfter(TimeInterval(0.015), WorkItem([&] { order.push_back(2); }));
+  std::this_thread::sleep_for(50ms);
+  runUntil([&] { return order.size() >= 4; });
+  EXPECT_EQ(order, (std::vector{1, 2, 3, 4}));
 }
 
 TEST_F(GLibMainLoopTest, DelayedBlocksNeverRunEarlyAndRunInTheOrderOfTheirTimes) {
