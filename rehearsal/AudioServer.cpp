@@ -26,12 +26,16 @@ std::string descriptionProperty(const std::string& name) {
   return "sink_properties=\"device.description='" + requirePlain(name) + "'\"";
 }
 
-/// WirePlumber otherwise gives a device that is plugged in again its former volume, a moment later.
+/// Keeps WirePlumber from restoring the former volume of a device that is plugged in again.
+/// Version 0.4 reads the Lua file, 0.5 the other; each ignores the folder of the other.
 void forgetVolumes(const Session& session) {
-  const std::filesystem::path folder = session.home() / ".config/wireplumber/main.lua.d";
-  std::filesystem::create_directories(folder);
-  std::ofstream(folder / "45-forget-volumes.lua")
+  const std::filesystem::path folder = session.home() / ".config/wireplumber";
+  std::filesystem::create_directories(folder / "main.lua.d");
+  std::ofstream(folder / "main.lua.d/45-forget-volumes.lua")
       << "stream_defaults.properties[\"restore-props\"] = false\n";
+  std::filesystem::create_directories(folder / "wireplumber.conf.d");
+  std::ofstream(folder / "wireplumber.conf.d/forget-volumes.conf")
+      << "wireplumber.settings = { node.stream.restore-props = false }\n";
 }
 
 /// A killed server leaves its socket's file behind: only connecting tells whether one is there.
@@ -133,6 +137,18 @@ void AudioServer::load(Plugged& plugged) {
   }
   waitUntil([&] { return client_->source(plugged.source).has_value(); }, patience,
             "the source " + plugged.source);
+  makeWritable(plugged.source);
+}
+
+void AudioServer::makeWritable(const std::string& source) {
+  if (flavour_ == AudioFlavour::PulseAudio) return;
+  // A corked stream is not enough. A meter is, and no program takes it for a call.
+  RecordingStream(client_, source, RecordingStream::Kind::Meter);
+  const auto stopped = [&] {
+    const std::optional<SourceState> state = client_->source(source);
+    return state && !state->running;
+  };
+  waitUntil(stopped, patience, source + " to stop running");
 }
 
 void AudioServer::plug(const std::string& source, const std::string& name) {

@@ -50,6 +50,11 @@ class AudioServer {
   void plug(const std::string& source, const std::string& name);
   void unplug(const std::string& source);
 
+  /// For a virtual source that a test has loaded itself; plug() does it too. PipeWire 1.4 reports a
+  /// write to such a source only once a stream has run on it. Runs a meter on the source for a
+  /// moment; writes then take effect at once, even after the server has suspended the source.
+  void makeWritable(const std::string& source);
+
   /// What the speakerphone's mute button does: 0.0 is muted. Writing the present value again
   /// gives no event.
   void setVolume(double volume);

@@ -204,6 +204,7 @@ TEST_P(PulseAudioVolumeTest, ChannelsKeepTheirBalanceThroughVolumesAndSilence) {
   StereoHeadset headset(address(), GetParam());
   start();
   eventually([&] { return find("Stereo") != 0; });
+  server_->makeWritable("stereo");
   const AudioObjectID device = find("Stereo");
   headset.setVolumes(40000, 20000);
   eventuallyAt(device, 40000 * step);
