@@ -88,7 +88,9 @@ AudioStatus PulseAudioHardware::setPropertyData(AudioObjectID object,
   if (size != sizeof level) return audio::badPropertySize;
   std::memcpy(&level, data, sizeof level);
   if (std::isnan(level)) return audio::unsupportedOperation;
-  return writeVolume(*table_.find(object), std::clamp(level, 0.0F, 1.0F));
+  level = std::clamp(level, 0.0F, 1.0F);
+  table_.setUnconfirmedLevel(object, level);
+  return writeVolume(*table_.find(object), level);
 }
 
 RegistrationToken PulseAudioHardware::addPropertyListener(AudioObjectID object,
@@ -149,11 +151,24 @@ void PulseAudioHardware::onSource(pa_context*, const pa_source_info* info, int l
   hardware.announce();
 }
 
-void PulseAudioHardware::onStream(pa_context*, const pa_source_output_info* info, int last,
+void PulseAudioHardware::onStartedSource(pa_context*, const pa_source_info* info, int last,
+                                         void* self) {
+  auto& hardware = *static_cast<PulseAudioHardware*>(self);
+  if (last == 0) {
+    hardware.note(hardware.table_.setSource(*info));
+    hardware.repeatUnconfirmedWrite(info->index);
+  } else {
+    hardware.announce();
+  }
+}
+
+void PulseAudioHardware::onStream(pa_context* context, const pa_source_output_info* info, int last,
                                   void* self) {
   auto& hardware = *static_cast<PulseAudioHardware*>(self);
   if (last == 0) {
-    hardware.note(hardware.table_.setStream(*info));
+    PulseSourceTable::Changes changes = hardware.table_.setStream(*info);
+    hardware.readStartedSources(*context, changes);
+    hardware.note(std::move(changes));
   } else {
     hardware.announce();
   }
@@ -178,6 +193,25 @@ AudioStatus PulseAudioHardware::check(AudioObjectID object,
                               : address == audio::deviceName || address == audio::inputVolume ||
                                     address == audio::runningSomewhere;
   return known ? audio::noError : audio::unknownProperty;
+}
+
+void PulseAudioHardware::readStartedSources(pa_context& context,
+                                            const PulseSourceTable::Changes& changes) {
+  for (const AudioProperty& change : changes) {
+    const PulseSourceTable::Source* const source = table_.find(change.object);
+    if (change.address != audio::runningSomewhere || source == nullptr || !source->running)
+      continue;
+    if (!source->unconfirmedLevel) continue;
+    sent(pa_context_get_source_info_by_index(&context, source->index, &onStartedSource, this));
+  }
+}
+
+void PulseAudioHardware::repeatUnconfirmedWrite(std::uint32_t sourceIndex) {
+  const auto& sources = table_.sources();
+  const auto source = std::ranges::find(sources, sourceIndex, &PulseSourceTable::Source::index);
+  if (source == sources.end() || !source->running) return;
+  const std::optional<float> level = table_.takeUnconfirmedLevel(source->id);
+  if (level) writeVolume(*source, *level);
 }
 
 AudioStatus PulseAudioHardware::writeVolume(const PulseSourceTable::Source& source, float level) {

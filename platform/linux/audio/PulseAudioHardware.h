@@ -49,6 +49,12 @@ class PulseAudioHardware final : public AudioHardware, private PulseConnection::
   /// channel to 0; any other value sets the loudest channel, keeps the channels' balance and clears
   /// the mute switch. The switch is never set: programs in a call watch it and would mirror it.
   /// Status 0 means that the request was sent, not that the server has accepted it.
+  ///
+  /// A write may have no effect while no stream runs: PipeWire 1.4 reports a write to a virtual
+  /// source only once a stream has run on it. If the server has reported no change since our last
+  /// write when a stream starts, the source is read again, and if it is still unchanged the write
+  /// is repeated once. Any reported change, ours or another program's, cancels the repeat. The
+  /// value that arrives is always the last one written, but possibly long after the write.
   AudioStatus setPropertyData(AudioObjectID object, const AudioPropertyAddress& address,
                               std::uint32_t size, const void* data) override;
 
@@ -64,11 +70,15 @@ class PulseAudioHardware final : public AudioHardware, private PulseConnection::
   static void onEvent(pa_context* context, pa_subscription_event_type_t type, std::uint32_t index,
                       void* self);
   static void onSource(pa_context* context, const pa_source_info* info, int last, void* self);
+  static void onStartedSource(pa_context* context, const pa_source_info* info, int last,
+                              void* self);
   static void onStream(pa_context* context, const pa_source_output_info* info, int last,
                        void* self);
 
   void waitForDevices();
   AudioStatus check(AudioObjectID object, const AudioPropertyAddress& address) const;
+  void readStartedSources(pa_context& context, const PulseSourceTable::Changes& changes);
+  void repeatUnconfirmedWrite(std::uint32_t sourceIndex);
   AudioStatus writeVolume(const PulseSourceTable::Source& source, float level);
   void note(PulseSourceTable::Changes changes);
   void announce();

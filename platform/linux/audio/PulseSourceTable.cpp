@@ -102,6 +102,20 @@ PulseSourceTable::Changes PulseSourceTable::removeStream(std::uint32_t index) {
   return updateRunning();
 }
 
+void PulseSourceTable::setUnconfirmedLevel(AudioObjectID id, float level) {
+  if (Source* const source = findSource(id)) source->unconfirmedLevel = level;
+}
+
+std::optional<float> PulseSourceTable::takeUnconfirmedLevel(AudioObjectID id) {
+  Source* const source = findSource(id);
+  return source == nullptr ? std::nullopt : std::exchange(source->unconfirmedLevel, std::nullopt);
+}
+
+PulseSourceTable::Source* PulseSourceTable::findSource(AudioObjectID id) {
+  const auto found = std::ranges::find(sources_, id, &Source::id);
+  return found == sources_.end() ? nullptr : &*found;
+}
+
 PulseSourceTable::Changes PulseSourceTable::clear() {
   streams_.clear();
   return std::exchange(sources_, {}).empty() ? Changes{} : Changes{deviceListChange};
@@ -130,7 +144,8 @@ void PulseSourceTable::add(const pa_source_info& info) {
                       .volume = info.volume,
                       .audibleVolume = info.volume,
                       .muteSwitch = info.mute != 0,
-                      .running = hasStream(info.index)});
+                      .running = hasStream(info.index),
+                      .unconfirmedLevel = std::nullopt});
 }
 
 PulseSourceTable::Changes PulseSourceTable::update(Source& source, const pa_source_info& info) {
@@ -141,6 +156,10 @@ PulseSourceTable::Changes PulseSourceTable::update(Source& source, const pa_sour
     changes.push_back(deviceListChange);
   }
   const float before = source.inputVolume();
+  const bool sameSwitch = source.muteSwitch == (info.mute != 0);
+  if (!sameSwitch || !pa_cvolume_equal(&source.volume, &info.volume)) {
+    source.unconfirmedLevel = std::nullopt;
+  }
   source.volume = info.volume;
   source.muteSwitch = info.mute != 0;
   if (!pa_cvolume_is_muted(&info.volume)) source.audibleVolume = info.volume;

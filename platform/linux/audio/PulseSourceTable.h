@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,9 @@ class PulseSourceTable {
     pa_cvolume audibleVolume;
     bool muteSwitch;
     bool running;
+    /// The input volume that we last asked the server for, until it reports a change of the volume
+    /// or of the mute switch.
+    std::optional<float> unconfirmedLevel;
 
     /// The loudest channel as a fraction of 100 % on the server's own (cubic) scale, at most 1. It
     /// is exactly 0 if and only if the source is silent: its mute switch is on or every channel is
@@ -56,10 +60,17 @@ class PulseSourceTable {
   Changes setStream(const pa_source_output_info& info);
   Changes removeStream(std::uint32_t index);
 
+  /// Keeps `level` as the source's unconfirmed level. Does nothing without that source.
+  void setUnconfirmedLevel(AudioObjectID id, float level);
+
+  /// Returns the unconfirmed level of the source and forgets it; nullopt if there is none.
+  std::optional<float> takeUnconfirmedLevel(AudioObjectID id);
+
   /// Removes everything, after the connection was lost.
   Changes clear();
 
  private:
+  Source* findSource(AudioObjectID id);
   bool hasStream(std::uint32_t sourceIndex) const;
   Changes updateRunning();
   void add(const pa_source_info& info);

@@ -4,6 +4,7 @@
 #include <pulse/proplist.h>
 
 #include <memory>
+#include <optional>
 #include <set>
 
 namespace hushbox {
@@ -204,6 +205,35 @@ TEST_F(PulseSourceTableTest, SourceThatWasAlwaysSilentGetsEqualChannels) {
   plug();
   const pa_cvolume volume = only().volumeFor(1.0F);
   EXPECT_TRUE(pa_cvolume_channels_equal_to(&volume, PA_VOLUME_NORM));
+}
+
+TEST_F(PulseSourceTableTest, LevelStaysUnconfirmedUntilVolumeOrSwitchChanges) {
+  plug();
+  const AudioObjectID id = only().id;
+  table_.setUnconfirmedLevel(id, 0.5F);
+  info_.description = "Speakerphone";
+  plug();
+  EXPECT_EQ(only().unconfirmedLevel, 0.5F);
+  info_.volume = volumeOf({PA_VOLUME_NORM / 4});
+  plug();
+  EXPECT_EQ(only().unconfirmedLevel, std::nullopt);
+
+  table_.setUnconfirmedLevel(id, 0.5F);
+  info_.mute = 1;
+  plug();
+  EXPECT_EQ(only().unconfirmedLevel, std::nullopt);
+}
+
+TEST_F(PulseSourceTableTest, UnconfirmedLevelIsTheLastOneAndIsTakenOnce) {
+  plug();
+  const AudioObjectID id = only().id;
+  table_.setUnconfirmedLevel(id, 0.0F);
+  table_.setUnconfirmedLevel(id, 0.5F);
+  EXPECT_EQ(table_.takeUnconfirmedLevel(id), 0.5F);
+  EXPECT_EQ(table_.takeUnconfirmedLevel(id), std::nullopt);
+  table_.setUnconfirmedLevel(id, 0.5F);
+  table_.removeSource(info_.index);
+  EXPECT_EQ(table_.takeUnconfirmedLevel(id), std::nullopt);
 }
 
 TEST_F(PulseSourceTableTest, IsRunningFromTheFirstStreamToTheLast) {
