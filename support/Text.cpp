@@ -5,7 +5,7 @@
 namespace hushbox::text {
 namespace {
 
-/// For each byte offset of `text`, its end included, whether a character begins or ends there.
+/// For each byte offset in `text`, including its end, whether a character begins or ends there.
 std::vector<bool> characterBoundaries(std::string_view text) {
   std::vector<bool> boundaries(text.size() + 1, false);
   std::size_t offset = 0;
@@ -17,13 +17,13 @@ std::vector<bool> characterBoundaries(std::string_view text) {
   return boundaries;
 }
 
-/// Whether a byte comparison answers for whole characters: in ASCII only "\r\n" is longer than one
-/// byte.
+/// Whether comparing bytes is the same as comparing characters: in ASCII, only "\r\n" is a
+/// character of more than one byte.
 bool bytesAreCharacters(std::string_view text, std::string_view part) {
   return isAscii(text) && isAscii(part) && text.find('\r') == std::string_view::npos;
 }
 
-bool turnsWritingDirection(char32_t codePoint) {
+bool changesWritingDirection(char32_t codePoint) {
   return codePoint == 0x061C || codePoint == 0x200E || codePoint == 0x200F ||
          (codePoint >= 0x202A && codePoint <= 0x202E) ||
          (codePoint >= 0x2066 && codePoint <= 0x2069);
@@ -32,7 +32,7 @@ bool turnsWritingDirection(char32_t codePoint) {
 bool needsEscape(char32_t codePoint) {
   const bool isControl = codePoint < 0x20 || (codePoint >= 0x7F && codePoint <= 0x9F);
   const bool separatesLines = codePoint == 0x2028 || codePoint == 0x2029;
-  return isControl || separatesLines || turnsWritingDirection(codePoint);
+  return isControl || separatesLines || changesWritingDirection(codePoint);
 }
 
 void appendHex(std::string& text, char32_t value, int digits) {
@@ -60,37 +60,10 @@ void appendEscape(std::string& text, char32_t codePoint) {
 
 }  // namespace
 
-std::string decodeUtf8Lossy(std::string_view bytes) {
-  std::string text;
-  text.reserve(bytes.size());
-  for (const char32_t codePoint : CodePoints(bytes)) appendUtf8(text, codePoint);
-  return text;
-}
-
-bool isValidUtf8(std::string_view bytes) {
-  while (!bytes.empty()) {
-    const DecodedCodePoint next = decodeFirst(bytes);
-    if (!next.wellFormed) return false;
-    bytes.remove_prefix(next.length);
-  }
-  return true;
-}
-
-std::string lowercased(std::string_view text) {
-  std::string lower;
-  lower.reserve(text.size());
-  for (const char32_t codePoint : CodePoints(text)) {
-    appendUtf8(lower, simpleLowercase(codePoint));
-    // The only code point with a longer lower-case form.
-    if (codePoint == 0x0130) appendUtf8(lower, 0x0307);
-  }
-  return lower;
-}
-
 bool contains(std::string_view text, std::string_view needle) {
   if (bytesAreCharacters(text, needle)) return text.find(needle) != std::string_view::npos;
-  // Boundaries are those of the decomposed text, so that equivalent texts give equal answers. A
-  // match that begins and ends on one has the needle's own boundaries within.
+  // The boundaries are those of the decomposed text, so that equivalent texts give the same result.
+  // A match that begins and ends on a boundary has the same boundaries inside as the needle.
   const std::string searched = canonicallyDecomposed(text);
   const std::string sought = canonicallyDecomposed(needle);
   const std::vector<bool> boundaries = characterBoundaries(searched);

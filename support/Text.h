@@ -6,46 +6,35 @@
 
 #include "unicode/CodePoints.h"
 #include "unicode/Unicode.h"
+#include "unicode/Utf8.h"
 
-/// The rules for text that every room shares. Text is UTF-8, and what counts is what a user
-/// perceives as a character (an extended grapheme cluster): "Jabra" followed by a combining accent
-/// does not contain "Jabra". Canonically equivalent characters are the same: "e" with a combining
-/// acute equals the one code point U+00E9. Nothing here depends on a locale, fails, or reads out of
-/// bounds; malformed bytes count as U+FFFD. All functions are pure and may be called on any thread.
+/// Comparing and cleaning text, the same in every room. Text is UTF-8 and is compared by
+/// user-perceived characters (extended grapheme clusters): "Jabra" followed by a combining accent
+/// does not contain "Jabra". Canonically equivalent characters are equal: "e" followed by a
+/// combining acute accent equals U+00E9. Malformed bytes count as U+FFFD. Nothing here depends on
+/// the locale or fails. All functions are pure; any thread.
 ///
-/// Letter case counts everywhere. Where it must not, compare the lowercased() texts.
+/// Comparisons are case-sensitive. For others, compare the lowercased() texts.
 namespace hushbox::text {
 
-/// A well-formed copy of `bytes`: each maximal malformed subpart becomes one U+FFFD. A byte order
-/// mark and NUL bytes are kept.
-std::string decodeUtf8Lossy(std::string_view bytes);
-
-/// Whether `bytes` is well-formed UTF-8 to its end.
-bool isValidUtf8(std::string_view bytes);
-
-/// `text` in lower case by the full mappings that hold in every language and position: U+0130
-/// becomes "i" and U+0307; a capital sigma becomes U+03C3 also at the end of a word.
-std::string lowercased(std::string_view text);
-
-/// Whether `needle` occurs in `text` as a run of whole characters. The empty needle always does.
+/// Whether `needle` occurs in `text` as a run of whole characters. The empty needle always occurs.
 bool contains(std::string_view text, std::string_view needle);
 
-/// Whether `text` begins with the whole characters of `prefix`. Every text has the empty prefix.
+/// Whether `text` begins with the whole characters of `prefix`. The empty prefix always fits.
 bool hasPrefix(std::string_view text, std::string_view prefix);
 
 /// Whether `a` and `b` are canonically equivalent.
 bool equal(std::string_view a, std::string_view b);
 
-/// The non-empty pieces of `text` between the characters "\n". "\r\n" is one character and another
-/// one, so it does not split and stays inside its piece; neither does "\r" alone. The pieces are
-/// views into `text`.
+/// Returns the non-empty pieces of `text` between the characters "\n", as views into `text`. "\r\n"
+/// is a single character other than "\n", so it does not split; nor does "\r" alone.
 std::vector<std::string_view> splitLines(std::string_view text);
 
-/// `text` made safe to show on a terminal or in one line of a log: malformed bytes become U+FFFD;
-/// controls, line and paragraph separators and the marks that turn the writing direction are
-/// spelt out as \n, \r, \t, \xNN (other ASCII controls) or \u{NNNN}.
-/// For people to read, not to be read back: a backslash in the text stays as it is, because names
-/// with one should look the way the user knows them.
+/// Returns `text` safe to print on a terminal or as one line of a log. Malformed bytes become
+/// U+FFFD. Control characters, line and paragraph separators and the marks that change the writing
+/// direction are escaped as \n, \r, \t, \xNN (other ASCII controls) or \u{NNNN}. The result is for
+/// people and cannot be parsed back: a backslash stays as it is, so that a name that contains one
+/// looks familiar.
 std::string escapedForTerminal(std::string_view text);
 
 }  // namespace hushbox::text

@@ -4,15 +4,14 @@
 #include <iterator>
 #include <string_view>
 
-#include "unicode/Unicode.h"
+#include "unicode/Utf8.h"
 
 namespace hushbox::text {
 
-/// Walks the code points of a UTF-8 text: `for (char32_t codePoint : CodePoints(text))`.
+/// The code points of a UTF-8 text, to iterate over: `for (char32_t c : CodePoints(text))`.
 ///
-/// Never reads outside the text and never fails: each maximal malformed subpart reads as one
-/// U+FFFD, so that walking any bytes equals walking decodeUtf8Lossy() of them. The text is not
-/// copied and must outlive the walk.
+/// Each maximal malformed subpart reads as one U+FFFD. The text is not copied and must outlive this
+/// object and its iterators. Any thread.
 class CodePoints {
  public:
   class Iterator {
@@ -30,7 +29,7 @@ class CodePoints {
     char32_t operator*() const { return current_.codePoint; }
 
     /// The byte offset in the text at which the current code point begins; the text's size at the
-    /// end. Two of them cut a piece out of the text.
+    /// end.
     std::size_t offset() const { return offset_; }
 
     Iterator& operator++() {

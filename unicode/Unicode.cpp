@@ -5,10 +5,13 @@
 #include <iterator>
 #include <vector>
 
+#include "unicode/CodePoints.h"
+
 namespace hushbox::text {
 namespace {
 
-/// The classes of UAX #29 that decide where characters end, with Extended_Pictographic as one more.
+/// The values of Grapheme_Cluster_Break (UAX #29), plus Extended_Pictographic, which no code point
+/// with another value has.
 enum class GraphemeBreak : std::uint8_t {
   Other,
   CR,
@@ -32,24 +35,25 @@ struct CodePointRange {
   char32_t first, last;
 };
 
-/// Every class but Other and the precomposed Hangul syllables.
+/// Grapheme_Cluster_Break, except for Other and the precomposed Hangul syllables.
 struct GraphemeBreakRange {
   char32_t first, last;
   GraphemeBreak value;
 };
 
-/// Canonical_Combining_Class where it isn't 0.
+/// Canonical_Combining_Class, where it is not 0.
 struct CombiningClassRange {
   char32_t first, last;
   std::uint8_t value;
 };
 
-/// One step of canonical decomposition; `second` is 0 where a code point maps to one other.
+/// One step of canonical decomposition; `second` is 0 if the code point maps to a single one.
 struct Decomposition {
   char32_t codePoint, first, second;
 };
 
-/// Every `stride`th code point from `first` to `last` has its lower-case form `distance` away.
+/// For every `stride`th code point from `first` to `last`, the lower-case form is the code point
+/// plus `distance`.
 struct LowercaseRange {
   char32_t first, last;
   std::uint8_t stride;
@@ -58,7 +62,7 @@ struct LowercaseRange {
 
 #include "unicode/UnicodeTables.inc"
 
-/// The range of a sorted table that holds `codePoint`, or null.
+/// Returns the range of a sorted table that contains `codePoint`, or null.
 template <typename Range, std::size_t size>
 const Range* find(const Range (&ranges)[size], char32_t codePoint) {
   const Range* range =
@@ -87,7 +91,7 @@ GraphemeBreak graphemeBreak(char32_t codePoint) {
   return range != nullptr ? range->value : B::Other;
 }
 
-/// Rules GB3 to GB9b, which look at two neighbours only.
+/// Whether rules GB3 to GB9b, which look at two neighbouring code points only, forbid a break.
 bool joins(GraphemeBreak before, GraphemeBreak after) {
   const auto isControl = [](GraphemeBreak value) {
     return value == B::CR || value == B::LF || value == B::Control;
@@ -142,7 +146,7 @@ void appendDecomposed(std::vector<Mark>& marks, char32_t codePoint) {
   if (step->second != 0) appendDecomposed(marks, step->second);
 }
 
-/// Sorts each run of combining marks by class, keeping the order of equal ones.
+/// Sorts each run of combining marks by class; marks of equal class keep their order.
 void reorder(std::vector<Mark>& marks) {
   const auto isStarter = [](const Mark& mark) { return mark.combiningClass == 0; };
   for (auto run = marks.begin(); run != marks.end();) {
@@ -160,63 +164,12 @@ std::string_view unicodeVersion() {
   return databaseVersion;
 }
 
-DecodedCodePoint decodeFirst(std::string_view bytes) {
-  if (bytes.empty()) return {0, 0, true};
-  const auto byteAt = [bytes](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
-  const unsigned char lead = byteAt(0);
-  if (lead < 0x80) return {lead, 1, true};
-  if (lead < 0xC2 || lead > 0xF4) return {replacementCharacter, 1, false};
-
-  const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-  char32_t codePoint = lead & (0x7Fu >> length);
-  // The second byte's narrower range is what rules out overlong forms, surrogates and values beyond
-  // the last code point.
-  unsigned char lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
-  unsigned char highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-  for (std::size_t i = 1; i < length; ++i) {
-    if (i >= bytes.size() || byteAt(i) < lowest || byteAt(i) > highest) {
-      return {replacementCharacter, i, false};
-    }
-    codePoint = codePoint << 6 | (byteAt(i) & 0x3Fu);
-    lowest = 0x80;
-    highest = 0xBF;
-  }
-  return {codePoint, length, true};
-}
-
-void appendUtf8(std::string& text, char32_t codePoint) {
-  const bool isSurrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
-  if (isSurrogate || codePoint > 0x10FFFF) codePoint = replacementCharacter;
-  const auto append = [&text](char32_t byte) { text.push_back(static_cast<char>(byte)); };
-  const auto trailing = [codePoint](int shift) { return 0x80u | (codePoint >> shift & 0x3Fu); };
-  if (codePoint < 0x80) {
-    append(codePoint);
-  } else if (codePoint < 0x800) {
-    append(0xC0u | codePoint >> 6);
-    append(trailing(0));
-  } else if (codePoint < 0x10000) {
-    append(0xE0u | codePoint >> 12);
-    append(trailing(6));
-    append(trailing(0));
-  } else {
-    append(0xF0u | codePoint >> 18);
-    append(trailing(12));
-    append(trailing(6));
-    append(trailing(0));
-  }
-}
-
-bool isAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 std::size_t firstCharacterLength(std::string_view text) {
   DecodedCodePoint current = decodeFirst(text);
   std::size_t length = current.length;
   B before = graphemeBreak(current.codePoint);
-  // GB11 to GB13 look further back: to a pictograph with nothing but Extend and one ZWJ behind it,
-  // and to whether the regional indicator just read still lacks its second.
+  // GB11 to GB13 look further back: GB11 to a pictograph followed only by Extend and one ZWJ, GB12
+  // and GB13 to whether the preceding regional indicator is still unpaired.
   bool inEmoji = before == B::ExtendedPictographic;
   bool indicatorAlone = before == B::RegionalIndicator;
   while (length < text.size()) {
@@ -253,6 +206,17 @@ char32_t simpleLowercase(char32_t codePoint) {
   const LowercaseRange* range = find(lowercaseRanges, codePoint);
   if (range == nullptr || (codePoint - range->first) % range->stride != 0) return codePoint;
   return static_cast<char32_t>(static_cast<std::int32_t>(codePoint) + range->distance);
+}
+
+std::string lowercased(std::string_view text) {
+  std::string lower;
+  lower.reserve(text.size());
+  for (const char32_t codePoint : CodePoints(text)) {
+    appendUtf8(lower, simpleLowercase(codePoint));
+    // U+0130 is the only code point whose lower-case form has two code points.
+    if (codePoint == 0x0130) appendUtf8(lower, 0x0307);
+  }
+  return lower;
 }
 
 bool isDecimalDigit(char32_t codePoint) {

@@ -2,11 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <sstream>
@@ -15,36 +13,10 @@
 #include <utility>
 #include <vector>
 
+#include "tests/unicode/UnicodeFixture.h"
+
 namespace hushbox::text {
 namespace {
-
-using namespace std::string_literals;
-
-using CodePointList = std::vector<char32_t>;
-
-std::string utf8(const CodePointList& codePoints) {
-  std::string text;
-  for (const char32_t codePoint : codePoints) appendUtf8(text, codePoint);
-  return text;
-}
-
-std::string hex(char32_t codePoint) {
-  std::ostringstream text;
-  text << "U+" << std::hex << std::uppercase << static_cast<std::uint32_t>(codePoint);
-  return text.str();
-}
-
-bool isSurrogate(char32_t codePoint) {
-  return codePoint >= 0xD800 && codePoint <= 0xDFFF;
-}
-
-/// Leaves out surrogates and, for the time it takes, planes 4 to 13, where nothing is assigned.
-void forEachCodePoint(const std::function<void(char32_t)>& visit) {
-  for (char32_t codePoint = 0; codePoint <= 0x10FFFF; ++codePoint) {
-    if (codePoint == 0x40000) codePoint = 0xE0000;
-    if (!isSurrogate(codePoint)) visit(codePoint);
-  }
-}
 
 std::vector<std::string> characters(std::string_view text) {
   std::vector<std::string> result;
@@ -72,8 +44,8 @@ std::vector<std::string> splitAt(const std::string& line, char separator) {
 
 const std::string database = "/usr/share/unicode/";
 
-/// The content of a file of the Unicode Character Database, of which Debian compresses the large
-/// ones; empty where there is none.
+/// Returns the content of a file of the Unicode Character Database, or nothing if it is absent.
+/// Debian compresses the large files.
 std::string databaseFile(const std::string& name) {
   const std::string path = database + name;
   std::ostringstream content;
@@ -92,8 +64,8 @@ std::string databaseFile(const std::string& name) {
   return content.str();
 }
 
-/// The lines of such a file without comments; none where the machine has no copy of the database or
-/// one of another version, whose cases may differ.
+/// Returns the lines of such a file without comments. Returns none if this machine has no copy of
+/// the database, or one of another version than the compiled-in tables.
 std::vector<std::string> databaseLines(const std::string& name) {
   std::string title;
   std::getline(std::ifstream(database + "DerivedNormalizationProps.txt"), title);
@@ -107,7 +79,7 @@ std::vector<std::string> databaseLines(const std::string& name) {
   return lines;
 }
 
-/// A line in the notation of Unicode's own test file: "÷ 0061 × 0308 ÷ 0062 ÷".
+/// `line` is in the format of GraphemeBreakTest.txt: "÷ 0061 × 0308 ÷ 0062 ÷".
 void expectBreaks(const std::string& line) {
   std::istringstream words(line);
   std::vector<std::string> expected;
@@ -125,8 +97,8 @@ void expectBreaks(const std::string& line) {
   EXPECT_EQ(characters(whole), expected) << line;
 }
 
-/// A line in the notation of Unicode's own test file: five fields, the third the form D of the
-/// first three, the fifth that of the last two.
+/// `line` is in the format of NormalizationTest.txt: five fields, of which the third is form D of
+/// the first three and the fifth is form D of the last two.
 void expectDecompositions(const std::string& line) {
   const std::vector<std::string> fields = splitAt(line, ';');
   ASSERT_GE(fields.size(), 5u) << line;
@@ -136,78 +108,10 @@ void expectDecompositions(const std::string& line) {
   for (const int i : {3, 4}) EXPECT_EQ(canonicallyDecomposed(c[i]), c[4]) << line;
 }
 
-// Decoding
-
-TEST(Unicode, EveryCodePointSurvivesEncodingAndDecoding) {
-  forEachCodePoint([](char32_t codePoint) {
-    const std::string text = utf8({codePoint});
-    const DecodedCodePoint decoded = decodeFirst(text);
-    ASSERT_EQ(decoded.codePoint, codePoint);
-    ASSERT_EQ(decoded.length, text.size());
-    ASSERT_TRUE(decoded.wellFormed);
-  });
-}
-
-TEST(Unicode, EncodingUsesTheShortestForm) {
-  EXPECT_EQ(utf8({0x00, 0x7F}), "\x00\x7F"s);
-  EXPECT_EQ(utf8({0x80, 0x7FF}), "\xC2\x80\xDF\xBF");
-  EXPECT_EQ(utf8({0x800, 0xFFFF}), "\xE0\xA0\x80\xEF\xBF\xBF");
-  EXPECT_EQ(utf8({0x10000, 0x10FFFF}), "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
-}
-
-TEST(Unicode, WhatIsNoCodePointIsEncodedAsTheReplacementCharacter) {
-  for (const char32_t codePoint : {0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0x110000, 0x7FFFFFFF}) {
-    EXPECT_EQ(utf8({codePoint}), "\uFFFD");
-  }
-}
-
-TEST(Unicode, EmptyTextDecodesToNothingOfLengthZero) {
-  EXPECT_EQ(decodeFirst("").length, 0u);
-  EXPECT_TRUE(decodeFirst("").wellFormed);
-  EXPECT_EQ(firstCharacterLength(""), 0u);
-}
-
-TEST(Unicode, MalformedBytesDecodeToTheirMaximalSubpart) {
-  struct Case {
-    std::string bytes;
-    std::size_t length;
-  };
-  for (const Case& c : std::initializer_list<Case>{{"\x80", 1},
-                                                   {"\xBF", 1},
-                                                   {"\xC0\xAF", 1},
-                                                   {"\xC1\xBF", 1},
-                                                   {"\xC3", 1},
-                                                   {"\xC3(", 1},
-                                                   {"\xE0\x80\x80", 1},
-                                                   {"\xE0\x9F\xBF", 1},
-                                                   {"\xE2\x82", 2},
-                                                   {"\xE2\x82(", 2},
-                                                   {"\xED\xA0\x80", 1},
-                                                   {"\xED\xBF\xBF", 1},
-                                                   {"\xF0\x8F\xBF\xBF", 1},
-                                                   {"\xF0\x90\x80", 3},
-                                                   {"\xF1\x80", 2},
-                                                   {"\xF4\x90\x80\x80", 1},
-                                                   {"\xF5\x80\x80\x80", 1},
-                                                   {"\xF8\x88\x80\x80\x80", 1},
-                                                   {"\xFE", 1},
-                                                   {"\xFF", 1}}) {
-    const DecodedCodePoint decoded = decodeFirst(c.bytes);
-    EXPECT_EQ(decoded.codePoint, replacementCharacter);
-    EXPECT_EQ(decoded.length, c.length) << testing::PrintToString(c.bytes);
-    EXPECT_FALSE(decoded.wellFormed);
-  }
-}
-
-TEST(Unicode, TrueReplacementCharacterIsWellFormed) {
-  EXPECT_TRUE(decodeFirst("\uFFFD").wellFormed);
-  EXPECT_EQ(decodeFirst("\uFFFD").length, 3u);
-}
-
 // User-perceived characters
 
-// One line for each rule and each of its traps, so that they are checked on every machine.
-TEST(Unicode, CharactersBreakByEachRule) {
+// One line per rule and per pitfall, checked also where the database is absent.
+TEST(UnicodeTest, CharactersFollowEachRule) {
   for (const char* line : {"÷ 0061 ÷ 0062 ÷",
                            "÷ 000D × 000A ÷ 0061 ÷ 000A ÷ 0308 ÷",
                            "÷ 000D ÷ 000D × 000A ÷ 000A ÷",
@@ -251,21 +155,25 @@ TEST(Unicode, CharactersBreakByEachRule) {
   }
 }
 
-TEST(Unicode, CharactersBreakAsInUnicodesOwnTest) {
+TEST(UnicodeTest, CharactersMatchUnicodesTestFile) {
   const std::vector<std::string> lines = databaseLines("auxiliary/GraphemeBreakTest.txt");
   if (lines.empty()) GTEST_SKIP() << "no Unicode Character Database of the right version here";
   EXPECT_GE(lines.size(), 600u);
   for (const std::string& line : lines) expectBreaks(line);
 }
 
-TEST(Unicode, MalformedBytesBreakLikeTheReplacementCharacter) {
+TEST(UnicodeTest, EmptyTextHasNoFirstCharacter) {
+  EXPECT_EQ(firstCharacterLength(""), 0u);
+}
+
+TEST(UnicodeTest, MalformedBytesCountAsReplacementCharacters) {
   EXPECT_EQ(characters("a\xFF\u0301z"), (std::vector<std::string>{"a", "\xFF\u0301", "z"}));
   EXPECT_EQ(characters("\xE2\x82\xE2\x82"), (std::vector<std::string>{"\xE2\x82", "\xE2\x82"}));
 }
 
 // Normalisation
 
-TEST(Unicode, TextsDecomposeByEachRule) {
+TEST(UnicodeTest, DecompositionFollowsEachRule) {
   for (const char* line :
        {"00C8;00C8;0045 0300;00C8;0045 0300;",
         "1E14;1E14;0045 0304 0300;1E14;0045 0304 0300;",
@@ -294,7 +202,7 @@ TEST(Unicode, TextsDecomposeByEachRule) {
   }
 }
 
-TEST(Unicode, TextsDecomposeAsInUnicodesOwnTest) {
+TEST(UnicodeTest, DecompositionMatchesUnicodesTestFile) {
   const std::vector<std::string> lines = databaseLines("NormalizationTest.txt");
   if (lines.empty()) GTEST_SKIP() << "no Unicode Character Database of the right version here";
   EXPECT_GE(lines.size(), 19000u);
@@ -313,17 +221,17 @@ TEST(Unicode, TextsDecomposeAsInUnicodesOwnTest) {
   });
 }
 
-TEST(Unicode, MarksOfEqualClassKeepTheirOrderInLongRuns) {
+TEST(UnicodeTest, MarksOfEqualClassKeepTheirOrderInLongRuns) {
   std::string above;
   for (char32_t mark = 0x314; mark >= 0x300; --mark) appendUtf8(above, mark);
   EXPECT_EQ(canonicallyDecomposed("a" + above + "\u0323\u0323"), "a\u0323\u0323" + above);
 }
 
-TEST(Unicode, DecompositionReplacesMalformedBytes) {
+TEST(UnicodeTest, DecompositionReplacesMalformedBytes) {
   EXPECT_EQ(canonicallyDecomposed("\u00E9\xFF\xE2\x82"), "e\u0301\uFFFD\uFFFD");
 }
 
-TEST(Unicode, DecompositionKeepsEveryCharacterWhole) {
+TEST(UnicodeTest, DecompositionOfACharacterIsOneCharacter) {
   forEachCodePoint([](char32_t codePoint) {
     const std::string decomposed = canonicallyDecomposed(utf8({codePoint}));
     ASSERT_EQ(firstCharacterLength(decomposed), decomposed.size()) << hex(codePoint);
@@ -332,7 +240,7 @@ TEST(Unicode, DecompositionKeepsEveryCharacterWhole) {
 
 // Case and classes
 
-TEST(Unicode, LowercaseMapsLettersOfManyScripts) {
+TEST(UnicodeTest, SimpleLowercaseMapsLettersOfManyScripts) {
   const std::initializer_list<std::pair<char32_t, char32_t>> pairs = {
       {'A', 'a'},          {'Z', 'z'},         {'[', '['},         {'a', 'a'},
       {0xC4, 0xE4},        {0xD7, 0xD7},       {0xDF, 0xDF},       {0x100, 0x101},
@@ -346,7 +254,27 @@ TEST(Unicode, LowercaseMapsLettersOfManyScripts) {
   }
 }
 
-TEST(Unicode, DecimalDigitsAreThoseOfEveryScript) {
+TEST(UnicodeTest, LowercasingCoversEveryScript) {
+  EXPECT_EQ(lowercased(""), "");
+  EXPECT_EQ(lowercased("Unmute (Ctrl+Shift+M) 09 [@`{"), "unmute (ctrl+shift+m) 09 [@`{");
+  EXPECT_EQ(lowercased("\u00C4\u00D6\u00DC\u1E9E"), "\u00E4\u00F6\u00FC\u00DF");
+  EXPECT_EQ(lowercased("\u0412\u042B\u041A\u041B"), "\u0432\u044B\u043A\u043B");
+  EXPECT_EQ(lowercased("\U00010400"), "\U00010428");
+}
+
+TEST(UnicodeTest, LowercasingDependsOnNeitherLanguageNorPosition) {
+  EXPECT_EQ(lowercased("CHARGING"), "charging");
+  EXPECT_EQ(lowercased("\u0130I"), "i\u0307i");
+  EXPECT_EQ(lowercased("\u03A3\u0391\u03A3"), "\u03C3\u03B1\u03C3");
+}
+
+TEST(UnicodeTest, LowercasingKeepsCharactersWithoutCase) {
+  EXPECT_EQ(lowercased("\u2318 \u30DF\u30E5\u30FC\u30C8 \U0001F600"),
+            "\u2318 \u30DF\u30E5\u30FC\u30C8 \U0001F600");
+  EXPECT_EQ(lowercased("A\xFFZ"), "a\uFFFDz");
+}
+
+TEST(UnicodeTest, DecimalDigitsIncludeThoseOfEveryScript) {
   for (const char32_t digit : {0x30, 0x39, 0x660, 0x969, 0xFF10, 0x1D7CE, 0x1D7FF, 0x1FBF9}) {
     EXPECT_TRUE(isDecimalDigit(digit)) << hex(digit);
   }
@@ -355,13 +283,13 @@ TEST(Unicode, DecimalDigitsAreThoseOfEveryScript) {
   }
 }
 
-TEST(Unicode, DecimalDigitsComeInTens) {
+TEST(UnicodeTest, ThereAre680DecimalDigits) {
   int count = 0;
   forEachCodePoint([&](char32_t codePoint) { count += isDecimalDigit(codePoint); });
   EXPECT_EQ(count, 680);
 }
 
-TEST(Unicode, WhiteSpaceIsFourControlsAndTheSeparators) {
+TEST(UnicodeTest, WhiteSpaceIsFourControlCharactersAndTheSeparators) {
   CodePointList found;
   forEachCodePoint([&](char32_t codePoint) {
     if (isWhiteSpace(codePoint)) found.push_back(codePoint);
@@ -371,7 +299,7 @@ TEST(Unicode, WhiteSpaceIsFourControlsAndTheSeparators) {
                                   0x2009, 0x200A, 0x2028, 0x2029, 0x202F, 0x205F, 0x3000}));
 }
 
-TEST(Unicode, CaseAndDigitsAreThoseOfTheDatabaseForEveryCodePoint) {
+TEST(UnicodeTest, CaseAndDigitsOfEveryCodePointMatchTheDatabase) {
   const std::vector<std::string> lines = databaseLines("UnicodeData.txt");
   if (lines.empty()) GTEST_SKIP() << "no Unicode Character Database of the right version here";
   EXPECT_GE(lines.size(), 34000u);
