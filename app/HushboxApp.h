@@ -11,25 +11,26 @@
 
 namespace hushbox {
 
-/// The application: owns the one coordinator and shows its icon and menu. Main thread only.
+/// The application: owns the coordinator and shows its icon and menu. Main thread only.
 ///
-/// However many changes are announced in one turn of the loop, they cost one redraw, after the
-/// values have changed; an icon or a menu that comes out the same is not shown again.
+/// All changes announced in one turn of the loop cause one redraw, in a later turn, after the
+/// values have changed. An icon or menu that has not changed is not shown again.
 class HushboxApp {
  public:
   HushboxApp() = default;
   HushboxApp(const HushboxApp&) = delete;
   HushboxApp& operator=(const HushboxApp&) = delete;
 
-  /// Runs the application on the platform in scope until it is asked to end; returns the exit
+  /// Runs the application on the platform in scope until it is asked to quit. Returns the exit
   /// status, 0.
   static int main();
 
-  /// Shows the item with its menu; makes the coordinator, which starts all monitoring.
+  /// Creates the coordinator, which starts all monitoring, and shows the icon and the menu. Call it
+  /// once.
   void buildScene();
 
  private:
-  /// All that the icon depends on.
+  /// Everything that the icon depends on.
   struct Look {
     bool muted, connected, inCall;
     friend bool operator==(const Look&, const Look&) = default;

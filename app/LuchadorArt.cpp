@@ -3,7 +3,8 @@
 namespace hushbox {
 namespace {
 
-/// The mask is designed on 100 by 100 units, y downward, which make 18 points.
+/// Points per design unit: the mask is designed on 100 by 100 units, y downward, and shown at 18 by
+/// 18 points.
 constexpr double scale = 0.18;
 
 Path head() {
@@ -57,7 +58,7 @@ Path mask() {
   path.append(rightEye());
   path.append(mouth());
   path.append(diamond());
-  // What turns eyes, mouth and diamond into holes.
+  // The even-odd rule turns the eyes, the mouth and the diamond into holes.
   path.setWindingRule(Path::WindingRule::evenOdd);
   return path;
 }
@@ -68,7 +69,7 @@ void drawSlash(Canvas& canvas, Color color) {
   slash.lineTo({94, 94});
   slash.close();
   slash.setLineCap(Path::LineCap::round);
-  // A band is erased first, so that the slash stands apart from the mask.
+  // Erase a wider band first, to separate the slash from the mask.
   canvas.setBlendMode(BlendMode::clear);
   slash.setLineWidth(22);
   canvas.stroke(slash);

@@ -6,13 +6,13 @@
 
 namespace hushbox {
 
-/// The art of the menu-bar item: a wrestler's mask. Stateless; main thread only.
+/// Draws the menu-bar icon, a wrestler's mask. Stateless; main thread only.
 class LuchadorArt {
  public:
   LuchadorArt() = delete;
 
-  /// The mask, 18 by 18 points: slashed when `muted`, at 40 % opacity when not `connected`, in
-  /// `tint`, or without one in black as a template that the menu bar recolours.
+  /// Returns the mask, 18 by 18 points: slashed if `muted`, at 40 % opacity unless `connected`. It
+  /// is drawn in `tint`; without a tint it is a black template that the menu bar recolours.
   static Image menuBarImage(bool muted, bool connected, std::optional<Color> tint);
 };
 

@@ -10,9 +10,9 @@
 namespace hushbox {
 namespace {
 
-/// A refused change is followed by one that asks for the state there is, which may be refused too;
-/// a system that contradicts itself each time is not argued with for ever.
-constexpr int launchAtLoginChangeLimit = 4;
+/// After a refusal the switch returns to the system's state, which is a change too and may be
+/// refused as well. The bound ends the exchange with a system that contradicts itself each time.
+constexpr int maxLaunchAtLoginChanges = 4;
 
 bool launchesAtLogin() {
   return platform().loginItem.status() == LoginItem::Status::enabled;
@@ -43,7 +43,7 @@ std::vector<MenuRow> MenuContent::rows() {
   std::vector<MenuRow> rows;
   rows.push_back(textRow(callLine(), true));
   if (coordinator_.battery().level()) rows.push_back(textRow(batteryLine(), true));
-  // What has been noted holds names and times: never looked up for translation.
+  // Not localised: the status line contains the time of day.
   rows.push_back(textRow(coordinator_.lastEvent(), false));
   rows.push_back(separator());
   if (!platform().accessibility.isProcessTrusted()) {
@@ -80,7 +80,7 @@ void MenuContent::grantAccessibility() {
 }
 
 void MenuContent::setLaunchAtLogin(bool value) {
-  for (int change = 0; change < launchAtLoginChangeLimit; ++change) {
+  for (int change = 0; change < maxLaunchAtLoginChanges; ++change) {
     launchAtLogin_ = value;
     LoginItem& item = platform().loginItem;
     if (value ? item.registerItem() : item.unregisterItem()) return;

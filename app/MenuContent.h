@@ -11,20 +11,20 @@
 
 namespace hushbox {
 
-/// The menu beneath the mask: status lines, the Accessibility prompt while it is needed, the
-/// launch-at-login switch and quit. Main thread only; `coordinator` must outlive it.
+/// The menu: status lines, a button that grants the Accessibility permission while it is missing,
+/// the launch-at-login switch and Quit. Main thread only; `coordinator` must outlive it.
 class MenuContent {
  public:
   explicit MenuContent(const MuteCoordinator& coordinator);
 
-  /// Announces a change of the switch before it happens. The coordinator announces the rest.
+  /// Announces a change of the switch before it happens. The coordinator announces everything else.
   ChangePublisher objectWillChange;
 
-  /// The rows as they are to be shown now; every condition is looked at afresh. Their actions do
-  /// nothing once this is gone.
+  /// Returns the rows to show now; reads every condition again. The rows' actions do nothing once
+  /// this object is destroyed.
   std::vector<MenuRow> rows();
 
-  /// The first row: in words, what the icon shows.
+  /// Returns the text of the first row, which says what the icon shows.
   std::string callLine() const;
 
   /// Whether the launch-at-login switch is on.

@@ -30,7 +30,7 @@ void BatteryMonitor::refresh(std::function<void()> completion) {
                                     completion = std::move(completion)]() mutable {
     const auto reading = read(nameMatch);
     const std::weak_ptr<BatteryMonitor> monitor = self;
-    // Before the hop: a monitor that nobody else holds is gone by the time the main thread looks.
+    // Released before the hop, so that the hop does not keep an otherwise unused monitor alive.
     self.reset();
     platform().mainLoop.mainAsync([monitor, reading, completion = std::move(completion)] {
       const auto alive = monitor.lock();
@@ -51,7 +51,7 @@ std::optional<BatteryReading> BatteryMonitor::read(const std::string& nameMatch)
   tool->setExecutablePath("/usr/bin/pmset");
   tool->setArguments({"-g", "accps"});
   if (!tool->launch()) return std::nullopt;
-  // In this order: a child that writes more than the pipe holds ends only once it is read.
+  // Read before waiting: a child that writes more than the pipe holds exits only once it is read.
   const std::string output = tool->readDataToEndOfFile();
   tool->waitUntilExit();
   return parseBatteryReading(output, nameMatch);

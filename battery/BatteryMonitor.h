@@ -14,38 +14,38 @@
 
 namespace hushbox {
 
-/// Keeps the headset's battery state current: reads it when made, every 60 seconds, and on demand.
+/// Publishes the level and charging state of the headset's battery. Reads them when created, every
+/// 60 seconds, and on demand.
 ///
-/// Main thread only, but for the reading itself, which blocks while the power-management tool runs
-/// and therefore has a background thread to itself. It is shared so that a reading under way can
-/// keep the monitor alive until it ends; if nobody else wants it by then, it goes there and then,
-/// and nothing is published.
+/// Main thread only, except that the power-management tool is run and read on a utility thread,
+/// where it may block. A reading in progress keeps the monitor alive until the tool has finished.
+/// If that was the last reference, the monitor is destroyed on that thread and publishes nothing.
 class BatteryMonitor : public std::enable_shared_from_this<BatteryMonitor> {
-  /// Only `make` can make one: the first reading already needs a shared owner.
+  /// Makes `make` the only way to create one: the first reading already needs a shared owner.
   struct Private {
     explicit Private() = default;
   };
 
  public:
-  /// A monitor of the first accessory whose line of the tool's report contains `nameMatch`; its
-  /// first reading is under way and its timer runs.
+  /// Creates a monitor of the first accessory whose line in the tool's report contains `nameMatch`,
+  /// starts the first reading and schedules the timer.
   static std::shared_ptr<BatteryMonitor> make(std::string nameMatch);
 
   BatteryMonitor(Private, std::string nameMatch);
 
-  /// Announces each change of the two members below before it happens: with every reading that
-  /// comes in, also of equal values.
+  /// Announces the assignment of each of the two members below before it happens: twice per
+  /// reading, even if the values stay equal.
   ChangePublisher objectWillChange;
 
-  /// In percent; empty when the last reading failed or none has come in yet.
+  /// In percent; empty before the first reading and after a failed one.
   std::optional<std::int64_t> level() const { return level_.get(); }
 
-  /// False when the last reading failed.
+  /// False before the first reading and after a failed one.
   bool isCharging() const { return isCharging_.get(); }
 
-  /// Starts a reading and returns at once. `completion`, which may be empty, is called when the
-  /// members hold the new reading, failed ones included; never once the monitor is gone. Readings
-  /// may overtake each other: the last to end wins.
+  /// Starts a reading and returns at once. `completion`, which may be empty, is called on the main
+  /// thread after the members were assigned, whether or not the reading succeeded, but not after
+  /// the monitor is destroyed. Readings may overlap; the last one to finish wins.
   void refresh(std::function<void()> completion);
 
  private:
@@ -54,7 +54,7 @@ class BatteryMonitor : public std::enable_shared_from_this<BatteryMonitor> {
 
   Published<std::optional<std::int64_t>> level_{objectWillChange, std::nullopt};
   Published<bool> isCharging_{objectWillChange, false};
-  /// Nothing is recorded through it so far: a missing battery is no event.
+  /// Unused so far: a missing battery is not worth a log record.
   [[maybe_unused]] Log log_{"battery"};
   std::string nameMatch_;
   RegistrationToken timer_;

@@ -14,8 +14,8 @@ struct Match {
   std::string_view stateWord;
 };
 
-/// The leftmost match of (\d+)%;\s*([^;\s]+) in the line. No part of it can give characters back to
-/// the next one, so one pass over each run of digits settles it.
+/// Returns the leftmost match of (\d+)%;\s*([^;\s]+) in the line. The character after each part
+/// cannot belong to that part, so the match needs no backtracking.
 std::optional<Match> findLevelAndState(std::string_view line) {
   const text::CodePoints codePoints(line);
   const auto end = codePoints.end();
@@ -42,7 +42,7 @@ std::optional<Match> findLevelAndState(std::string_view line) {
   return std::nullopt;
 }
 
-/// ASCII digits only, within 64 bits.
+/// Returns nullopt unless the digits are all ASCII and the number fits in 64 bits.
 std::optional<std::int64_t> decimalNumber(std::string_view digits) {
   std::int64_t number = 0;
   const char* end = digits.data() + digits.size();

@@ -14,10 +14,10 @@ namespace {
 
 constexpr TimeInterval pollInterval{1.0};
 
-/// How long Teams is left alone after it could not be read: a search is costly.
+/// How long the poll pauses after a failed read of Teams: a search of its tree is expensive.
 constexpr std::chrono::seconds searchPause{5};
 
-/// In percent; a call that starts below it warns.
+/// In percent; a call that starts below this level causes a warning.
 constexpr std::int64_t lowBatteryThreshold = 30;
 
 struct Action {
@@ -61,7 +61,7 @@ MuteCoordinator::MuteCoordinator() {
   Notifier::requestAuthorization();
   pollTimer_ = platform().mainLoop.scheduleRepeating(
       pollInterval, [poll = lifetime_.weakly([this] { pollTeams(); })] {
-        // Off the main thread everything below would be a data race.
+        // On any other thread the poll would be a data race.
         if (!platform().mainLoop.isMainThread()) std::abort();
         poll();
       });

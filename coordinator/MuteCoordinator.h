@@ -18,34 +18,38 @@
 
 namespace hushbox {
 
-/// The centre of the program: turns the presses of the speakerphone's button into presses of the
-/// microphone button in Teams, makes the speakerphone follow Teams during a call, warns when a call
-/// starts on a low battery, and publishes what the menu and its icon show.
+/// The centre of the program. It turns presses of the speakerphone's button into presses of Teams'
+/// microphone button, makes the speakerphone follow Teams during a call, warns when a call starts
+/// on a low battery, and publishes what the menu and the icon show.
 ///
-/// There is one, for the life of the process. Main thread only; it blocks there while Teams is
-/// asked. Nothing in it fails: what the user should know becomes the status line.
+/// The process has one, from start to exit. Main thread only; it blocks there during accessibility
+/// calls to Teams. Nothing here fails: what the user should know becomes the status line.
 class MuteCoordinator {
  public:
   MuteCoordinator();
   MuteCoordinator(const MuteCoordinator&) = delete;
   MuteCoordinator& operator=(const MuteCoordinator&) = delete;
 
-  /// Announces every change of the members below and of both monitors, before it happens.
+  /// Announces every assignment of the members below and every change of both monitors, before it
+  /// happens.
   ChangePublisher objectWillChange;
 
   const JabraMonitor& jabra() const { return jabra_; }
   const BatteryMonitor& battery() const { return *battery_; }
 
-  /// The status line: what happened last, behind the time of day.
+  /// The status line: the time of day, two spaces and what happened last. Without the time before
+  /// the first event.
   const std::string& lastEvent() const { return lastEvent_.get(); }
 
-  /// Teams' mute state as last known; empty when unknown or no call is up.
+  /// Teams' mute state as last read or set; empty if unknown, and outside a call from the next poll
+  /// on.
   std::optional<bool> teamsMuted() const { return teamsMuted_.get(); }
 
-  /// The answer to "am I muted?": Teams' state when known, else the headset's, else false.
+  /// Whether the user is muted: Teams' state if known, else the headset's, else false.
   bool isMuted() const;
 
-  /// The mask in its present state: red or green during a call, else a template.
+  /// Returns the icon for the current state: red if muted in a call, green if live, else a
+  /// template.
   Image menuBarIcon() const;
 
  private:
@@ -62,7 +66,7 @@ class MuteCoordinator {
   Log log_{"coordinator"};
   std::vector<Subscription> cancellables_;
   RegistrationToken pollTimer_;
-  /// Until then Teams is left alone, because it could not be read.
+  /// The poll does not read Teams before this moment, because the last read failed.
   Instant nextSearch_ = distantPast;
   Lifetime lifetime_;
 };

@@ -2,14 +2,14 @@
 
 namespace hushbox {
 
-/// What a press of the speakerphone's mute button meant.
+/// What a press of the speakerphone's mute button did.
 enum class ButtonEvent {
-  /// The device muted itself and stayed muted for the whole bounce window.
+  /// The input volume dropped to zero and stayed there for the whole bounce window.
   muted,
-  /// The input volume came back from zero, or was first seen above it.
+  /// The input volume rose above zero while the device was believed muted or its state was unknown.
   unmuted,
-  /// The volume went to zero and came back within the bounce window: the calling host put it back,
-  /// so only that there was a press is known.
+  /// The input volume dropped to zero and rose again within the bounce window, because the calling
+  /// program restored it. The button was pressed; which state the user meant is unknown.
   toggled
 };
 

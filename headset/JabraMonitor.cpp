@@ -13,14 +13,14 @@ namespace {
 
 constexpr Log log{"jabra"};
 
-/// What the speakerphone's name contains.
+/// A device is the speakerphone if its name contains this.
 constexpr std::string_view nameMatch = "Jabra";
 
-/// How long a drop to zero must last before it counts as a mute; hosts that put the volume back do
-/// so well within it.
+/// How long a drop to zero must last to count as a mute. Calling programs that restore the volume
+/// do so well within this time.
 constexpr TimeInterval bounceWindow{0.3};
 
-/// How long after our own write a change counts as its echo.
+/// For how long after our own write a volume change counts as its echo.
 constexpr std::chrono::milliseconds selfChangeWindow{500};
 
 }  // namespace
@@ -39,7 +39,7 @@ void JabraMonitor::setMuted(bool muted) {
     if (const auto volume = inputVolume(); volume && *volume > 0.0F) restoreVolume_ = *volume;
     level = 0.0F;
   }
-  // Before the write, so that the notification it causes falls inside the window.
+  // Set before the write, so that the notification that it causes falls inside the window.
   lastSelfChange_ = platform().mainLoop.now();
   isMuted_ = muted;
   const AudioStatus status =
@@ -93,7 +93,7 @@ void JabraMonitor::detach() {
 std::optional<AudioObjectID> JabraMonitor::findJabraInput() const {
   AudioHardware& hardware = platform().audio;
   std::uint32_t size = 0;
-  // Neither status matters: a failed read leaves zeros or nothing, which match nothing.
+  // Both statuses are ignored: a failed read leaves an empty list or zeros, which match no device.
   hardware.getPropertyDataSize(audio::systemObject, audio::deviceList, size);
   std::vector<AudioObjectID> devices(size / sizeof(AudioObjectID));
   size = static_cast<std::uint32_t>(devices.size() * sizeof(AudioObjectID));
@@ -134,7 +134,7 @@ void JabraMonitor::volumeChanged() {
   if (!deviceID_) return;
   const auto volume = inputVolume();
   if (!volume) return;
-  // Our own writes count too: unmuting must not bring back a level that is no longer set.
+  // Our own writes count too, so that unmuting restores the level that was set last.
   if (*volume > 0.0F) restoreVolume_ = *volume;
   const bool selfInitiated = platform().mainLoop.now() - lastSelfChange_ < selfChangeWindow;
   log.info("Jabra input volume %f -> muted=%{bool}d selfInitiated=%{bool}d", *volume,
@@ -149,7 +149,7 @@ void JabraMonitor::volumeChanged() {
 
 void JabraMonitor::droppedToZero() {
   if (isMuted() == true) return;
-  // The first drop's window keeps running.
+  // A second drop does not restart the window.
   if (pendingMute_) return;
   pendingMute_.emplace(lifetime_.weakly([this] {
     pendingMute_ = std::nullopt;

@@ -14,50 +14,51 @@
 
 namespace hushbox {
 
-/// Finds the speakerphone among the audio devices, follows it as it comes and goes, and turns what
-/// its mute button does to its input volume into button events.
+/// Finds the speakerphone among the audio devices, follows it as it is unplugged and plugged in,
+/// and infers presses of its mute button from changes of its input volume.
 ///
-/// The device gives the computer no button events of its own: a press drives its input volume to
-/// zero, the next one brings it back, and some calling hosts put the volume straight back when they
-/// see it drop. A drop therefore waits out the bounce window before it counts as a mute.
+/// The device reports no button events to the computer. A press sets its input volume to zero and
+/// the next press restores it. Some calling programs restore the volume themselves as soon as it
+/// drops. A drop therefore counts as a mute only after the bounce window of 0.3 seconds.
 ///
-/// Main thread only. Listeners, timers and work items hold the monitor weakly and are left in place
-/// when it goes.
+/// Main thread only. Listeners and work items hold the monitor weakly and stay in place when it is
+/// destroyed.
 class JabraMonitor {
  public:
-  /// Starts watching the device list, and attaches to the speakerphone at once if it is there.
+  /// Starts watching the device list and attaches to the speakerphone at once if it is present.
   JabraMonitor();
   JabraMonitor(const JabraMonitor&) = delete;
   JabraMonitor& operator=(const JabraMonitor&) = delete;
 
-  /// Announces each change of the three members below before it happens.
+  /// Announces each assignment of the three members below before it happens.
   ChangePublisher objectWillChange;
 
-  /// Name of the attached device; empty when there is none.
+  /// The name of the attached device; absent without a device.
   const std::optional<std::string>& deviceName() const { return deviceName_.get(); }
 
-  /// Whether the device is believed muted; empty while that is unknown.
+  /// Whether the device is believed to be muted; empty while that is unknown.
   std::optional<bool> isMuted() const { return isMuted_.get(); }
 
-  /// Whether some process is using the device: a call is up.
+  /// Whether a process is using the device's input, which is taken for a call.
   bool isInCall() const { return isInCall_.get(); }
 
-  /// Called on each press of the mute button. May be empty.
+  /// Called for each press of the mute button, after `isMuted` has changed. May be empty.
   std::function<void(ButtonEvent)> onButton;
 
-  /// Called when the device goes from not in use to in use. May be empty.
+  /// Called when a process starts using the device, but not if one already does when the device is
+  /// attached. May be empty.
   std::function<void()> onCallStarted;
 
-  /// Mutes or unmutes the device so that it follows Teams; raises no button event. Does nothing
-  /// without a device, or when the device is known to be in that state. A refused write shows in
-  /// the log only, and the belief stays as asked for.
+  /// Mutes or unmutes the device by writing its input volume; never calls `onButton`. Does nothing
+  /// without a device or if the device is known to be in that state. A failed write is only logged;
+  /// `isMuted` keeps the requested state.
   void setMuted(bool muted);
 
  private:
   void attach();
   void detach();
   std::optional<AudioObjectID> findJabraInput() const;
-  /// The device's name; empty when it cannot be read.
+  /// Returns the device's name, or the empty string if it cannot be read.
   std::string name(AudioObjectID device) const;
   std::optional<float> inputVolume() const;
   bool isRunning() const;
@@ -76,10 +77,10 @@ class JabraMonitor {
   RegistrationToken runningListener_;
   /// When we last wrote the device's volume.
   Instant lastSelfChange_ = distantPast;
-  /// The last input volume above zero: what unmuting writes back.
+  /// The last input volume seen above zero, 0 to 1; unmuting writes it back.
   float restoreVolume_ = 0.6F;
-  /// A mute that is waiting out the bounce window. It ends by running or by bouncing back, not by
-  /// the device going away.
+  /// The mute that waits for the end of the bounce window. It ends by running or when the volume
+  /// rises; unplugging the device does not cancel it.
   std::optional<WorkItem> pendingMute_;
   Lifetime lifetime_;
 };

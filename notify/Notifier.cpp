@@ -11,12 +11,10 @@
 namespace hushbox {
 namespace {
 
-const Log& log() {
-  static const Log notifyLog{"notify"};
-  return notifyLog;
-}
+constexpr Log log{"notify"};
 
-/// A random UUID (version 4) in its canonical form: upper-case hexadecimal with hyphens.
+/// Returns a random UUID (version 4) as upper-case hexadecimal digits with hyphens, the form that
+/// macOS gives them.
 std::string randomUUID() {
   constexpr std::string_view digits = "0123456789ABCDEF";
   std::random_device random;
@@ -39,15 +37,15 @@ void Notifier::requestAuthorization() {
   platform().notifications.requestAuthorization(
       notificationAlert | notificationSound,
       [](bool granted, const std::optional<std::string>& error) {
-        log().info("Notification permission granted=%{bool}d error=%{public}s", granted,
-                   error.value_or("none"));
+        log.info("Notification permission granted=%{bool}d error=%{public}s", granted,
+                 error.value_or("none"));
       });
 }
 
 void Notifier::post(const std::string& title, const std::string& body) {
   platform().notifications.add({randomUUID(), title, body, /*defaultSound=*/true},
                                [](std::optional<std::string> error) {
-                                 if (error) log().error("Notification failed: %{public}s", *error);
+                                 if (error) log.error("Notification failed: %{public}s", *error);
                                });
 }
 

@@ -4,17 +4,17 @@
 
 namespace hushbox {
 
-/// Shows user notifications. Any thread; both operations return at once, and what becomes of them
-/// is told by the log only.
+/// Shows user notifications. Any thread; both operations return at once and report their outcome
+/// only in the log.
 class Notifier {
  public:
   Notifier() = delete;
 
-  /// Asks the user once for permission to show alerts with sound. A refusal is not remembered:
-  /// later notifications are tried all the same.
+  /// Requests permission to show alerts with sound. The answer is not stored: `post` tries even
+  /// after a refusal.
   static void requestAuthorization();
 
-  /// Shows a notification of its own, with the default sound, at once. Nothing is retried.
+  /// Shows a new notification at once, with the default sound. A failure is not retried.
   static void post(const std::string& title, const std::string& body);
 };
 

@@ -8,21 +8,22 @@
 
 namespace hushbox {
 
-/// Identifies an audio object; never handed out twice in the life of the process, 0 is no object.
+/// Identifies an audio object; 0 is not an object. A device that is unplugged and plugged in again
+/// is a new object.
 using AudioObjectID = std::uint32_t;
 
-/// The status of a call: 0 is the only success.
+/// The status of a call. Only 0 means success.
 using AudioStatus = std::int32_t;
 
-/// A four-character code as the audio hardware interface writes its selectors and errors.
+/// The value of a four-character code, the form in which Core Audio writes selectors and errors.
 consteval std::uint32_t fourCharacterCode(const char (&code)[5]) {
   std::uint32_t value = 0;
   for (int i = 0; i < 4; ++i) value = value << 8 | static_cast<unsigned char>(code[i]);
   return value;
 }
 
-/// Names one property of an audio object. Figures from the audio hardware interface's
-/// documentation.
+/// Names one property of an audio object, in the terms of macOS's AudioHardware.h, where the values
+/// below come from.
 struct AudioPropertyAddress {
   std::uint32_t selector;
   std::uint32_t scope;
@@ -40,16 +41,16 @@ inline constexpr std::uint32_t scopeGlobal = fourCharacterCode("glob");
 inline constexpr std::uint32_t scopeInput = fourCharacterCode("inpt");
 inline constexpr std::uint32_t elementMain = 0;
 
-/// On the system object: the devices, an array of 32-bit identifiers.
+/// On the system object: the devices, an array of AudioObjectID.
 inline constexpr AudioPropertyAddress deviceList{fourCharacterCode("dev#"), scopeGlobal,
                                                  elementMain};
-/// On a device: its name, a text (read it with `getPropertyText`).
+/// On a device: its name, read with `getPropertyText`.
 inline constexpr AudioPropertyAddress deviceName{fourCharacterCode("lnam"), scopeGlobal,
                                                  elementMain};
 /// On a device: its input volume, a 32-bit float from 0 to 1.
 inline constexpr AudioPropertyAddress inputVolume{fourCharacterCode("volm"), scopeInput,
                                                   elementMain};
-/// On a device: whether any process is using it, 32-bit unsigned, non-zero when running.
+/// On a device: whether any process is using it, a 32-bit unsigned integer, non-zero if so.
 inline constexpr AudioPropertyAddress runningSomewhere{fourCharacterCode("gone"), scopeGlobal,
                                                        elementMain};
 
@@ -59,47 +60,51 @@ inline constexpr AudioStatus badObject = static_cast<AudioStatus>(fourCharacterC
 inline constexpr AudioStatus badPropertySize = static_cast<AudioStatus>(fourCharacterCode("!siz"));
 inline constexpr AudioStatus unsupportedOperation =
     static_cast<AudioStatus>(fourCharacterCode("unop"));
-/// The audio server does not answer, or there is none.
+/// The audio server is absent or does not reply.
 inline constexpr AudioStatus hardwareNotRunning =
     static_cast<AudioStatus>(fourCharacterCode("stop"));
 
 }  // namespace audio
 
-/// The audio devices, seen as objects with properties. Main thread only.
+/// The audio devices as objects with properties. Main thread only.
 ///
-/// Sizes are in bytes. Where a status other than 0 comes back, the output must not be used.
+/// Sizes are in bytes. The output is valid only if the call returns 0.
 class AudioHardware {
  public:
   virtual ~AudioHardware() = default;
 
+  /// Whether the object exists and has the property.
   virtual bool hasProperty(AudioObjectID object, const AudioPropertyAddress& address) = 0;
 
-  /// Puts the size of the property's present value into `size`.
+  /// Sets `size` to the size of the property's current value.
   virtual AudioStatus getPropertyDataSize(AudioObjectID object, const AudioPropertyAddress& address,
                                           std::uint32_t& size) = 0;
 
-  /// Reads the property into `data`. `size` is the room on entry and what was written on return.
+  /// Reads the property into `data`. `size` is the capacity on entry and the number of bytes
+  /// written on return. A list is cut to the capacity; a scalar that does not fit is an error.
   virtual AudioStatus getPropertyData(AudioObjectID object, const AudioPropertyAddress& address,
                                       std::uint32_t& size, void* data) = 0;
 
-  /// Reads a property whose value is a text object, as UTF-8. A value that is absent or no text is
-  /// a failure too.
+  /// Reads a property whose value is text, as UTF-8. Fails if the value is absent or not text.
   virtual AudioStatus getPropertyText(AudioObjectID object, const AudioPropertyAddress& address,
                                       std::string& text) = 0;
 
-  /// Asks for a new value. The change is made known through the listeners, later and on the loop,
-  /// to the one who wrote as to everybody else.
+  /// Requests a new value. 0 means that the request was made; a read right after it may still
+  /// return the old value. A change calls every listener of the property, the writer's included,
+  /// later and from the main loop.
   virtual AudioStatus setPropertyData(AudioObjectID object, const AudioPropertyAddress& address,
                                       std::uint32_t size, const void* data) = 0;
 
-  /// Calls `listener` on the main loop after each change of the property; one call may stand for
-  /// several changes. The listener stays in place until it is removed or the object is gone; a call
-  /// that was under way at the removal may still arrive once. Empty when it could not be added.
+  /// Calls `listener` from the main loop after each change of the property; several changes may be
+  /// reported by one call. The listener stays until it is removed or the object disappears,
+  /// whatever becomes of the token. A call already queued at its removal may still arrive. Returns
+  /// an empty token on failure.
   virtual RegistrationToken addPropertyListener(AudioObjectID object,
                                                 const AudioPropertyAddress& address,
                                                 std::function<void()> listener) = 0;
 
-  /// Takes away what `addPropertyListener` gave for the same object and address.
+  /// Removes the listener that `addPropertyListener` added for the same object and address. Fails
+  /// if the object no longer exists.
   virtual AudioStatus removePropertyListener(AudioObjectID object,
                                              const AudioPropertyAddress& address,
                                              RegistrationToken listener) = 0;

@@ -4,34 +4,36 @@
 
 namespace hushbox {
 
-/// The colours that the program draws in, by their role; the platform knows what they look like.
+/// The colours that the program draws in, by role; the platform chooses the shades.
 enum class Color { black, systemRed, systemGreen };
 
 enum class BlendMode { normal, clear };
 
-/// A 2-D vector context: what an image's drawing handler draws on. Main thread only; the handler
-/// must not keep it.
+/// A 2-D vector context that an image's drawing handler draws on. Main thread only; valid during
+/// the handler's call.
 ///
 /// Coordinates are in points, x to the right and y downward from the top-left corner, until scaled.
-/// What is set stays in force for everything that follows.
+/// Each setting applies to everything drawn after it.
 class Canvas {
  public:
   virtual ~Canvas() = default;
 
+  /// Scales the coordinate system by these factors.
   virtual void scale(double x, double y) = 0;
 
-  /// Opacity from 0 to 1 of all that is drawn from now on.
+  /// Sets the opacity, from 0 to 1.
   virtual void setAlpha(double alpha) = 0;
 
+  /// `clear` erases what it covers instead of painting it.
   virtual void setBlendMode(BlendMode mode) = 0;
 
   virtual void setFillColor(Color color) = 0;
   virtual void setStrokeColor(Color color) = 0;
 
-  /// Fills the path by its own winding rule.
+  /// Fills the path by the path's winding rule.
   virtual void fill(const Path& path) = 0;
 
-  /// Strokes the path with its own line width and cap.
+  /// Strokes the path with the path's line width and cap.
   virtual void stroke(const Path& path) = 0;
 };
 

@@ -6,17 +6,18 @@
 
 namespace hushbox {
 
-/// A picture kept as vectors: its size and a handler that draws it afresh at each rendering, at
-/// whatever pixel density the display needs.
+/// A vector picture: its size and a handler that draws it, called for each rendering at whatever
+/// pixel density the display needs.
 struct Image {
   /// In points.
   double width = 0;
   double height = 0;
-  /// Whether y runs downward; then the canvas's origin is the top-left corner.
+  /// Whether y runs downward, with the canvas's origin in the top-left corner.
   bool flipped = false;
-  /// A template is used for its opacity only and recoloured to suit what it lies on.
+  /// Whether only the opacity counts, and the menu bar chooses the colour to suit its background.
   bool isTemplate = false;
-  /// Draws on the canvas and says whether it drew; false without one. Holds no reference to anyone.
+  /// Draws on the canvas. Returns false, without drawing, if `canvas` is null. Captures values
+  /// only, so it may be called at any later time.
   std::function<bool(Canvas* canvas)> draw;
 };
 

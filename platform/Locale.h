@@ -4,13 +4,13 @@
 
 namespace hushbox {
 
-/// The user's conventions for times. Main thread only.
+/// The user's conventions for showing the time of day. Main thread only.
 class Locale {
  public:
   virtual ~Locale() = default;
 
-  /// The present time of day in the locale's short style, without the date, as UTF-8
-  /// ("10:42", "10:42 AM").
+  /// Returns the current time of day in the locale's short style, without the date, as UTF-8:
+  /// "10:42", "10:42 AM".
   virtual std::string shortTime() = 0;
 };
 

@@ -8,39 +8,45 @@
 
 namespace hushbox {
 
-/// The platform's main run loop, its timers and queues, and the one place where threads meet.
+/// The platform's main run loop with its timers and queues; the only place where threads meet.
 ///
-/// Every block runs on the main thread, except those given to `utilityAsync`. All operations are
-/// for the main thread, except `mainAsync`, `isMainThread` and `now`, which any thread may call.
+/// Every block runs on the main thread, except those given to `utilityAsync`. `mainAsync`,
+/// `isMainThread` and `now` may be called on any thread, everything else on the main thread only.
+/// Whether the time that the machine sleeps counts towards an interval or a delay is up to the
+/// platform.
 class MainLoop {
  public:
   virtual ~MainLoop() = default;
 
-  /// Elapsed time; see ContinuousClock.
+  /// The current time on the continuous clock, sleep included; see ContinuousClock.
   virtual Instant now() const = 0;
 
+  /// Whether the caller runs on the main thread.
   virtual bool isMainThread() const = 0;
 
-  /// Runs `block` every `interval`, for the first time one interval from now, for as long as the
-  /// loop lives: letting go of the registration does not stop it. A late firing is not made up for:
-  /// however many intervals were missed, the block runs once. An open menu does not delay it.
+  /// Runs `block` every `interval`, first one interval from now, until the loop is destroyed;
+  /// destroying the token does not stop the timer. Missed firings are not made up for: however many
+  /// intervals have passed, the block runs once. The timer fires while a menu is open.
   virtual RegistrationToken scheduleRepeating(TimeInterval interval,
                                               std::function<void()> block) = 0;
 
-  /// Runs `item` once after `delay`, unless it is cancelled first.
+  /// Runs `item` once, `delay` from now, unless it is cancelled first. Destroying the item does not
+  /// cancel it.
   virtual void mainAsyncAfter(TimeInterval delay, const WorkItem& item) = 0;
 
-  /// Runs `block` on the main thread in a later turn of the loop, in the order of the calls.
+  /// Runs `block` on the main thread in a later turn of the loop. Blocks run in the order in which
+  /// they were posted.
   virtual void mainAsync(std::function<void()> block) = 0;
 
-  /// Runs `block` on a background thread of "utility" quality of service. Blocks may block; they
-  /// run side by side and in no particular order. `block` is destroyed on that thread.
+  /// Runs `block` on a background thread of "utility" quality of service and destroys it there.
+  /// Blocks may take long; they run concurrently and in no particular order.
   virtual void utilityAsync(std::function<void()> block) = 0;
 
-  /// Runs the application until `terminate()`; returns the process's exit status, 0.
+  /// Runs the application until `terminate()`, then returns the process's exit status, 0. On macOS
+  /// the process exits inside the call.
   virtual int run() = 0;
 
-  /// Asks the application to end: what a menu's quit item does. Returns at once.
+  /// Asks the application to quit, as a menu's Quit item does. Returns at once.
   virtual void terminate() = 0;
 };
 

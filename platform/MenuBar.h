@@ -11,45 +11,44 @@ namespace hushbox {
 /// One row of a menu.
 struct MenuRow {
   enum class Kind {
-    /// A line of text, shown greyed and not selectable.
+    /// A line of text, greyed out and not selectable.
     text,
     separator,
-    /// Does something when it is chosen.
+    /// Runs its action when chosen.
     button,
-    /// Carries a check mark while `on`; choosing it asks for the other value.
+    /// Has a check mark while `on`. Choosing it runs the action, which decides about the mark.
     toggle
   };
 
   Kind kind = Kind::separator;
   std::string text{};
-  /// Whether `text` is a localisation key of the main bundle rather than shown as it stands.
+  /// Whether to look `text` up in the main bundle's translations, where the platform has any,
+  /// instead of showing it as it is.
   bool localized = false;
   bool enabled = false;
   bool on = false;
-  /// The letter that chooses the row together with the platform's command key; empty for none.
+  /// The letter of the keyboard shortcut, pressed with the platform's command key; empty for none.
   std::string keyEquivalent{};
-  /// What choosing the row does, on the main thread. Empty for texts and separators. Not part of
-  /// what the row looks like.
+  /// Called on the main thread when the row is chosen; empty for texts and separators.
   std::function<void()> action{};
 
-  /// Whether the rows look and read the same.
+  /// Whether the rows look the same; actions are not compared.
   friend bool operator==(const MenuRow& a, const MenuRow& b) {
     return a.kind == b.kind && a.text == b.text && a.localized == b.localized &&
            a.enabled == b.enabled && a.on == b.on && a.keyEquivalent == b.keyEquivalent;
   }
 };
 
-/// The program's one item in the menu bar (or the panel), with an icon and a pull-down menu.
-/// Main thread only.
+/// The program's item in the menu bar (on Linux, the panel): an icon and a pull-down menu. Main
+/// thread only. Without a panel the calls have no visible effect.
 class MenuBar {
  public:
   virtual ~MenuBar() = default;
 
-  /// Shows the item with this icon, in place of the one before. `description` says the state in
-  /// words, for those who do not see the icon.
+  /// Replaces the icon. `description` says what it shows, for screen readers and tooltips.
   virtual void setIcon(const Image& icon, const std::string& description) = 0;
 
-  /// Shows these rows from now on; a menu that is open changes in place.
+  /// Replaces the rows. An open menu changes in place.
   virtual void setRows(std::vector<MenuRow> rows) = 0;
 };
 

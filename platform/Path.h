@@ -4,6 +4,7 @@
 
 namespace hushbox {
 
+/// A point, in points or in the units that the canvas was scaled to.
 struct Point {
   double x = 0;
   double y = 0;
@@ -18,15 +19,14 @@ struct AffineTransform {
   friend bool operator==(const AffineTransform&, const AffineTransform&) = default;
 };
 
-/// A vector path with the attributes it is drawn by: a value, in the terms of the platforms' Bézier
-/// paths.
+/// A vector path with its drawing attributes. A plain value; any thread.
 class Path {
  public:
   enum class WindingRule { nonZero, evenOdd };
   enum class LineCap { butt, round };
 
-  /// One step of the path. A curve uses all three points, a move and a line only `end`, a close
-  /// none.
+  /// One step of the path. A curve (a cubic Bézier curve) uses all three points, a move and a line
+  /// only `end`, a close none.
   struct Element {
     enum class Kind { move, line, curve, close } kind = Kind::move;
     Point end{};
@@ -40,7 +40,9 @@ class Path {
   void lineTo(Point end);
   void curveTo(Point end, Point control1, Point control2);
   void close();
+  /// Appends the steps of `other`, but not its attributes.
   void append(const Path& other);
+  /// Maps every point; the line width stays as it is.
   void transform(const AffineTransform& by);
 
   void setWindingRule(WindingRule rule) { windingRule_ = rule; }
@@ -49,7 +51,7 @@ class Path {
 
   const std::vector<Element>& elements() const { return elements_; }
   WindingRule windingRule() const { return windingRule_; }
-  /// In the units of the path's own coordinates.
+  /// In the units of the path's coordinates.
   double lineWidth() const { return lineWidth_; }
   LineCap lineCap() const { return lineCap_; }
 

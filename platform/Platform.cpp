@@ -12,8 +12,8 @@ namespace {
 std::atomic<const Platform*> current = nullptr;
 std::vector<std::function<void()>> closers;
 
-[[noreturn]] void endProgram(const char* sentence) {
-  std::fprintf(stderr, "hushbox: %s\n", sentence);
+[[noreturn]] void abortWith(const char* message) {
+  std::fprintf(stderr, "hushbox: %s\n", message);
   std::abort();
 }
 
@@ -21,12 +21,12 @@ std::vector<std::function<void()>> closers;
 
 const Platform& platform() {
   const Platform* inScope = current;
-  if (!inScope) endProgram("No platform is in scope.");
+  if (!inScope) abortWith("No platform is in scope.");
   return *inScope;
 }
 
 PlatformScope::PlatformScope(const Platform& platform) {
-  if (current.exchange(new Platform(platform))) endProgram("A platform is in scope already.");
+  if (current.exchange(new Platform(platform))) abortWith("A platform is in scope already.");
 }
 
 PlatformScope::~PlatformScope() {

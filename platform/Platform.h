@@ -15,7 +15,7 @@ class UnifiedLog;
 class UserNotifications;
 class Workspace;
 
-/// The operating system, one interface a member. Owned by whoever put it in scope.
+/// The interfaces to the operating system. Everything referred to must outlive the PlatformScope.
 struct Platform {
   MainLoop& mainLoop;
   AudioHardware& audio;
@@ -29,13 +29,14 @@ struct Platform {
   Locale& locale;
 };
 
-/// The platform in scope. Called inside an operation, on any thread, and never stored. Without one
-/// in scope it ends the program with a sentence on standard error: there is no default.
+/// Returns the platform in scope. Call it inside an operation, on any thread, and do not store the
+/// result. There is no default: without a platform in scope it aborts with a message on standard
+/// error.
 const Platform& platform();
 
-/// Puts a platform in scope for its own lifetime; the only way to do so, and one at a time (a
-/// second one ends the program with a sentence). Main thread only; whatever other threads do with
-/// the platform must have ended before the scope does.
+/// Puts a platform in scope for its own lifetime. Only one may exist at a time; a second one aborts
+/// with a message. Main thread only. Other threads must have finished using the platform before it
+/// is destroyed.
 class PlatformScope {
  public:
   explicit PlatformScope(const Platform& platform);
@@ -43,8 +44,8 @@ class PlatformScope {
   PlatformScope(const PlatformScope&) = delete;
   PlatformScope& operator=(const PlatformScope&) = delete;
 
-  /// Runs `action` when the scope that is open now closes, for what was kept from its platform
-  /// outside any object.
+  /// Runs `action` when the current scope closes, with the platform still in scope. For
+  /// process-wide state that refers to the platform.
   static void atClose(std::function<void()> action);
 };
 

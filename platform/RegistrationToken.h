@@ -5,15 +5,16 @@
 
 namespace hushbox {
 
-/// What the platform has been asked to keep in place: a repeating timer or a property listener.
+/// Identifies a repeating timer or a property listener that was added to the platform.
 ///
-/// Letting go of it takes nothing away: the timer goes on firing and the listener goes on being
-/// called, and its block has to find its owner gone by itself. A listener ends only by being handed
-/// back to the platform that made it; a timer ends with the process. Move-only; main thread.
+/// Destroying it cancels nothing: the timer keeps firing and the listener keeps being called, so
+/// their blocks must hold their owner weakly. A listener is removed by passing its token to
+/// `AudioHardware::removePropertyListener`; a timer runs until the process exits. Move-only; main
+/// thread.
 class RegistrationToken {
  public:
   RegistrationToken() = default;
-  /// `native` is the platform's own record of it, compared by identity on removal.
+  /// `native` is the adapter's record of the timer or listener, compared by identity on removal.
   explicit RegistrationToken(std::shared_ptr<void> native) : native_(std::move(native)) {}
 
   RegistrationToken(RegistrationToken&&) = default;

@@ -4,16 +4,17 @@
 
 namespace hushbox {
 
-/// The levels of the unified log that the program uses.
+/// The log levels that the program uses.
 enum class LogLevel { info, error };
 
-/// The platform's log of all programs. Any thread.
+/// The system-wide log. Any thread.
 class UnifiedLog {
  public:
   virtual ~UnifiedLog() = default;
 
-  /// Adds one record. `text` is valid UTF-8 and may hold anything, control characters included;
-  /// making it fit to print is the adapter's part. A record that cannot be written is dropped.
+  /// Writes one record. `text` is UTF-8 and may contain any character, including control
+  /// characters; the adapter makes it safe to print and may cut it to the log's maximum size. A
+  /// record that cannot be written is dropped.
   virtual void write(std::string_view subsystem, std::string_view category, LogLevel level,
                      std::string_view text) = 0;
 };

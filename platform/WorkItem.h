@@ -6,10 +6,8 @@
 
 namespace hushbox {
 
-/// A block that a main loop runs once, unless it is cancelled first.
-///
-/// It ends by running or by `cancel()`; letting go of the item does neither. Both release what the
-/// block holds. Move-only; main thread.
+/// A block that a main loop runs once, unless it is cancelled first. Running and `cancel()` both
+/// release what the block holds; destroying the item does neither. Move-only; main thread.
 class WorkItem {
  public:
   explicit WorkItem(std::function<void()> block)
@@ -20,10 +18,11 @@ class WorkItem {
   WorkItem(const WorkItem&) = delete;
   WorkItem& operator=(const WorkItem&) = delete;
 
-  /// Keeps the block from running. Without effect once it has run.
+  /// Prevents the block from running. Has no effect once it has run.
   void cancel() { *block_ = nullptr; }
 
-  /// What a main loop calls when the time has come: runs the block the first time, then nothing.
+  /// Returns the function for a main loop to call when the item is due. It runs the block the first
+  /// time and then does nothing.
   std::function<void()> invocation() const {
     return [block = block_] {
       if (auto run = std::exchange(*block, nullptr)) run();

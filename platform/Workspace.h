@@ -7,8 +7,9 @@
 
 namespace hushbox {
 
-/// An application that the user has running.
+/// A running application.
 struct RunningApplication {
+  /// Such as "com.microsoft.teams2"; absent if the application has none.
   std::optional<std::string> bundleIdentifier;
   std::int32_t processIdentifier = 0;
 };
@@ -18,7 +19,9 @@ class Workspace {
  public:
   virtual ~Workspace() = default;
 
-  /// The running applications in the platform's own order; empty when it cannot be told.
+  /// Returns the running applications in the platform's order; empty if they cannot be listed. On
+  /// Linux, where Teams is a web page, the list holds only the browser that shows it, under the
+  /// bundle identifier of Teams.
   virtual std::vector<RunningApplication> runningApplications() = 0;
 };
 

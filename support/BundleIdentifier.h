@@ -4,8 +4,8 @@
 
 namespace hushbox {
 
-/// The application's bundle identifier: what the log, the login item and the packages know it by.
-/// The build scripts read it from this line.
+/// The application's bundle identifier, used by the log, the login item and the packages. The build
+/// scripts read it from the line below.
 inline constexpr std::string_view bundleIdentifier = "org.hushbox.Hushbox";
 
 }  // namespace hushbox

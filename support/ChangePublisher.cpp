@@ -20,7 +20,7 @@ struct ChangePublisher::Subscribers {
 
 namespace {
 
-/// What a subscription owns: the way back to take its subscriber out of the list.
+/// What a subscription owns; its destruction removes the subscriber from the list.
 template <typename List>
 struct Token {
   std::weak_ptr<List> from;
@@ -49,7 +49,7 @@ Subscription ChangePublisher::subscribe(std::function<void()> subscriber) {
 
 void ChangePublisher::send() const {
   ++announcements;
-  // A copy, and a copy of each function: a subscriber may end any subscription, its own included.
+  // Copies of the list and of each function: a subscriber may end any subscription, even its own.
   const auto subscribers = subscribers_->list;
   for (const Subscriber& subscriber : subscribers) {
     if (const auto call = *subscriber) call();

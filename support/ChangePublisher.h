@@ -8,10 +8,12 @@
 
 namespace hushbox {
 
-/// Tells the subscribers of an observable object that one of its published members is about to
-/// change. The announcement carries no value; whoever needs the new one reads it afterwards.
+/// Calls the subscribers of an observable object before one of its published members changes. The
+/// call carries no value; a subscriber that needs the new value reads it in a later turn of the
+/// loop.
 ///
-/// Owned by the object whose changes it announces. Main thread only, but for its destruction.
+/// Owned by the object whose changes it announces. Main thread only, except that it may be
+/// destroyed on any thread.
 class ChangePublisher {
  public:
   ChangePublisher();
@@ -19,14 +21,16 @@ class ChangePublisher {
   ChangePublisher(const ChangePublisher&) = delete;
   ChangePublisher& operator=(const ChangePublisher&) = delete;
 
-  /// Calls `subscriber` on every announcement until the subscription is let go of. A subscriber may
-  /// subscribe and unsubscribe from inside its call; a new one hears the next announcement.
+  /// Calls `subscriber` for every announcement until the subscription is destroyed. A subscriber
+  /// may subscribe and unsubscribe during its call; a new subscriber is called from the next
+  /// announcement on.
   [[nodiscard]] Subscription subscribe(std::function<void()> subscriber);
 
-  /// Announces a change.
+  /// Announces a change to all subscribers, in the order of their subscription.
   void send() const;
 
-  /// How many announcements the process has made, and how many subscribers it has, in all.
+  /// How many announcements this process has made so far, and how many subscribers it has now, over
+  /// all publishers.
   static std::size_t announcementCount();
   static std::size_t subscriberCount();
 

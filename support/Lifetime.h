@@ -5,18 +5,18 @@
 
 namespace hushbox {
 
-/// Stands for how long its owner lives, so that a callback can hold the owner weakly.
+/// A member that lets callbacks hold its owner weakly.
 ///
-/// Declare it last in the owner: it then ends before any other member does. Owner, callbacks and
-/// this stay on one thread.
+/// Declare it as the owner's last member, so that it is destroyed before the others. The owner, the
+/// callbacks and this object must be used on the same thread.
 class Lifetime {
  public:
   Lifetime() : alive_(std::make_shared<char>()) {}
   Lifetime(const Lifetime&) = delete;
   Lifetime& operator=(const Lifetime&) = delete;
 
-  /// `callback`, which does nothing once the owner is gone. It takes any arguments and returns
-  /// nothing.
+  /// Returns a function that calls `callback` while the owner lives and does nothing afterwards. It
+  /// takes any arguments and returns nothing.
   template <typename Callback>
   auto weakly(Callback callback) const {
     return

@@ -8,13 +8,14 @@
 
 namespace hushbox {
 
-/// A handle on the platform's unified log for one category, with the application's bundle
-/// identifier as subsystem. A plain value; any thread, while a platform is in scope.
+/// A handle to the unified log for one category, with the application's bundle identifier as
+/// subsystem. Literal type: declare handles constexpr. Any thread, while a platform is in scope.
 class Log {
  public:
-  /// `category` must outlive the handle; it is meant to be a literal.
+  /// `category` must outlive the handle; pass a string literal.
   explicit constexpr Log(std::string_view category) : category_(category) {}
 
+  /// Writes a record. A format that does not fit the arguments is a compile-time error.
   template <typename... Arguments>
   void info(LogFormat<std::type_identity_t<Arguments>...> format,
             const Arguments&... arguments) const {

@@ -8,7 +8,7 @@ namespace hushbox {
 
 std::string renderLog(std::string_view format, std::initializer_list<LogArgument> arguments) {
   std::ostringstream text;
-  // The process's locale must not reach the log: its decimal comma would.
+  // The process's locale could have a decimal comma.
   text.imbue(std::locale::classic());
   text << std::boolalpha << std::fixed << std::setprecision(6);
   std::size_t from = 0;

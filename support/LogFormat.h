@@ -10,22 +10,22 @@
 
 namespace hushbox {
 
-/// One argument of a log record, widened to what its conversion prints.
+/// One argument of a log record, widened to the type that its conversion prints.
 using LogArgument = std::variant<bool, std::int64_t, std::uint64_t, double, std::string_view>;
 
 namespace log_format {
 
-/// The kinds of argument that the conversions take.
+/// The kinds of conversion and of argument. `none` marks the end of a format.
 enum class Kind { none, text, boolean, signed32, unsigned32, signed64, floating, malformed };
 
-/// One conversion of a format: where it begins, how long it is and what it prints.
+/// One conversion in a format: its offset and length in bytes, and its kind.
 struct Conversion {
   std::size_t position;
   std::size_t length;
   Kind kind;
 };
 
-/// The first conversion at or after `from`; kind `none` when there is no more.
+/// Returns the first conversion at or after offset `from`, or one of kind `none`.
 constexpr Conversion nextConversion(std::string_view format, std::size_t from) {
   struct Known {
     std::string_view word;
@@ -42,6 +42,7 @@ constexpr Conversion nextConversion(std::string_view format, std::size_t from) {
   return {position, 1, Kind::malformed};
 }
 
+/// Returns the kind of conversion that prints a `T`.
 template <typename T>
 constexpr Kind kindOf() {
   using Plain = std::remove_cvref_t<T>;
@@ -59,7 +60,7 @@ constexpr Kind kindOf() {
     return Kind::malformed;
 }
 
-/// Whether the conversions of `format` take exactly arguments of these types, in this order.
+/// Whether the conversions of `format` take exactly these argument types, in this order.
 template <typename... Arguments>
 constexpr bool matches(std::string_view format) {
   constexpr Kind wanted[] = {kindOf<Arguments>()..., Kind::none};
@@ -72,19 +73,19 @@ constexpr bool matches(std::string_view format) {
   return true;
 }
 
-void formatDoesNotMatchItsArguments();  // never defined: named by the compiler's error
+void formatDoesNotMatchItsArguments();  // Never defined; its name appears in the compiler's error.
 
 }  // namespace log_format
 
-/// A log format in the unified log's own words, checked against its arguments by the compiler:
-/// %{public}s takes text, %{bool}d a bool, %d and %u a 32-bit, %lld a 64-bit integer, %f a
-/// floating-point number.
+/// A format string in the syntax of macOS's unified log, checked against its arguments at compile
+/// time: %{public}s takes text, %{bool}d a bool, %d and %u a signed and an unsigned 32-bit integer,
+/// %lld a signed 64-bit integer, and %f a floating-point number.
 template <typename... Arguments>
 class LogFormat {
  public:
   template <typename Text>
   requires std::is_convertible_v<const Text&, std::string_view>
-  // NOLINTNEXTLINE(google-explicit-constructor): it stands where the format text stands.
+  // NOLINTNEXTLINE(google-explicit-constructor): callers pass a plain format string.
   consteval LogFormat(const Text& format) : format_(format) {
     if (!log_format::matches<Arguments...>(format_)) log_format::formatDoesNotMatchItsArguments();
   }
@@ -95,8 +96,8 @@ class LogFormat {
   std::string_view format_;
 };
 
-/// The record's text: the format with its conversions replaced, the same on every platform.
-/// Booleans print as true and false, floating-point numbers with six decimals and a point.
+/// Returns `format` with its conversions replaced by the arguments, the same text on every
+/// platform: booleans as true or false, floating-point numbers with six decimals and a point.
 std::string renderLog(std::string_view format, std::initializer_list<LogArgument> arguments);
 
 }  // namespace hushbox

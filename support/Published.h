@@ -6,9 +6,11 @@
 
 namespace hushbox {
 
-/// A member that announces before it changes: on every assignment, even of an equal value.
+/// A member variable that announces every assignment before it takes effect, even of an equal
+/// value.
 ///
-/// Belongs to the object that owns `publisher`, which must be declared before it. Main thread only.
+/// It belongs to the object that owns `publisher`, which must be declared before it. Main thread
+/// only.
 template <typename T>
 class Published {
  public:

@@ -17,18 +17,16 @@ constexpr std::array<std::string_view, 2> bundleIDs = {"com.microsoft.teams2",
 constexpr std::array<std::string_view, 4> labelAttributes = {"AXDescription", "AXTitle", "AXHelp",
                                                              "AXDOMIdentifier"};
 
-/// How long a call to Teams may block the main thread, in seconds.
-constexpr float messagingTimeout = 1.0F;
+constexpr Log log{"teams-ui"};
 
-/// A meeting window has some thousand elements; the limit keeps a runaway tree from holding us.
-constexpr std::size_t visitLimit = 40000;
+/// For how long one call to Teams may block the main thread.
+constexpr float messagingTimeoutSeconds = 1.0F;
 
-const Log& log() {
-  static const Log teamsLog{"teams-ui"};
-  return teamsLog;
-}
+/// A meeting window has a few thousand elements. The bound also ends the walk of a tree that
+/// contains itself.
+constexpr std::size_t maxVisits = 40000;
 
-/// The microphone button found last: it spares the walk while the same meeting window stays up.
+/// The microphone button found last, which saves the walk while the same meeting window is open.
 AccessibilityElementRef cached;
 
 void cache(AccessibilityElementRef element) {
@@ -46,7 +44,7 @@ bool saysMuteOrUnmute(std::string_view low) {
   return text::hasPrefix(low, "mute") || text::hasPrefix(low, "unmute");
 }
 
-/// Whether the label names the microphone, carries the keyboard shortcut or is the bare word.
+/// Whether the label mentions the microphone or the keyboard shortcut, or is the bare word.
 bool namesTheMicrophone(std::string_view low) {
   return text::contains(low, "mic") || text::contains(low, "⌘") || text::contains(low, "shift") ||
          text::equal(low, "mute") || text::equal(low, "unmute");
@@ -63,7 +61,7 @@ TeamsUI::Result TeamsUI::setMuted(std::optional<bool> wanted) {
   if (wanted && offersToUnmute(*button) == *wanted) return Result::alreadySynced;
   const AccessibilityError status =
       platform().accessibility.performAction(button->element, "AXPress");
-  log().info("Pressed Teams mic button '%{public}s' -> %d", button->label, status);
+  log.info("Pressed Teams mic button '%{public}s' -> %d", button->label, status);
   return status == accessibility::success ? Result::pressed : Result::noMeeting;
 }
 
@@ -83,8 +81,8 @@ AccessibilityElementRef TeamsUI::teamsApp() {
     if (std::none_of(bundleIDs.begin(), bundleIDs.end(), isTeams)) continue;
     AccessibilityTree& tree = platform().accessibility;
     auto app = tree.createApplication(running.processIdentifier);
-    tree.setMessagingTimeout(app, messagingTimeout);
-    // Web content stays hidden until somebody asks for it; the answers mean nothing.
+    tree.setMessagingTimeout(app, messagingTimeoutSeconds);
+    // Teams hides its web content until one of these is set. The statuses say nothing useful.
     tree.setAttributeValue(app, "AXManualAccessibility", true);
     tree.setAttributeValue(app, "AXEnhancedUserInterface", true);
     return app;
@@ -127,7 +125,7 @@ std::optional<TeamsUI::MicButton> TeamsUI::asMicButton(const AccessibilityElemen
 
 void TeamsUI::walk(const AccessibilityElementRef& root, const Visit& visit) {
   std::vector<std::pair<AccessibilityElementRef, std::size_t>> queue{{root, 0}};
-  for (std::size_t next = 0; next < queue.size() && next < visitLimit; ++next) {
+  for (std::size_t next = 0; next < queue.size() && next < maxVisits; ++next) {
     const auto [element, depth] = queue[next];
     if (visit(element, depth)) return;
     AttributeValue value;

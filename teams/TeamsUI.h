@@ -11,36 +11,38 @@
 
 namespace hushbox {
 
-/// The remote control of Microsoft Teams: finds the microphone button of the meeting window in the
-/// accessibility tree, reads the mute state from its label and presses it.
+/// Controls Microsoft Teams through its accessibility tree: finds the microphone button of the
+/// meeting window, reads the mute state from the button's label, and presses the button.
 ///
-/// Main thread only; each operation blocks while the accessibility calls run. Every accessibility
-/// failure counts as an absent value, and nothing is retried.
+/// Main thread only. Each operation blocks for the duration of its accessibility calls, each
+/// limited to 1 second. A failed call counts as an absent value; nothing is retried. The button
+/// found last is kept for the next call, until the platform goes out of scope.
 class TeamsUI {
  public:
-  /// What became of asking Teams to mute, unmute or toggle.
+  /// The outcome of `setMuted`.
   enum class Result {
+    /// The button was pressed.
     pressed,
-    /// Teams is in the wanted state already; nothing was pressed.
+    /// Teams was already in the wanted state; nothing was pressed.
     alreadySynced,
     /// The process has no Accessibility permission.
     notTrusted,
     teamsNotRunning,
-    /// No microphone button was found, or the press reported an error.
+    /// No microphone button was found, or the press failed.
     noMeeting
   };
 
   TeamsUI() = delete;
 
-  /// Brings Teams into the wanted state, true for muted; without one presses once whatever the
-  /// state.
+  /// Mutes (true) or unmutes (false) Teams by pressing the button if it is in the other state.
+  /// nullopt presses the button once in either state.
   static Result setMuted(std::optional<bool> wanted);
 
-  /// Whether Teams is muted; empty when it cannot be told. Presses nothing.
+  /// Returns whether Teams is muted, or nullopt if no microphone button can be read. Never presses.
   static std::optional<bool> currentMuteState();
 
  private:
-  /// A microphone button that was found, with the label that told it, its case unchanged.
+  /// A microphone button and the label that identified it, in its original case.
   struct MicButton {
     AccessibilityElementRef element;
     std::string label;
@@ -53,7 +55,7 @@ class TeamsUI {
                                            std::string_view attribute);
   static std::vector<std::string> labels(const AccessibilityElementRef& element);
   static std::optional<MicButton> asMicButton(const AccessibilityElementRef& element);
-  /// Breadth first from `root`; `visit` ends the walk by returning true.
+  /// Visits the tree breadth-first from `root`; a `visit` that returns true ends the walk.
   static void walk(const AccessibilityElementRef& root, const Visit& visit);
   static std::optional<MicButton> micButton(const AccessibilityElementRef& app);
   static bool offersToUnmute(const MicButton& button);
