@@ -7,6 +7,7 @@
 
 namespace hushbox {
 
+/// The operations of AudioHardware.
 enum class AudioOperation {
   hasProperty,
   getPropertyDataSize,
@@ -17,18 +18,18 @@ enum class AudioOperation {
   removePropertyListener
 };
 
-/// How the simulated audio hardware is to fail.
+/// A failure to inject into the simulated audio hardware.
 struct AudioFault {
   AudioOperation operation = AudioOperation::getPropertyData;
   AudioPropertyAddress address = audio::inputVolume;
-  /// What comes back instead of the work being done; the output stays untouched. `hasProperty`
-  /// answers false and a listener isn't added, whatever the status. With 0 the work is done.
+  /// The status to return instead of doing the work; the output stays untouched. 0 does the work.
+  /// `hasProperty` returns false and a listener is not added, whatever the status.
   AudioStatus status = audio::noError;
-  /// Which object; absent for any.
+  /// The object whose calls fail; absent for any.
   std::optional<AudioObjectID> object = std::nullopt;
-  /// What `getPropertyDataSize` says the size is, right or wrong.
+  /// The size that `getPropertyDataSize` returns, right or wrong.
   std::optional<std::uint32_t> size = std::nullopt;
-  /// How many calls fail; absent for all from now on.
+  /// How many calls fail; absent for all of them.
   std::optional<int> times = std::nullopt;
 };
 

@@ -10,16 +10,16 @@
 
 namespace hushbox {
 
-/// What tests compare: a whole history, one call a line.
+/// A history, one call per line, for tests to compare.
 using Lines = std::vector<std::string>;
 
-/// Every call that was made to the parts of a simulated platform, in order, across all parts.
+/// Every call to the parts of a simulated platform, in order, across all parts.
 ///
-/// Parts are named "loop", "audio", "accessibility", "workspace", "processes", "notifications",
-/// "login", "menu", "log" and "locale"; each part's header says what its lines look like.
+/// The parts are "loop", "audio", "accessibility", "workspace", "processes", "notifications",
+/// "login", "menu", "log" and "locale"; each part's header gives the format of its lines.
 class Journal {
  public:
-  /// Adds the line that `pieces` make when they are streamed one after the other.
+  /// Adds a line made of `pieces`, each streamed in turn, and counts the call.
   template <typename... Pieces>
   void add(std::string_view part, const Pieces&... pieces) {
     count(part);
@@ -30,22 +30,22 @@ class Journal {
     entries_.push_back({std::string(part), line.str()});
   }
 
-  /// Counts a call that is not worth a line.
+  /// Counts a call without adding a line.
   void count(std::string_view part);
 
-  /// The lines so far: of one part as they are, of all parts as "part: line".
+  /// Returns the lines so far: those of one part as they are, those of all parts as "part: line".
   Lines lines(std::string_view part) const;
   Lines lines() const;
 
-  /// The same, and forgets them.
+  /// Returns the same lines and removes them.
   Lines take(std::string_view part);
   Lines take();
 
-  /// How many calls there have been since the beginning, lines or not.
+  /// How many calls there have been since the start, with or without a line.
   std::size_t callCount() const { return total_; }
   std::size_t callCount(std::string_view part) const;
 
-  /// Whether lines are kept (they are at first); long runs need only the counts.
+  /// Whether to keep lines; initially true. Long runs need only the counts.
   void keepLines(bool keep) { keepsLines_ = keep; }
 
  private:

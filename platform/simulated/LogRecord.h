@@ -6,7 +6,7 @@
 
 namespace hushbox {
 
-/// One record of the log.
+/// One log record, as it was written.
 struct LogRecord {
   std::string subsystem;
   std::string category;

@@ -37,7 +37,7 @@ AccessibilityError copy(const SimulatedAttribute& attribute, AttributeValue& val
 
 }  // namespace
 
-/// What `createApplication` gives: a process by its number, running or not.
+/// What `createApplication` returns: an application by its process identifier, running or not.
 struct SimulatedAccessibilityTree::ApplicationElement final : AccessibilityElement {
   ApplicationElement(std::shared_ptr<const void> tree, std::int32_t processIdentifier)
       : tree(std::move(tree)), processIdentifier(processIdentifier) {}
@@ -48,7 +48,7 @@ struct SimulatedAccessibilityTree::ApplicationElement final : AccessibilityEleme
 
 SimulatedElementRef SimulatedAccessibilityTree::launch(std::int32_t processIdentifier) {
   if (find(processIdentifier)) {
-    reportViolation("There is a process " + std::to_string(processIdentifier) + " already.");
+    reportViolation("Process " + std::to_string(processIdentifier) + " is running already.");
   }
   auto root = std::make_shared<SimulatedElement>(
       applicationName(processIdentifier),
@@ -108,7 +108,7 @@ SimulatedAccessibilityTree::Target SimulatedAccessibilityTree::resolve(
   return {0, nullptr, "unknown element", false};
 }
 
-/// Goes to the application and back, with the time that takes.
+/// Waits for the application's reply, at most for the messaging timeout.
 AccessibilityError SimulatedAccessibilityTree::reach(const Target& target) {
   loop_.requireMainThread("An accessibility call");
   if (!trusted_) return accessibility::apiDisabled;
@@ -119,8 +119,8 @@ AccessibilityError SimulatedAccessibilityTree::reach(const Target& target) {
       loop_.sleep(application->responseTime);
       return accessibility::success;
     }
-    reportViolation("A call to " + target.name + " hangs: its application does not answer and " +
-                    "no messaging time-out was set.");
+    reportViolation("A call to " + target.name + " hangs: its application does not reply and " +
+                    "no messaging timeout was set.");
     return accessibility::cannotComplete;
   }
   loop_.sleep(*application->timeout);
@@ -203,7 +203,7 @@ AccessibilityError SimulatedAccessibilityTree::performAction(const Accessibility
   const Target target = resolve(element);
   AccessibilityError error = reach(target);
   if (error == accessibility::success) {
-    // A copy: the action may replace itself.
+    // Copied, because the action may replace itself.
     const auto perform = target.element->perform;
     error = perform ? perform(action) : accessibility::actionUnsupported;
   }

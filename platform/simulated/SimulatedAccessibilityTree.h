@@ -17,7 +17,7 @@ namespace hushbox {
 
 /// The user interfaces of simulated applications.
 ///
-/// Lines of the journal:
+/// Journal lines:
 ///   "trusted -> true"                          "trusted, prompting -> false"
 ///   "application 501"                          "timeout application 501: 1 s -> 0"
 ///   "set application 501 AXManualAccessibility: true -> 0"
@@ -29,26 +29,26 @@ class SimulatedAccessibilityTree final : public AccessibilityTree {
   SimulatedAccessibilityTree(Journal& journal, SimulatedMainLoop& loop)
       : journal_(journal), loop_(loop) {}
 
-  /// An application's user interface appears; the returned element is the application's own.
+  /// Starts an application and returns its element, to add others to.
   SimulatedElementRef launch(std::int32_t processIdentifier);
-  /// The application ends, and all its elements with it.
+  /// Ends the application; all its elements become invalid.
   void quit(std::int32_t processIdentifier);
 
-  /// How long the application takes over each call; at first no time. Where that is longer than
-  /// the messaging time-out, the call ends with `cannotComplete` when the time-out has passed.
+  /// How long the application takes for each call; initially no time. If that exceeds the messaging
+  /// timeout, the call returns `cannotComplete` when the timeout has passed.
   void setResponseTime(std::int32_t processIdentifier, TimeInterval time);
-  /// The application does not answer at all; a call without a time-out is then a violation.
+  /// The application stops replying. A call without a messaging timeout is then a violation.
   void freeze(std::int32_t processIdentifier);
   void thaw(std::int32_t processIdentifier) { setResponseTime(processIdentifier, {}); }
 
-  /// Whether the user has given permission; at first so. Without, every call is refused.
+  /// Whether the user has granted permission; initially true. Without it every call is refused.
   void setTrusted(bool trusted) { trusted_ = trusted; }
-  /// How often the system has been let ask the user.
+  /// How often the system was asked to prompt the user.
   std::size_t promptCount() const { return prompts_; }
 
-  /// What `setAttributeValue` returns for an application's element; success at first.
+  /// What `setAttributeValue` returns for an application's element; initially success.
   void setAttributeWriteStatus(AccessibilityError status) { writeStatus_ = status; }
-  /// What was last written to that attribute of the application.
+  /// Returns what was last written to that attribute of the application.
   std::optional<bool> written(std::int32_t processIdentifier, const std::string& attribute) const;
 
   bool isProcessTrusted() override;
@@ -71,10 +71,10 @@ class SimulatedAccessibilityTree final : public AccessibilityTree {
     std::map<std::string, bool> written;
   };
   struct ApplicationElement;
-  /// Where a reference leads.
+  /// What a reference refers to.
   struct Target {
     std::int32_t processIdentifier = 0;
-    /// What is on the screen; null when it isn't, or isn't of this tree.
+    /// Null if the element has left the screen or belongs to another tree.
     const SimulatedElement* element = nullptr;
     std::string name;
     bool isApplication = false;
@@ -91,7 +91,7 @@ class SimulatedAccessibilityTree final : public AccessibilityTree {
   bool trusted_ = true;
   std::size_t prompts_ = 0;
   AccessibilityError writeStatus_ = accessibility::success;
-  /// Tells this tree's elements from another's.
+  /// Distinguishes this tree's elements from those of another.
   std::shared_ptr<const void> identity_ = std::make_shared<char>();
 };
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* part = "audio";
 
-/// A four-character code as text, or the number where it is none.
+/// Returns a four-character code as text, and any other number in decimal.
 std::string codeText(std::uint32_t code) {
   std::string text;
   for (int shift = 24; shift >= 0; shift -= 8) {
@@ -39,7 +39,7 @@ std::string addressText(const AudioPropertyAddress& address) {
          std::to_string(address.element);
 }
 
-/// The words of a property's value as the property's type has them.
+/// Returns the 32-bit words of a property's value as numbers of the property's type.
 std::string valueText(const AudioPropertyAddress& address, const void* data, std::size_t size) {
   std::ostringstream text;
   for (std::size_t offset = 0; offset + 4 <= size; offset += 4) {
@@ -95,7 +95,7 @@ void SimulatedAudioHardware::unplug(AudioObjectID id) {
 
 void SimulatedAudioHardware::reorder(std::vector<AudioObjectID> order) {
   if (!std::is_permutation(order.begin(), order.end(), order_.begin(), order_.end())) {
-    reportViolation("A new order of the devices must hold the same devices.");
+    reportViolation("A new order of the devices must contain the same devices.");
     return;
   }
   if (std::exchange(order_, std::move(order)) != order_) {
@@ -219,7 +219,7 @@ AudioStatus SimulatedAudioHardware::getPropertyDataSize(AudioObjectID object,
   AudioStatus status = fault ? fault->status : audio::noError;
   if (status == audio::noError) status = statusOf(object, address);
   if (status == audio::noError) {
-    // A text is read as a reference to an object.
+    // The value of a text property is a pointer to a text object.
     const bool isText = address == audio::deviceName;
     size = static_cast<std::uint32_t>(isText ? sizeof(void*) : valueOf(object, address).size());
   }
@@ -233,7 +233,7 @@ AudioStatus SimulatedAudioHardware::getPropertyData(AudioObjectID object,
                                                     const AudioPropertyAddress& address,
                                                     std::uint32_t& size, void* data) {
   loop_.requireMainThread("getPropertyData");
-  const std::uint32_t room = size;
+  const std::uint32_t capacity = size;
   const auto fault = takeFault(AudioOperation::getPropertyData, object, address);
   AudioStatus status = fault ? fault->status : audio::noError;
   if (status == audio::noError) status = statusOf(object, address);
@@ -243,15 +243,16 @@ AudioStatus SimulatedAudioHardware::getPropertyData(AudioObjectID object,
   std::vector<std::byte> value;
   if (status == audio::noError) {
     value = valueOf(object, address);
-    // A list is cut to the room there is; a single value is not.
-    if (address == audio::deviceList) value.resize(std::min<std::size_t>(value.size(), room & ~3U));
-    if (value.size() > room) status = audio::badPropertySize;
+    // A list is cut to the capacity; a scalar is not.
+    if (address == audio::deviceList)
+      value.resize(std::min<std::size_t>(value.size(), capacity & ~3U));
+    if (value.size() > capacity) status = audio::badPropertySize;
   }
   if (status == audio::noError) {
     size = static_cast<std::uint32_t>(value.size());
     if (size > 0) std::memcpy(data, value.data(), size);
   }
-  journal_.add(part, "get ", object, ' ', addressText(address), " (", room, " bytes): ",
+  journal_.add(part, "get ", object, ' ', addressText(address), " (", capacity, " bytes): ",
                status == audio::noError ? valueText(address, value.data(), value.size()) + " " : "",
                "-> ", statusText(status));
   return status;

@@ -16,59 +16,59 @@
 
 namespace hushbox {
 
-/// Audio devices in memory, behaving as real servers do: every change of a value is announced to
-/// all listeners, later and on the loop; a write of the value that is there already is none.
+/// Audio devices in memory that behave like a real server's: every change of a value is announced
+/// to all listeners, later and from the loop. Writing the current value changes nothing.
 ///
-/// Lines of the journal name the object, the property, what was given and what came back:
+/// Journal lines name the object, the property, the input and the result:
 ///   "size 1 device list: 8 bytes -> 0"         "get 1 device list (8 bytes): 2 3 -> 0"
 ///   "text 2 name: \"Jabra Speak2 75\" -> 0"    "has 2 input volume: true"
 ///   "get 2 input volume (4 bytes): 0.8 -> 0"   "set 2 input volume (4 bytes): 0.8 -> 0"
 ///   "add listener 2 input volume -> added"     "remove listener 2 input volume -> 0"
-/// A status prints as its four-character code where it is one ("-> !obj").
+/// A status that is a four-character code prints as such ("-> !obj").
 class SimulatedAudioHardware final : public AudioHardware {
  public:
   SimulatedAudioHardware(Journal& journal, SimulatedMainLoop& loop)
       : journal_(journal), loop_(loop) {}
 
-  // What happens on the desk.
+  // Events on the desk.
 
-  /// Plugs a device in, at that place in the list of devices (at its end when absent), under an
-  /// identifier that was never used before.
+  /// Plugs a device in under a new identifier, at `place` in the device list or else at its end.
   AudioObjectID plug(SimulatedDevice device, std::optional<std::size_t> place = std::nullopt);
-  /// The same under an identifier of the caller's choice, even a used one.
+  /// Does the same under the given identifier, which must not be plugged in but may be an old one.
   void plugAs(AudioObjectID id, SimulatedDevice device,
               std::optional<std::size_t> place = std::nullopt);
-  /// Takes a device away; its listeners go with it.
+  /// Unplugs a device and removes its listeners.
   void unplug(AudioObjectID id);
-  /// Brings the list of devices into this order.
+  /// Reorders the device list.
   void reorder(std::vector<AudioObjectID> order);
 
   /// Another program, or the device itself, sets the input volume.
   void setInputVolume(AudioObjectID id, float volume);
-  /// The device's own mute button: drives the input volume to zero, and the next time back to what
-  /// it was (to full volume if it was never above zero).
+  /// Presses the device's mute button: sets the input volume to zero, or restores the last volume
+  /// above zero (full volume if there was none).
   void pressMuteButton(AudioObjectID id);
-  /// Some process starts or stops using the device.
+  /// A process starts or stops using the device.
   void setRunning(AudioObjectID id, bool running);
-  /// Calls the listeners of a property although nothing has changed.
+  /// Calls the property's listeners, as if its value had changed.
   void announce(AudioObjectID object, const AudioPropertyAddress& address);
 
+  /// The device's input volume; 0 if it has none.
   float inputVolume(AudioObjectID id) const;
   std::vector<AudioObjectID> deviceList() const { return order_; }
   std::size_t listenerCount() const { return listeners_.size(); }
 
-  // How the server behaves.
+  // Behaviour of the server and of other programs.
 
-  /// How long after a change the listeners hear of it; at first in the next turn.
+  /// How long after a change the listeners are called; initially in the next turn.
   void setAnnouncementDelay(TimeInterval delay) { announcementDelay_ = delay; }
-  /// Whether a call that was under way when its listener was removed still arrives; at first so.
+  /// Whether a call that was queued when its listener was removed still arrives; initially true.
   void setDeliversAfterRemoval(bool delivers) { deliversAfterRemoval_ = delivers; }
-  /// A program that puts the input volume back so long after it sees it go to zero; none at first.
+  /// Another program restores the input volume `delay` after it drops to zero; initially none does.
   void setPutsVolumeBackAfter(std::optional<TimeInterval> delay) { putsBackAfter_ = delay; }
   void addFault(AudioFault fault) { faults_.push_back(fault); }
   void clearFaults() { faults_.clear(); }
 
-  /// Calls every listener in place once, now.
+  /// Calls every listener once, now.
   void fireListenersOnce();
 
   bool hasProperty(AudioObjectID object, const AudioPropertyAddress& address) override;

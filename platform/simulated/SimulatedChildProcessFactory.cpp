@@ -8,8 +8,7 @@ namespace hushbox {
 
 class SimulatedChildProcessFactory::Child final : public ChildProcess {
  public:
-  Child(SimulatedChildProcessFactory& processes, int number)
-      : processes_(processes), number_(number) {
+  Child(SimulatedChildProcessFactory& factory, int number) : factory_(factory), number_(number) {
     note("make");
   }
 
@@ -27,8 +26,8 @@ class SimulatedChildProcessFactory::Child final : public ChildProcess {
 
   bool launch() override {
     if (launched_) reportViolation("A child process was launched twice.");
-    const auto program = processes_.programs_.find(path_);
-    if (program != processes_.programs_.end()) output_ = program->second(arguments_);
+    const auto program = factory_.programs_.find(path_);
+    if (program != factory_.programs_.end()) output_ = program->second(arguments_);
     launched_ = output_.has_value();
     note(launched_ ? "launch -> true" : "launch -> false");
     return launched_;
@@ -48,15 +47,15 @@ class SimulatedChildProcessFactory::Child final : public ChildProcess {
 
  private:
   void note(const std::string& call) {
-    processes_.journal_.add("processes", number_, ' ', call,
-                            processes_.loop_.isMainThread() ? " on the main thread" : "");
+    factory_.journal_.add("processes", number_, ' ', call,
+                          factory_.loop_.isMainThread() ? " on the main thread" : "");
   }
 
   void requireLaunched() const {
-    if (!launched_) reportViolation("A child process was waited for that was never launched.");
+    if (!launched_) reportViolation("A child process was used without having been launched.");
   }
 
-  SimulatedChildProcessFactory& processes_;
+  SimulatedChildProcessFactory& factory_;
   int number_;
   std::string path_;
   std::vector<std::string> arguments_;

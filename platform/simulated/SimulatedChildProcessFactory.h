@@ -13,25 +13,24 @@
 
 namespace hushbox {
 
-/// Child processes by script: what each executable prints for its arguments.
+/// Scripted child processes: what each executable prints for its arguments.
 ///
-/// Lines of the journal, each with the number of the child: "1 make", "1 executable
-/// /usr/bin/pmset", "1 arguments -g accps", "1 launch -> true", "1 read 46 bytes", "1 wait". A call
-/// on the main thread ends in " on the main thread". Reading or waiting before a launch is a
+/// Journal lines, each with the child's number: "1 make", "1 executable /usr/bin/pmset",
+/// "1 arguments -g accps", "1 launch -> true", "1 read 46 bytes", "1 wait". The line of a call on
+/// the main thread ends in " on the main thread". Reading or waiting before the launch is a
 /// violation.
 class SimulatedChildProcessFactory final : public ChildProcessFactory {
  public:
-  /// What the program prints on its standard output; absent when it cannot be started.
+  /// Returns what the program prints on its standard output, or nullopt if it cannot be started.
   using Program =
       std::function<std::optional<std::string>(const std::vector<std::string>& arguments)>;
 
   SimulatedChildProcessFactory(Journal& journal, const SimulatedMainLoop& loop)
       : journal_(journal), loop_(loop) {}
 
-  /// Puts a program at that path, in place of the one before. A path without one cannot be
-  /// launched.
+  /// Installs a program at that path, replacing any other. Without one, a launch fails.
   void install(const std::string& path, Program program) { programs_[path] = std::move(program); }
-  /// The same with a program that always prints that.
+  /// Installs a program that prints `output` for any arguments.
   void install(const std::string& path, std::string output);
   void uninstall(const std::string& path) { programs_.erase(path); }
 

@@ -12,7 +12,7 @@ constexpr const char* powerManagementTool = "/usr/bin/pmset";
 
 void expectUnchanged(std::size_t before, std::size_t after, const std::string& what) {
   if (after == before) return;
-  reportViolation("After everything was let go of there was " + what + ": " +
+  reportViolation("After everything was destroyed there was " + what + ": " +
                   std::to_string(before) + " before, " + std::to_string(after) + " now.");
 }
 
@@ -63,7 +63,7 @@ void SimulatedDesk::checkThatNothingHappens() {
   expectUnchanged(subscribersAtOpening_, ChangePublisher::subscriberCount(), "a subscriber");
 }
 
-void SimulatedDesk::expectNoCalls(const std::string& whence, std::string_view exempt,
+void SimulatedDesk::expectNoCalls(const std::string& source, std::string_view exempt,
                                   const std::function<void()>& action) {
   const auto count = [&] { return journal.callCount() - journal.callCount(exempt); };
   const std::size_t before = count();
@@ -72,7 +72,7 @@ void SimulatedDesk::expectNoCalls(const std::string& whence, std::string_view ex
   const Lines lines = journal.lines();
   const std::string last =
       lines.size() > linesBefore ? " (the last one was " + lines.back() + ")" : "";
-  expectUnchanged(before, count(), "a call to the platform " + whence + last);
+  expectUnchanged(before, count(), "a call to the platform " + source + last);
 }
 
 }  // namespace hushbox

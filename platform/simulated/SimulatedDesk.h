@@ -24,9 +24,9 @@ namespace hushbox {
 
 /// A whole desk in memory, in scope as the platform for its own lifetime.
 ///
-/// At its end everything that is still in place (timers, listeners, delayed items, posted blocks,
-/// completions, menu rows) is fired once, and nothing must happen then: whatever was built on the
-/// desk has to be gone by that time.
+/// Its destruction calls everything that is still in place once (timers, listeners, delayed items,
+/// posted blocks, completions, menu rows) and checks that nothing happens: whatever uses the desk
+/// must have been destroyed before.
 class SimulatedDesk {
  public:
   SimulatedDesk();
@@ -34,21 +34,21 @@ class SimulatedDesk {
   SimulatedDesk(const SimulatedDesk&) = delete;
   SimulatedDesk& operator=(const SimulatedDesk&) = delete;
 
-  /// Moves the clock on; see SimulatedMainLoop.
+  /// Advances the clock; see SimulatedMainLoop.
   void advance(TimeInterval interval) { loop.advance(interval); }
 
-  /// Plugs the speakerphone in, unused and at that volume.
+  /// Plugs the speakerphone in, not in use, with that input volume.
   AudioObjectID plugSpeakerphone(float volume = 0.8F);
 
-  /// The power-management tool reports the speakerphone at that level and in that state.
+  /// Makes the power-management tool report the speakerphone's battery at `level` percent.
   void setBattery(int level, const std::string& state = "discharging");
-  /// The power-management tool prints this.
+  /// Makes the power-management tool print `report`.
   void setBatteryReport(std::string report);
 
-  /// Ends the platform's scope after the check described above. Reports a violation for each of: a
-  /// call to the platform, an announcement, a subscriber that is left. Exempt are background blocks
-  /// (they keep their owners on purpose and are let finish first) and the log records of
-  /// completions that answer after their asker has gone. Called by the destructor at the latest.
+  /// Does the check described above and ends the platform's scope; the destructor calls it. Each of
+  /// these is a violation: a call to the platform, an announcement, a remaining subscriber. Two
+  /// things are exempt: background blocks, which keep their owners alive on purpose and finish
+  /// first, and log records written by late completions.
   void close();
 
   Journal journal;
@@ -68,8 +68,9 @@ class SimulatedDesk {
 
  private:
   void checkThatNothingHappens();
-  /// `exempt` is the part of the journal whose calls are allowed.
-  void expectNoCalls(const std::string& whence, std::string_view exempt,
+  /// Runs `action` and reports a violation if it calls the platform. `source` describes the caller
+  /// in the message; calls to the journal's part `exempt` are allowed.
+  void expectNoCalls(const std::string& source, std::string_view exempt,
                      const std::function<void()>& action);
 
   std::size_t subscribersAtOpening_;

@@ -5,13 +5,13 @@
 
 namespace hushbox {
 
-/// An audio device as data.
+/// An audio device of the simulated hardware.
 struct SimulatedDevice {
-  /// Absent: reading it fails, as with a name that is no text.
+  /// If absent, reading the name fails.
   std::optional<std::string> name = std::nullopt;
-  /// Absent: the device has no input volume.
+  /// From 0 to 1; absent if the device has no input volume.
   std::optional<float> inputVolume = std::nullopt;
-  /// Whether some process is using it.
+  /// Whether a process is using the device.
   bool running = false;
 };
 

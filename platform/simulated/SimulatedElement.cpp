@@ -6,7 +6,7 @@
 namespace hushbox {
 namespace {
 
-/// Visits everything below `children` without recursion: trees may be very deep.
+/// Visits `elements` and everything below them, without recursion: a tree may be very deep.
 template <typename Visit>
 void visitAll(std::vector<SimulatedElementRef> elements, Visit visit) {
   for (std::size_t next = 0; next < elements.size(); ++next) {
@@ -19,7 +19,7 @@ void visitAll(std::vector<SimulatedElementRef> elements, Visit visit) {
 }  // namespace
 
 SimulatedElement::~SimulatedElement() {
-  // Flattened, because a deep tree would otherwise be destroyed by a deep recursion.
+  // Iterative, because destroying a deep tree by recursion could overflow the stack.
   std::vector<SimulatedElementRef> rest = std::move(children);
   while (!rest.empty()) {
     const SimulatedElementRef last = std::move(rest.back());

@@ -14,40 +14,39 @@
 
 namespace hushbox {
 
-/// What reading an attribute gives: a text, a value of another type, no value at all, or an error.
+/// The result of reading an attribute: a text, a value of another type, no value, or an error.
 using SimulatedAttribute =
     std::variant<std::string, OtherAttributeValue, std::monostate, AccessibilityError>;
 
-/// One element on the screen of a simulated application, as data.
+/// An element of a simulated application's user interface.
 ///
-/// Reading "AXChildren" gives `children`, unless an attribute of that name says otherwise. An
+/// Reading "AXChildren" returns `children`, unless `attributes` has an entry of that name. An
 /// attribute that is not listed is unsupported.
 class SimulatedElement final : public AccessibilityElement {
  public:
   using Attributes = std::map<std::string, SimulatedAttribute, std::less<>>;
 
-  /// `name` is what the journal calls it.
+  /// `name` identifies the element in the journal.
   explicit SimulatedElement(std::string name, Attributes attributes = {})
       : name(std::move(name)), attributes(std::move(attributes)) {}
   ~SimulatedElement() override;
 
-  /// Adds a child at the end and returns it.
+  /// Appends a child, with everything below it, and returns it.
   std::shared_ptr<SimulatedElement> append(std::shared_ptr<SimulatedElement> child);
   std::shared_ptr<SimulatedElement> append(std::string childName, Attributes childAttributes = {});
 
-  /// Takes the children away; whoever still refers to one of them, or to anything below, finds an
-  /// invalid element.
+  /// Removes all children. References to them and to anything below become invalid.
   void removeChildren();
   void removeChild(const std::shared_ptr<SimulatedElement>& child);
 
   std::string name;
   Attributes attributes;
   std::vector<std::shared_ptr<SimulatedElement>> children;
-  /// What performing an action does; without it every action is unsupported.
+  /// Performs an action; if empty, every action is unsupported.
   std::function<AccessibilityError(std::string_view action)> perform;
-  /// Whether it has left the screen.
+  /// Whether it was removed from the screen.
   bool gone = false;
-  /// The tree and the process that show it; set by the tree and handed on to children.
+  /// The tree and the process that it belongs to; set by the tree and passed on to children.
   struct Origin {
     std::shared_ptr<const void> tree;
     std::int32_t processIdentifier = 0;

@@ -10,17 +10,16 @@
 
 namespace hushbox {
 
-/// The user's clock: the text "10:42", or what a wall clock shows. Reading it leaves no line in the
-/// journal, only a count.
+/// The time of day: a fixed text, initially "10:42", or a wall clock. Reads are counted in the
+/// journal but add no line.
 class SimulatedLocale final : public Locale {
  public:
   SimulatedLocale(Journal& journal, const SimulatedMainLoop& loop)
       : journal_(journal), loop_(loop) {}
 
-  /// From now on the time of day is this text and stands still.
+  /// Sets a fixed time of day.
   void setShortTime(std::string text) { fixed_ = std::move(text); }
-  /// From now on it is a wall clock that shows so many seconds since midnight at this moment and
-  /// goes with the loop's clock, in the style "10:42". Called again, the wall clock jumps.
+  /// Sets the wall clock, which follows the loop's clock and shows times like "10:42".
   void setTimeOfDay(TimeInterval sinceMidnight);
 
   std::string shortTime() override;
@@ -29,7 +28,7 @@ class SimulatedLocale final : public Locale {
   Journal& journal_;
   const SimulatedMainLoop& loop_;
   std::optional<std::string> fixed_ = "10:42";
-  /// Where midnight lies on the loop's clock.
+  /// The loop's time at midnight.
   TimeInterval midnight_{};
 };
 

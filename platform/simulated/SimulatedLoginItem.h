@@ -6,8 +6,7 @@
 
 namespace hushbox {
 
-/// The registration at login as a switch. Lines of the journal: "status -> 0", "register -> true",
-/// "unregister -> false".
+/// A login item in memory. Journal lines: "status -> 0", "register -> true", "unregister -> false".
 class SimulatedLoginItem final : public LoginItem {
  public:
   SimulatedLoginItem(Journal& journal, const SimulatedMainLoop& loop)
@@ -15,9 +14,9 @@ class SimulatedLoginItem final : public LoginItem {
 
   /// The user changes the registration in the system's settings.
   void setStatus(Status status) { status_ = status; }
-  /// What a registration that is not refused leads to; `enabled` at first.
+  /// The status after a successful registration; initially `enabled`.
   void setStatusAfterRegistration(Status status) { statusAfterRegistration_ = status; }
-  /// Whether the system refuses from now on, leaving the status as it is.
+  /// Whether the system refuses a change, which then leaves the status as it is.
   void setRefusesRegistration(bool refuses) { refusesRegistration_ = refuses; }
   void setRefusesUnregistration(bool refuses) { refusesUnregistration_ = refuses; }
 

@@ -11,21 +11,22 @@
 namespace hushbox {
 namespace {
 
-/// More turns than this without the clock moving on is a loop that never comes to rest.
-constexpr int turnsPerInstant = 100'000;
+/// A loop that runs more turns than this while the clock stands still never becomes idle.
+constexpr int maxTurnsPerInstant = 100'000;
 
-/// What the platforms make of a timer interval of zero or less.
-constexpr TimeInterval shortestInterval{0.0001};
+/// The platforms round a timer interval of zero or less up to this.
+constexpr TimeInterval minInterval{0.0001};
 
-/// An application that has not been asked to end after so long never will be.
-constexpr std::chrono::hours longestRun{24 * 30};
+/// An application that was not asked to quit after this time never will be.
+constexpr std::chrono::hours maxRunTime{24 * 30};
 
-constexpr TimeInterval longestDelay{std::chrono::hours{24 * 365 * 100}};
+/// Keeps deadlines within the range of Instant.
+constexpr TimeInterval maxDelay{std::chrono::hours{24 * 365 * 100}};
 
 std::chrono::nanoseconds wholeNanoseconds(TimeInterval interval) {
-  // NaN compares false with everything and ends up as zero.
+  // NaN compares false and becomes zero.
   if (!(interval > TimeInterval::zero())) return {};
-  const double seconds = std::min(interval, longestDelay).count();
+  const double seconds = std::min(interval, maxDelay).count();
   return std::chrono::nanoseconds{std::llround(seconds * 1e9)};
 }
 
@@ -41,9 +42,9 @@ Instant SimulatedMainLoop::later(TimeInterval interval) const {
   return now_ + wholeNanoseconds(interval);
 }
 
-void SimulatedMainLoop::enqueue(Instant due, std::function<void()> run, bool ofSurroundings) {
+void SimulatedMainLoop::enqueue(Instant due, std::function<void()> run, bool ofEnvironment) {
   const std::uint64_t tie = shuffle_ ? (*shuffle_)() : 0;
-  events_.emplace(Deadline{due, tie, sequence_++}, Event{std::move(run), ofSurroundings});
+  events_.emplace(Deadline{due, tie, sequence_++}, Event{std::move(run), ofEnvironment});
 }
 
 void SimulatedMainLoop::runNext() {
@@ -67,8 +68,8 @@ bool SimulatedMainLoop::advanceUntil(const std::function<bool()>& condition, Tim
     runNext();
     holds = condition();
     turns = std::exchange(moment, now_) == now_ ? turns + 1 : 0;
-    if (turns > turnsPerInstant) {
-      reportViolation("The main loop does not come to rest: blocks go on making blocks due now.");
+    if (turns > maxTurnsPerInstant) {
+      reportViolation("The main loop never becomes idle: blocks keep scheduling blocks due now.");
       break;
     }
   }
@@ -85,10 +86,10 @@ int SimulatedMainLoop::run() {
   journal_.add("loop", "run");
   if (std::exchange(running_, true))
     reportViolation("The main loop was run from one of its blocks.");
-  const Instant end = now_ + longestRun;
+  const Instant end = now_ + maxRunTime;
   while (!terminated_) {
     if (events_.empty() || now_ > end) {
-      reportViolation("The application runs and nothing in place ever ends it.");
+      reportViolation("The application runs, and nothing scheduled ever ends it.");
       break;
     }
     runNext();
@@ -112,7 +113,7 @@ RegistrationToken SimulatedMainLoop::scheduleRepeating(TimeInterval interval,
                                                        std::function<void()> block) {
   journal_.add("loop", "repeat every ", interval.count(), " s");
   requireMainThread("scheduleRepeating");
-  const auto whole = wholeNanoseconds(std::max(interval, shortestInterval));
+  const auto whole = wholeNanoseconds(std::max(interval, minInterval));
   auto timer = std::make_shared<Timer>(Timer{whole, std::move(block), now_ + whole});
   arm(timer);
   return RegistrationToken(std::move(timer));
@@ -120,7 +121,7 @@ RegistrationToken SimulatedMainLoop::scheduleRepeating(TimeInterval interval,
 
 void SimulatedMainLoop::arm(const std::shared_ptr<Timer>& timer) {
   enqueue(timer->due, [this, timer] {
-    // The next firing is in place before this one runs, and missed ones are left out.
+    // Armed before the block runs, as on real platforms; missed firings are skipped.
     timer->due += ((now_ - timer->due) / timer->interval + 1) * timer->interval;
     arm(timer);
     timer->block();
@@ -181,7 +182,7 @@ void SimulatedMainLoop::resumeUtilityQueue() {
 }
 
 void SimulatedMainLoop::after(TimeInterval delay, std::function<void()> event) {
-  enqueue(later(delay), std::move(event), /*ofSurroundings=*/true);
+  enqueue(later(delay), std::move(event), /*ofEnvironment=*/true);
 }
 
 void SimulatedMainLoop::deliver(TimeInterval delay, std::function<void()> callback) {
@@ -203,7 +204,7 @@ void SimulatedMainLoop::requireMainThread(std::string_view operation) const {
 void SimulatedMainLoop::fireEverythingOnce() {
   for (auto pending = std::exchange(events_, {}); !pending.empty();) {
     auto next = pending.extract(pending.begin());
-    if (next.mapped().ofSurroundings) continue;
+    if (next.mapped().ofEnvironment) continue;
     now_ = std::max(now_, next.key().due);
     next.mapped().run();
   }

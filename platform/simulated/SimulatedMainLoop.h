@@ -17,64 +17,67 @@
 
 namespace hushbox {
 
-/// A main loop on a clock that stands still until it is told to move, to the nanosecond.
+/// A main loop with a virtual clock that moves only when told to, exact to the nanosecond.
 ///
-/// What is due runs in the order of the deadlines; ties in the order of their making, or shuffled.
-/// Everything is on one thread; "another thread" is a stretch in which `isMainThread()` is false.
-/// Lines of the journal: "repeat every 60 s", "after 0.3 s", "post", "utility", "run", "terminate".
+/// Events run in the order of their deadlines; events with the same deadline run in the order in
+/// which they were scheduled, or shuffled. Everything runs on one thread; "another thread" is
+/// simulated by `isMainThread()` returning false.
+///
+/// Journal lines: "repeat every 60 s", "after 0.3 s", "post", "utility", "run", "terminate".
 class SimulatedMainLoop final : public MainLoop {
  public:
   explicit SimulatedMainLoop(Journal& journal) : journal_(journal) {}
 
-  /// Moves the clock on, running everything due up to and including the end. What falls due while a
-  /// block keeps the thread beyond the end waits for the next call.
+  /// Advances the clock and runs everything due up to and including the end. If a block takes the
+  /// clock past the end, what is due after the end waits for the next call.
   void advance(TimeInterval interval);
 
-  /// The same, turn by turn, only until the condition holds; false when it does not by the end.
+  /// Does the same, but stops after the turn in which `condition` becomes true. Returns false if it
+  /// never does.
   bool advanceUntil(const std::function<bool()>& condition, TimeInterval limit);
 
-  /// Runs everything that is due now, and what that makes due now.
+  /// Runs everything that is due now, and whatever that makes due now.
   void runUntilIdle() { advance(TimeInterval::zero()); }
 
-  /// Lets time pass without running anything: the machine sleeps, or a block keeps the main thread.
+  /// Advances the clock without running anything: the machine sleeps or a block is busy.
   void sleep(TimeInterval interval);
 
-  /// After `sleep`: runs what is overdue, each repeating timer once.
+  /// Runs what has become due during `sleep`, each repeating timer once.
   void wake() { runUntilIdle(); }
 
-  /// From now on whatever falls due at the same moment runs in an order drawn from `seed`; blocks
-  /// posted with `mainAsync` keep theirs among themselves.
+  /// From now on, runs events with the same deadline in an order drawn from `seed`. Blocks posted
+  /// with `mainAsync` keep their order among each other.
   void shuffleTies(std::uint64_t seed) { shuffle_.emplace(seed); }
 
-  /// How long after its submission a utility block runs; at first it runs in the next turn.
+  /// How long after its submission a utility block runs; initially in the next turn.
   void setUtilityLatency(TimeInterval latency) { utilityLatency_ = latency; }
 
-  /// Keeps utility blocks, also those that wait already, until they are released.
+  /// Holds all utility blocks, including those already waiting, until they are released.
   void holdUtilityQueue();
-  /// Runs the waiting utility block at that place in line (0 is the oldest) to its end, now. False
-  /// when there is none.
+  /// Runs the waiting utility block at `index` (0 is the oldest) now. Returns false if there is
+  /// none.
   bool releaseUtilityBlock(std::size_t index = 0);
-  /// Ends the holding; blocks that wait run after the latency.
+  /// Stops holding; waiting blocks run after the latency.
   void resumeUtilityQueue();
   std::size_t waitingUtilityBlocks() const { return utility_.size(); }
 
-  /// Something that the surroundings do by themselves after so long. Neither journaled nor counted.
+  /// Schedules an event of the program's environment. Not journaled or counted;
+  /// `fireEverythingOnce` drops it.
   void after(TimeInterval delay, std::function<void()> event);
 
-  /// The same for a callback into the program, which is still owed when everything else has ended.
+  /// Schedules a callback into the program. Not journaled or counted; `fireEverythingOnce` runs it.
   void deliver(TimeInterval delay, std::function<void()> callback);
 
   /// Runs and destroys `block` as if on another thread.
   void runInBackground(std::function<void()> block);
 
-  /// Reports a violation unless it is called on the main thread.
+  /// Reports a violation unless called on the main thread.
   void requireMainThread(std::string_view operation) const;
 
   bool terminated() const { return terminated_; }
 
-  /// Runs every timer, delayed item, posted block and callback that is in place, each once and at
-  /// its time at the earliest, but nothing of what they put in place anew. Events of the
-  /// surroundings are dropped.
+  /// Runs every timer, delayed item, posted block and callback in place once, advancing the clock
+  /// to each deadline, but nothing that they schedule. Drops events of the environment.
   void fireEverythingOnce();
 
   Instant now() const override;
@@ -84,7 +87,7 @@ class SimulatedMainLoop final : public MainLoop {
   void mainAsync(std::function<void()> block) override;
   void utilityAsync(std::function<void()> block) override;
 
-  /// Runs what is in place, moving the clock from deadline to deadline, until `terminate()`.
+  /// Advances the clock from deadline to deadline until `terminate()`.
   int run() override;
   void terminate() override;
 
@@ -98,11 +101,11 @@ class SimulatedMainLoop final : public MainLoop {
   };
   struct Event {
     std::function<void()> run;
-    bool ofSurroundings = false;
+    bool ofEnvironment = false;
   };
   using UtilityBlock = std::shared_ptr<std::function<void()>>;
 
-  void enqueue(Instant due, std::function<void()> run, bool ofSurroundings = false);
+  void enqueue(Instant due, std::function<void()> run, bool ofEnvironment = false);
   void arm(const std::shared_ptr<Timer>& timer);
   void runNext();
   void runNextPosted();

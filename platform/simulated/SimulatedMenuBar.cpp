@@ -36,7 +36,7 @@ bool SimulatedMenuBar::choose(std::string_view text) {
   const auto row = std::find_if(rows_.begin(), rows_.end(),
                                 [text](const MenuRow& one) { return one.text == text; });
   if (row == rows_.end() || !row->enabled || !row->action) return false;
-  // A copy: the action may replace the rows.
+  // Copied, because the action may replace the rows.
   const auto action = row->action;
   action();
   return true;

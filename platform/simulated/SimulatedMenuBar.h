@@ -11,7 +11,7 @@
 
 namespace hushbox {
 
-/// A menu bar that keeps what it shows. Lines of the journal: "icon \"description\"", "rows 8".
+/// A menu bar in memory. Journal lines: "icon \"description\"", "rows 8".
 class SimulatedMenuBar final : public MenuBar {
  public:
   SimulatedMenuBar(Journal& journal, const SimulatedMainLoop& loop)
@@ -19,22 +19,22 @@ class SimulatedMenuBar final : public MenuBar {
 
   const Image& icon() const { return icon_; }
   const std::string& description() const { return description_; }
-  /// What drawing the icon comes to, one operation a line; empty when it does not draw.
+  /// Returns the operations that draw the icon, one per line; empty if it does not draw.
   Lines drawing() const;
 
   const std::vector<MenuRow>& rows() const { return rows_; }
-  /// The rows as a user reads them: "(text)" for one that cannot be chosen, "---" for a separator,
-  /// "text" for a button, "[x] text" or "[ ] text" for a toggle, with " (key q)" where there is
-  /// one.
+  /// Returns the rows as a user reads them: "(text)" for a text, "---" for a separator, "text" for
+  /// a button, "[x] text" or "[ ] text" for a toggle; " (key q)" follows where there is a shortcut.
   Lines rowLines() const;
 
-  /// How often each was shown.
+  /// How often the icon and the rows were set.
   std::size_t iconCount() const { return iconCount_; }
   std::size_t rowsCount() const { return rowsCount_; }
 
-  /// The user chooses the first row with that text. False when there is none that can be chosen.
+  /// The user chooses the first row with that text. Returns false if there is none or it cannot be
+  /// chosen.
   bool choose(std::string_view text);
-  /// Runs the action of every row, whether or not a user could choose it.
+  /// Runs the action of every row, even of those that a user cannot choose.
   void chooseEveryRow();
 
   void setIcon(const Image& icon, const std::string& description) override;

@@ -11,23 +11,23 @@
 
 namespace hushbox {
 
-/// Teams on the desk: an application that shows its chat window and, during a meeting, a second one
-/// with a microphone button, whose label says what pressing it does.
+/// Teams on the simulated desk: an application with a chat window and, during a meeting, a meeting
+/// window with a microphone button whose label says what pressing it does.
 class SimulatedTeams {
  public:
   SimulatedTeams(SimulatedMainLoop& loop, SimulatedAccessibilityTree& tree,
                  SimulatedWorkspace& workspace)
       : loop_(loop), tree_(tree), workspace_(workspace) {}
 
-  /// Starts the application. The element in the journal is "application <process identifier>".
+  /// Starts the application. Its element in the journal is "application <process identifier>".
   void launch(std::string bundleIdentifier = "com.microsoft.teams2",
               std::int32_t processIdentifier = 501);
   void quit();
   void freeze() { tree_.freeze(processIdentifier_); }
   void thaw() { tree_.thaw(processIdentifier_); }
 
-  /// Puts up the meeting window, launching the application where it does not run yet. In the
-  /// journal the elements are "meeting", "toolbar" and "microphone".
+  /// Opens the meeting window, starting the application if necessary. The elements in the journal
+  /// are "meeting", "toolbar" and "microphone".
   void joinMeeting(bool muted = false);
   void leaveMeeting();
 
@@ -36,15 +36,15 @@ class SimulatedTeams {
   /// The user mutes or unmutes by mouse or keyboard.
   void setMuted(bool muted);
 
-  /// How often the button was pressed through the accessibility tree with success.
+  /// How often the button was pressed successfully through the accessibility tree.
   std::size_t pressCount() const { return pressCount_; }
   /// What pressing the button returns; anything but success presses nothing.
   void setPressStatus(AccessibilityError status) { pressStatus_ = status; }
-  /// How long after a press the label changes; at once at first.
+  /// How long after a press the label changes; initially at once.
   void setPressLatency(std::optional<TimeInterval> latency) { pressLatency_ = latency; }
 
   std::int32_t processIdentifier() const { return processIdentifier_; }
-  /// The application, and the microphone button; empty when there is none.
+  /// The application and the microphone button; null if there is none.
   const SimulatedElementRef& application() const { return application_; }
   const SimulatedElementRef& microphone() const { return microphone_; }
 

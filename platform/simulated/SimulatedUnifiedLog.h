@@ -10,13 +10,13 @@
 
 namespace hushbox {
 
-/// A log that keeps its records. Lines of the journal: "jabra info: Attached to …".
+/// A log in memory. Journal lines: "jabra info: Attached to …".
 class SimulatedUnifiedLog final : public UnifiedLog {
  public:
   explicit SimulatedUnifiedLog(Journal& journal) : journal_(journal) {}
 
   const std::vector<LogRecord>& records() const { return records_; }
-  /// The texts of one category's records, in order.
+  /// Returns the texts of one category's records, in order.
   Lines texts(std::string_view category) const;
 
   void write(std::string_view subsystem, std::string_view category, LogLevel level,

@@ -13,29 +13,29 @@
 
 namespace hushbox {
 
-/// A notification service that shows nothing and answers as told.
+/// A scripted notification service that shows nothing.
 ///
-/// Lines of the journal: "request authorization 6", "add \"title\" \"body\" with sound".
+/// Journal lines: "request authorization 6", "add \"title\" \"body\" with sound".
 class SimulatedUserNotifications final : public UserNotifications {
  public:
-  /// When a completion comes: in a later turn on another thread, inside the call on the caller's,
-  /// or not before `answerWaiting()`.
+  /// When completions are called: `later` in a later turn and on another thread, `atOnce` during
+  /// the call, `whenAsked` not before `answerWaiting()`.
   enum class Answers { later, atOnce, whenAsked };
 
   SimulatedUserNotifications(Journal& journal, SimulatedMainLoop& loop)
       : journal_(journal), loop_(loop) {}
 
-  /// The user's answer; at first permission is given.
+  /// The user's answer; initially permission is granted.
   void setAuthorization(bool granted, std::optional<std::string> error = std::nullopt);
-  /// What becomes of a notification; at first it is shown.
+  /// The error of `add`; initially none.
   void setAddError(std::optional<std::string> error) { addError_ = std::move(error); }
   void setAnswers(Answers when, TimeInterval delay = {});
 
-  /// Gives every answer that is still due, now and on another thread.
+  /// Calls every waiting completion now, on another thread.
   void answerWaiting();
   std::size_t waitingAnswers() const { return waiting_.size(); }
 
-  /// Every notification that was asked for, also those that failed.
+  /// Every notification that was requested, including those that failed.
   const std::vector<NotificationRequest>& requests() const { return requests_; }
 
   void requestAuthorization(

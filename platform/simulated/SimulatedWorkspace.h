@@ -11,13 +11,13 @@
 
 namespace hushbox {
 
-/// The running applications as a list. Line of the journal: "applications: 501 502".
+/// The running applications as a list. Journal line: "applications: 501 502".
 class SimulatedWorkspace final : public Workspace {
  public:
   SimulatedWorkspace(Journal& journal, const SimulatedMainLoop& loop)
       : journal_(journal), loop_(loop) {}
 
-  /// Adds an application at that place in the list, at its end when absent.
+  /// Adds an application at `place` in the list, or else at its end.
   void launch(RunningApplication application, std::optional<std::size_t> place = std::nullopt);
   void quit(std::int32_t processIdentifier);
 

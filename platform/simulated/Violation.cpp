@@ -14,12 +14,12 @@ ViolationHandler& currentHandler() {
 
 }  // namespace
 
-void reportViolation(const std::string& sentence) {
+void reportViolation(const std::string& message) {
   if (const ViolationHandler handler = currentHandler()) {
-    handler(sentence);
+    handler(message);
     return;
   }
-  std::fprintf(stderr, "simulated platform: %s\n", sentence.c_str());
+  std::fprintf(stderr, "simulated platform: %s\n", message.c_str());
   std::abort();
 }
 

@@ -5,14 +5,14 @@
 
 namespace hushbox {
 
-using ViolationHandler = std::function<void(const std::string& sentence)>;
+using ViolationHandler = std::function<void(const std::string& message)>;
 
-/// Tells that something was done that no platform allows, or that would hang or crash a real one.
-/// Ends the program with the sentence on standard error, unless a handler is set.
-void reportViolation(const std::string& sentence);
+/// Reports a use of the simulated platform that no real platform allows, or that would hang or
+/// crash one. Aborts with the message on standard error, unless a handler is set.
+void reportViolation(const std::string& message);
 
-/// Sets who hears of violations from now on and returns who did until then; empty for ending the
-/// program. Meant for the simulated platform's own tests.
+/// Sets the handler and returns the previous one; an empty handler aborts the program. For the
+/// simulated platform's own tests.
 ViolationHandler setViolationHandler(ViolationHandler handler);
 
 }  // namespace hushbox

@@ -20,7 +20,7 @@ class HushboxAppTest : public testing::Test {
   std::optional<HushboxApp> app_;
 };
 
-TEST_F(HushboxAppTest, MakesNoCoordinatorBeforeTheSceneIsBuilt) {
+TEST_F(HushboxAppTest, CreatesNoCoordinatorBeforeTheSceneIsBuilt) {
   app_.emplace();
   EXPECT_EQ(desk.journal.callCount(), 0U);
 }
@@ -53,7 +53,7 @@ TEST_F(HushboxAppTest, IconFollowsConnectionCallAndMuteState) {
   EXPECT_EQ(desk.menuBar.description(), "Hushbox: On a call — muted");
 }
 
-TEST_F(HushboxAppTest, AnnouncementsOfOneTurnCostOneRedrawAfterTheValuesHaveChanged) {
+TEST_F(HushboxAppTest, ChangesInOneTurnCauseOneRedrawAfterwards) {
   const AudioObjectID device = desk.plugSpeakerphone();
   build();
   desk.loop.runUntilIdle();
@@ -67,19 +67,19 @@ TEST_F(HushboxAppTest, AnnouncementsOfOneTurnCostOneRedrawAfterTheValuesHaveChan
   EXPECT_EQ(desk.menuBar.description(), "Hushbox: Jabra not connected");
 }
 
-TEST_F(HushboxAppTest, NothingIsShownAgainWhileNothingLooksDifferent) {
+TEST_F(HushboxAppTest, UnchangedIconAndMenuAreNotShownAgain) {
   desk.plugSpeakerphone();
   build();
   desk.advance(TimeInterval{1.0});
   const std::size_t icons = desk.menuBar.iconCount();
   const std::size_t menus = desk.menuBar.rowsCount();
-  // The poll announces once a second while no call is up.
+  // Outside a call the poll announces a change once per second.
   desk.advance(TimeInterval{30.0});
   EXPECT_EQ(desk.menuBar.iconCount(), icons);
   EXPECT_EQ(desk.menuBar.rowsCount(), menus);
 }
 
-TEST_F(HushboxAppTest, MenuChangesWithTheBatteryAndTheIconDoesNot) {
+TEST_F(HushboxAppTest, BatteryChangesTheMenuButNotTheIcon) {
   build();
   desk.loop.runUntilIdle();
   const std::size_t icons = desk.menuBar.iconCount();
@@ -89,7 +89,7 @@ TEST_F(HushboxAppTest, MenuChangesWithTheBatteryAndTheIconDoesNot) {
   EXPECT_EQ(desk.menuBar.iconCount(), icons);
 }
 
-TEST_F(HushboxAppTest, PermissionGrantedInTheSettingsTakesTheButtonAwayWithinASecond) {
+TEST_F(HushboxAppTest, GrantButtonDisappearsWithinASecondOfTheGrant) {
   desk.accessibility.setTrusted(false);
   build();
   EXPECT_TRUE(desk.menuBar.choose("Grant Accessibility…"));
@@ -98,7 +98,7 @@ TEST_F(HushboxAppTest, PermissionGrantedInTheSettingsTakesTheButtonAwayWithinASe
   EXPECT_FALSE(desk.menuBar.choose("Grant Accessibility…"));
 }
 
-TEST_F(HushboxAppTest, SwitchIsRedrawnWhenItGoesBack) {
+TEST_F(HushboxAppTest, SwitchIsRedrawnWhenItReverts) {
   desk.loginItem.setRefusesRegistration(true);
   build();
   desk.menuBar.choose("Launch at login");
@@ -110,7 +110,7 @@ TEST_F(HushboxAppTest, SwitchIsRedrawnWhenItGoesBack) {
   EXPECT_EQ(desk.menuBar.rowLines()[3], "[x] Launch at login");
 }
 
-TEST_F(HushboxAppTest, ChoosingARowAfterTheApplicationHasGoneDoesNothing) {
+TEST_F(HushboxAppTest, ChoosingARowAfterDestructionDoesNothing) {
   build();
   app_.reset();
   EXPECT_TRUE(desk.menuBar.choose("Launch at login"));

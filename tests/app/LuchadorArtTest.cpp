@@ -14,7 +14,7 @@ namespace {
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
-// A curve's points are the first control point, the second, and the end.
+// The points of a curve are its first control point, its second and its end.
 const std::string mask =
     "fill evenOdd: M 50 4 C 76 4 92 22 92 46 C 92 70 76 92 50 96 C 24 92 8 70 8 46 "
     "C 8 22 24 4 50 4 Z"
@@ -30,14 +30,14 @@ Lines drawn(const Image& image) {
   return canvas.lines();
 }
 
-TEST(LuchadorArt, ImageIs18PointsSquareAndFlipped) {
+TEST(LuchadorArtTest, ImageIs18PointsSquareAndFlipped) {
   const Image image = LuchadorArt::menuBarImage(false, true, std::nullopt);
   EXPECT_EQ(image.width, 18);
   EXPECT_EQ(image.height, 18);
   EXPECT_TRUE(image.flipped);
 }
 
-TEST(LuchadorArt, IsATemplateExactlyWithoutATint) {
+TEST(LuchadorArtTest, IsATemplateOnlyWithoutATint) {
   EXPECT_TRUE(LuchadorArt::menuBarImage(false, true, std::nullopt).isTemplate);
   EXPECT_TRUE(LuchadorArt::menuBarImage(true, false, std::nullopt).isTemplate);
   EXPECT_FALSE(LuchadorArt::menuBarImage(true, true, Color::systemRed).isTemplate);
@@ -45,19 +45,19 @@ TEST(LuchadorArt, IsATemplateExactlyWithoutATint) {
   EXPECT_FALSE(LuchadorArt::menuBarImage(false, true, Color::black).isTemplate);
 }
 
-TEST(LuchadorArt, MaskHasFourHolesByTheEvenOddRule) {
+TEST(LuchadorArtTest, MaskHasFourHolesByTheEvenOddRule) {
   EXPECT_THAT(drawn(LuchadorArt::menuBarImage(false, true, std::nullopt)),
               ElementsAre("scale 0.18 0.18", "fill color black", mask));
 }
 
-TEST(LuchadorArt, MutedIsSlashedWithAnErasedBandAround) {
+TEST(LuchadorArtTest, MutedMaskHasASlashInAnErasedBand) {
   EXPECT_THAT(drawn(LuchadorArt::menuBarImage(true, true, std::nullopt)),
               ElementsAre("scale 0.18 0.18", "fill color black", mask, "blend clear",
                           "stroke width 22" + slash, "blend normal", "stroke color black",
                           "stroke width 10" + slash));
 }
 
-TEST(LuchadorArt, EveryCombinationDrawsItsOwnSteps) {
+TEST(LuchadorArtTest, EveryCombinationDrawsTheExpectedSteps) {
   for (const bool muted : {false, true}) {
     for (const bool connected : {false, true}) {
       for (const auto& [tint, name] :
@@ -82,11 +82,11 @@ TEST(LuchadorArt, EveryCombinationDrawsItsOwnSteps) {
   }
 }
 
-TEST(LuchadorArt, WithoutAContextItReportsFailure) {
+TEST(LuchadorArtTest, DrawingWithoutACanvasReturnsFalse) {
   EXPECT_FALSE(LuchadorArt::menuBarImage(true, false, Color::systemRed).draw(nullptr));
 }
 
-TEST(LuchadorArt, EachRenderingDrawsAfresh) {
+TEST(LuchadorArtTest, EachRenderingDrawsAgain) {
   const Image image = LuchadorArt::menuBarImage(true, false, Color::systemRed);
   const Image copy = image;
   EXPECT_EQ(drawn(image), drawn(image));

@@ -9,7 +9,7 @@
 namespace hushbox {
 namespace {
 
-/// The menu on a desk, its rows shown through the menu bar so that a person's reading is asserted.
+/// The menu on the simulated desk, shown in the menu bar so that tests compare what a user reads.
 class MenuContentTest : public testing::Test {
  protected:
   MenuContent& menu() {
@@ -43,7 +43,7 @@ class MenuContentTest : public testing::Test {
   std::optional<MenuContent> menu_;
 };
 
-TEST_F(MenuContentTest, LeavesOutWhatIsUnknownOrNotNeeded) {
+TEST_F(MenuContentTest, OmitsRowsThatAreUnknownOrNotNeeded) {
   EXPECT_EQ(shown(), (Lines{"(Jabra not connected)", "(Waiting for Jabra button…)", "---",
                             "[ ] Launch at login", "---", "Quit Hushbox (key q)"}));
 }
@@ -55,7 +55,7 @@ TEST_F(MenuContentTest, HasSevenRowsOnceAccessibilityIsGranted) {
                    "[ ] Launch at login", "---", "Quit Hushbox (key q)"}));
 }
 
-TEST_F(MenuContentTest, ShowsEveryRowInItsOrder) {
+TEST_F(MenuContentTest, ShowsEveryRowInOrder) {
   desk.accessibility.setTrusted(false);
   desk.loginItem.setStatus(LoginItem::Status::enabled);
   battery(42, "charging");
@@ -64,7 +64,7 @@ TEST_F(MenuContentTest, ShowsEveryRowInItsOrder) {
                             "[x] Launch at login", "---", "Quit Hushbox (key q)"}));
 }
 
-TEST_F(MenuContentTest, SaysWhetherACallIsUpAndHeard) {
+TEST_F(MenuContentTest, FirstRowSaysWhetherACallIsLiveOrMuted) {
   const AudioObjectID device = desk.plugSpeakerphone(0.0F);
   EXPECT_EQ(firstRow(), "(Not on a call)");
   desk.audio.setRunning(device, true);
@@ -75,7 +75,7 @@ TEST_F(MenuContentTest, SaysWhetherACallIsUpAndHeard) {
   EXPECT_EQ(firstRow(), "(On a call — live)");
 }
 
-TEST_F(MenuContentTest, SaysNotConnectedWhateverTheMuteState) {
+TEST_F(MenuContentTest, FirstRowSaysNotConnectedInAnyMuteState) {
   const AudioObjectID device = desk.plugSpeakerphone(0.0F);
   menu();
   desk.audio.setRunning(device, true);
@@ -84,23 +84,23 @@ TEST_F(MenuContentTest, SaysNotConnectedWhateverTheMuteState) {
   EXPECT_EQ(firstRow(), "(Jabra not connected)");
 }
 
-TEST_F(MenuContentTest, ShowsALevelOfZeroAndNeverAnUnknownOne) {
+TEST_F(MenuContentTest, ShowsABatteryLevelOfZero) {
   battery(0, "discharging");
   EXPECT_EQ(shown()[1], "(Battery: 0%)");
 }
 
-TEST_F(MenuContentTest, LeavesOutTheBatteryWhileItsLevelIsUnknown) {
+TEST_F(MenuContentTest, OmitsTheBatteryWhileItsLevelIsUnknown) {
   EXPECT_EQ(shown()[1], "(Waiting for Jabra button…)");
 }
 
-TEST_F(MenuContentTest, LooksAtThePermissionEachTimeItIsBuilt) {
+TEST_F(MenuContentTest, ReadsThePermissionEachTimeItIsBuilt) {
   desk.accessibility.setTrusted(false);
   EXPECT_EQ(shown().size(), 7U);
   desk.accessibility.setTrusted(true);
   EXPECT_EQ(shown().size(), 6U);
 }
 
-TEST_F(MenuContentTest, NeverTranslatesTheStatusLine) {
+TEST_F(MenuContentTest, DoesNotLocaliseTheStatusLine) {
   desk.accessibility.setTrusted(false);
   battery(50, "discharging");
   std::vector<bool> localized;
@@ -110,27 +110,27 @@ TEST_F(MenuContentTest, NeverTranslatesTheStatusLine) {
   EXPECT_EQ(localized, (std::vector<bool>{true, true, false, true, true, true}));
 }
 
-TEST_F(MenuContentTest, GrantAccessibilityLetsTheSystemAsk) {
+TEST_F(MenuContentTest, GrantAccessibilityPromptsTheUser) {
   desk.accessibility.setTrusted(false);
   shown();
   ASSERT_TRUE(desk.menuBar.choose("Grant Accessibility…"));
   EXPECT_EQ(desk.accessibility.promptCount(), 1U);
 }
 
-TEST_F(MenuContentTest, QuitAsksTheApplicationToTerminate) {
+TEST_F(MenuContentTest, QuitTerminatesTheApplication) {
   shown();
   ASSERT_TRUE(desk.menuBar.choose("Quit Hushbox"));
   EXPECT_EQ(desk.loop.run(), 0);
 }
 
-TEST_F(MenuContentTest, SwitchStartsAtTheSystemsStateAndIsNotReadAgain) {
+TEST_F(MenuContentTest, SwitchReadsTheSystemsStateOnlyAtFirst) {
   desk.loginItem.setStatus(LoginItem::Status::enabled);
   shown();
   desk.loginItem.setStatus(LoginItem::Status::notRegistered);
   EXPECT_TRUE(menu().launchAtLogin());
 }
 
-TEST_F(MenuContentTest, ApprovalThatIsStillWantedCountsAsOff) {
+TEST_F(MenuContentTest, SwitchIsOffWhileApprovalIsRequired) {
   desk.loginItem.setStatus(LoginItem::Status::requiresApproval);
   EXPECT_FALSE(menu().launchAtLogin());
 }
@@ -146,7 +146,7 @@ TEST_F(MenuContentTest, SwitchRegistersAndUnregisters) {
   EXPECT_EQ(desk.journal.lines("login"), (Lines{"register -> true", "unregister -> true"}));
 }
 
-TEST_F(MenuContentTest, RefusedRegistrationGoesBackAndAsksToUnregister) {
+TEST_F(MenuContentTest, RefusedRegistrationRevertsTheSwitchAndUnregisters) {
   desk.loginItem.setRefusesRegistration(true);
   shown();
   desk.journal.take();
@@ -156,7 +156,7 @@ TEST_F(MenuContentTest, RefusedRegistrationGoesBackAndAsksToUnregister) {
             (Lines{"register -> false", "status -> 0", "unregister -> true"}));
 }
 
-TEST_F(MenuContentTest, RefusedUnregistrationGoesBackAndAsksToRegister) {
+TEST_F(MenuContentTest, RefusedUnregistrationRevertsTheSwitchAndRegisters) {
   desk.loginItem.setStatus(LoginItem::Status::enabled);
   desk.loginItem.setRefusesUnregistration(true);
   shown();
@@ -167,7 +167,7 @@ TEST_F(MenuContentTest, RefusedUnregistrationGoesBackAndAsksToRegister) {
             (Lines{"unregister -> false", "status -> 1", "register -> true"}));
 }
 
-TEST_F(MenuContentTest, RefusalThatAgreesWithTheSystemEndsThere) {
+TEST_F(MenuContentTest, RefusedChangeToTheSystemsStateIsNotReverted) {
   desk.loginItem.setStatus(LoginItem::Status::enabled);
   shown();
   desk.loginItem.setStatus(LoginItem::Status::notRegistered);

@@ -19,8 +19,8 @@ using testing::IsEmpty;
 
 constexpr const char* tool = "/usr/bin/pmset";
 
-/// A monitor on the simulated desk. Its announcements and completions are journaled among the
-/// platform's calls, as part "monitor", with what the members are at that moment.
+/// A monitor on the simulated desk. Its announcements and completions are in the journal, among the
+/// platform's calls, as part "monitor", with the values of the members at that moment.
 class BatteryMonitorTest : public testing::Test {
  protected:
   void make() {
@@ -28,7 +28,7 @@ class BatteryMonitorTest : public testing::Test {
     subscription = monitor->objectWillChange.subscribe([this] { hear("will change"); });
   }
 
-  /// The same with the first reading done and forgotten.
+  /// Does the same, finishes the first reading and clears the journal.
   void makeAndRead() {
     make();
     desk.loop.runUntilIdle();
@@ -55,7 +55,7 @@ class BatteryMonitorTest : public testing::Test {
   Subscription subscription;
 };
 
-TEST_F(BatteryMonitorTest, KnowsNothingUntilTheFirstReadingIsPublished) {
+TEST_F(BatteryMonitorTest, IsEmptyUntilTheFirstReadingIsPublished) {
   desk.setBattery(62);
   make();
   EXPECT_EQ(monitor->level(), std::nullopt);
@@ -70,7 +70,7 @@ TEST_F(BatteryMonitorTest, StartsTheFirstReadingBeforeItsTimer) {
   EXPECT_THAT(desk.journal.take(), ElementsAre("loop: utility", "loop: repeat every 60 s"));
 }
 
-TEST_F(BatteryMonitorTest, ReadingStepsInOrder) {
+TEST_F(BatteryMonitorTest, ReadingTakesItsStepsInOrder) {
   desk.setBatteryReport("Jabra 45%; charging");
   make();
   desk.journal.take();
@@ -84,7 +84,7 @@ TEST_F(BatteryMonitorTest, ReadingStepsInOrder) {
   EXPECT_TRUE(monitor->isCharging());
 }
 
-TEST_F(BatteryMonitorTest, ToolIsGivenExactlyTwoArguments) {
+TEST_F(BatteryMonitorTest, ToolGetsExactlyTwoArguments) {
   std::vector<std::string> given;
   desk.childProcesses.install(tool, [&](const std::vector<std::string>& arguments) {
     given = arguments;
@@ -94,7 +94,7 @@ TEST_F(BatteryMonitorTest, ToolIsGivenExactlyTwoArguments) {
   EXPECT_THAT(given, ElementsAre("-g", "accps"));
 }
 
-TEST_F(BatteryMonitorTest, LooksForTheNameItWasMadeWith) {
+TEST_F(BatteryMonitorTest, LooksForTheGivenName) {
   desk.setBatteryReport("Jabra 45%; charging\nMouse 12%; discharging\n");
   const auto mouse = BatteryMonitor::make("Mouse");
   desk.loop.runUntilIdle();
@@ -107,7 +107,7 @@ TEST_F(BatteryMonitorTest, RefreshReturnsAtOnce) {
   EXPECT_THAT(desk.journal.take(), ElementsAre("loop: utility"));
 }
 
-TEST_F(BatteryMonitorTest, CompletionComesAfterBothMembersHoldTheNewReading) {
+TEST_F(BatteryMonitorTest, CompletionIsCalledAfterBothMembersAreAssigned) {
   makeAndRead();
   desk.setBattery(45, "charging");
   refresh();
@@ -116,7 +116,7 @@ TEST_F(BatteryMonitorTest, CompletionComesAfterBothMembersHoldTheNewReading) {
               ElementsAre("will change at none", "will change at 45", "completion at 45 charging"));
 }
 
-TEST_F(BatteryMonitorTest, EachReadingIsAnnouncedTwiceAlsoWhenNothingChanged) {
+TEST_F(BatteryMonitorTest, EachReadingIsAnnouncedTwiceEvenIfNothingChanged) {
   desk.setBattery(45, "charging");
   makeAndRead();
   refresh();
@@ -126,7 +126,7 @@ TEST_F(BatteryMonitorTest, EachReadingIsAnnouncedTwiceAlsoWhenNothingChanged) {
                           "completion at 45 charging"));
 }
 
-TEST_F(BatteryMonitorTest, FailedReadingClearsWhatWasKnown) {
+TEST_F(BatteryMonitorTest, FailedReadingClearsBothMembers) {
   desk.setBattery(45, "charging");
   makeAndRead();
   desk.setBatteryReport("");
@@ -137,7 +137,7 @@ TEST_F(BatteryMonitorTest, FailedReadingClearsWhatWasKnown) {
                           "completion at none"));
 }
 
-TEST_F(BatteryMonitorTest, ToolThatCannotBeLaunchedIsAFailedReading) {
+TEST_F(BatteryMonitorTest, FailedLaunchIsAFailedReading) {
   desk.setBattery(45, "charging");
   makeAndRead();
   desk.childProcesses.uninstall(tool);
@@ -151,7 +151,7 @@ TEST_F(BatteryMonitorTest, ToolThatCannotBeLaunchedIsAFailedReading) {
                   "monitor: completion at none"));
 }
 
-TEST_F(BatteryMonitorTest, NothingIsEverLogged) {
+TEST_F(BatteryMonitorTest, LogsNothing) {
   desk.setBattery(45);
   makeAndRead();
   desk.childProcesses.uninstall(tool);
@@ -181,7 +181,7 @@ TEST_F(BatteryMonitorTest, PollingCallsNoCompletion) {
   EXPECT_EQ(std::count(heard.begin(), heard.end(), "completion at none"), 1);
 }
 
-// Readings side by side
+// Overlapping readings
 
 TEST_F(BatteryMonitorTest, OverlappingReadingsAreNotMerged) {
   makeAndRead();
@@ -194,7 +194,7 @@ TEST_F(BatteryMonitorTest, OverlappingReadingsAreNotMerged) {
               testing::IsSupersetOf({"2 launch -> true", "3 launch -> true"}));
 }
 
-TEST_F(BatteryMonitorTest, LastReadingToEndWins) {
+TEST_F(BatteryMonitorTest, LastReadingToFinishWins) {
   makeAndRead();
   desk.loop.holdUtilityQueue();
   refresh();
@@ -211,7 +211,7 @@ TEST_F(BatteryMonitorTest, LastReadingToEndWins) {
               testing::IsSupersetOf({"completion at 20", "completion at 10"}));
 }
 
-TEST_F(BatteryMonitorTest, CompletionMayStartTheNextReading) {
+TEST_F(BatteryMonitorTest, CompletionMayStartAnotherReading) {
   makeAndRead();
   desk.setBattery(20);
   int completions = 0;
@@ -223,15 +223,15 @@ TEST_F(BatteryMonitorTest, CompletionMayStartTheNextReading) {
   EXPECT_EQ(completions, 2);
 }
 
-// The end
+// Destruction
 
-TEST_F(BatteryMonitorTest, ReleasedBeforeTheReadingItIsReadInVain) {
+TEST_F(BatteryMonitorTest, ReadingInProgressKeepsAReleasedMonitorButPublishesNothing) {
   make();
   refresh();
   const std::weak_ptr<BatteryMonitor> alive = monitor;
   desk.journal.take();
   release();
-  // The readings under way keep it.
+  // The readings in progress keep it alive.
   EXPECT_FALSE(alive.expired());
   desk.loop.runUntilIdle();
   EXPECT_TRUE(alive.expired());
@@ -239,7 +239,7 @@ TEST_F(BatteryMonitorTest, ReleasedBeforeTheReadingItIsReadInVain) {
   EXPECT_THAT(desk.journal.take("monitor"), IsEmpty());
 }
 
-TEST_F(BatteryMonitorTest, ReleasedDuringTheReadingItGoesWithTheBackgroundStep) {
+TEST_F(BatteryMonitorTest, MonitorReleasedDuringTheReadingIsDestroyedInTheBackground) {
   makeAndRead();
   const std::weak_ptr<BatteryMonitor> alive = monitor;
   bool aliveInside = false;
@@ -252,26 +252,26 @@ TEST_F(BatteryMonitorTest, ReleasedDuringTheReadingItGoesWithTheBackgroundStep) 
   desk.loop.holdUtilityQueue();
   desk.loop.releaseUtilityBlock();
   EXPECT_TRUE(aliveInside);
-  // Gone before the main thread gets to publish.
+  // Destroyed before the main thread would publish.
   EXPECT_TRUE(alive.expired());
   desk.loop.runUntilIdle();
   EXPECT_THAT(desk.journal.take("monitor"), IsEmpty());
 }
 
-TEST_F(BatteryMonitorTest, ReleasedAfterTheReadingItIsNotPublished) {
+TEST_F(BatteryMonitorTest, MonitorReleasedAfterTheReadingPublishesNothing) {
   makeAndRead();
   const std::weak_ptr<BatteryMonitor> alive = monitor;
   refresh();
   desk.loop.holdUtilityQueue();
   desk.loop.releaseUtilityBlock();
   release();
-  // The step that would publish does not keep it.
+  // The hop to the main thread does not keep it alive.
   EXPECT_TRUE(alive.expired());
   desk.loop.runUntilIdle();
   EXPECT_THAT(desk.journal.take("monitor"), IsEmpty());
 }
 
-TEST_F(BatteryMonitorTest, ReleasedInTheCompletionItStaysUntilItsEnd) {
+TEST_F(BatteryMonitorTest, MonitorReleasedInTheCompletionLivesUntilItReturns) {
   makeAndRead();
   const std::weak_ptr<BatteryMonitor> alive = monitor;
   bool aliveInside = false;
@@ -284,7 +284,7 @@ TEST_F(BatteryMonitorTest, ReleasedInTheCompletionItStaysUntilItsEnd) {
   EXPECT_TRUE(alive.expired());
 }
 
-TEST_F(BatteryMonitorTest, WhatTheCompletionHoldsIsReleased) {
+TEST_F(BatteryMonitorTest, CompletionIsDestroyedAfterTheReading) {
   const auto held = std::make_shared<int>();
   makeAndRead();
   monitor->refresh([held] {});
@@ -296,7 +296,7 @@ TEST_F(BatteryMonitorTest, WhatTheCompletionHoldsIsReleased) {
   EXPECT_EQ(held.use_count(), 1);
 }
 
-TEST_F(BatteryMonitorTest, TimerOfAMonitorThatIsGoneStartsNoReading) {
+TEST_F(BatteryMonitorTest, TimerOfADestroyedMonitorStartsNoReading) {
   makeAndRead();
   release();
   desk.advance(300s);

@@ -15,9 +15,10 @@
 
 namespace hushbox {
 
+/// What every AccessibilityTree and Workspace does.
 class AccessibilityContract : public Contract<AccessibilityDriver> {
  protected:
-  static constexpr float timeout = 1.0F;
+  static constexpr float timeoutSeconds = 1.0F;
 
   AccessibilityTree& tree() { return driver().tree(); }
 
@@ -28,12 +29,12 @@ class AccessibilityContract : public Contract<AccessibilityDriver> {
     return std::nullopt;
   }
 
-  /// The application's element as the program asks for it, or nothing.
+  /// Returns the application's element, set up as the program does it, or null.
   AccessibilityElementRef application() {
     const auto found = process();
     if (!found) return nullptr;
     auto element = tree().createApplication(*found);
-    tree().setMessagingTimeout(element, timeout);
+    tree().setMessagingTimeout(element, timeoutSeconds);
     tree().setAttributeValue(element, "AXManualAccessibility", true);
     return element;
   }
@@ -61,12 +62,13 @@ class AccessibilityContract : public Contract<AccessibilityDriver> {
     return "";
   }
 
-  /// Whether the button says what it says during a meeting that is muted, or one that is not.
+  /// Whether the button's label is that of a meeting in this state.
   bool says(const AccessibilityElementRef& button, bool muted) {
     return label(button).starts_with(muted ? "Unmute mic" : "Mute mic");
   }
 
-  /// The microphone button, found as the program finds it: breadth first, by role and label.
+  /// Returns the microphone button, found as the program finds it: breadth-first, by role and
+  /// label.
   AccessibilityElementRef find() {
     const auto root = application();
     if (!root) return nullptr;
@@ -81,9 +83,9 @@ class AccessibilityContract : public Contract<AccessibilityDriver> {
     return nullptr;
   }
 
-  /// The microphone button of a meeting just put up.
-  AccessibilityElementRef putUpMeeting(bool muted = false) {
-    driver().putUpMeeting(muted);
+  /// Opens a meeting and returns its microphone button.
+  AccessibilityElementRef openMeeting(bool muted = false) {
+    driver().openMeeting(muted);
     AccessibilityElementRef button;
     EXPECT_TRUE(driver().waitFor([&] { return (button = find()) != nullptr; }));
     return button;
@@ -97,45 +99,45 @@ TEST_P(AccessibilityContract, ProcessIsTrusted) {
 
 TEST_P(AccessibilityContract, ApplicationIsListedWhileItRuns) {
   EXPECT_EQ(process(), std::nullopt);
-  putUpMeeting();
+  openMeeting();
   ASSERT_NE(process(), std::nullopt);
   EXPECT_GT(*process(), 0);
   driver().quit();
   EXPECT_TRUE(driver().waitFor([&] { return !process(); }));
 }
 
-TEST_P(AccessibilityContract, ProcessThatIsNotThereHasAnElementThatAnswersNothing) {
-  const auto nobody = tree().createApplication(0x7FFFFFF0);
-  ASSERT_TRUE(nobody);
-  tree().setMessagingTimeout(nobody, timeout);
-  EXPECT_EQ(text(nobody, "AXRole"), std::nullopt);
-  EXPECT_TRUE(children(nobody).empty());
-  EXPECT_NE(tree().performAction(nobody, "AXPress"), 0);
+TEST_P(AccessibilityContract, CallsOnTheElementOfAMissingProcessFail) {
+  const auto missing = tree().createApplication(0x7FFFFFF0);
+  ASSERT_TRUE(missing);
+  tree().setMessagingTimeout(missing, timeoutSeconds);
+  EXPECT_EQ(text(missing, "AXRole"), std::nullopt);
+  EXPECT_TRUE(children(missing).empty());
+  EXPECT_NE(tree().performAction(missing, "AXPress"), 0);
 }
 
 TEST_P(AccessibilityContract, MicrophoneButtonSaysWhatAPressWouldDo) {
-  const auto button = putUpMeeting(false);
+  const auto button = openMeeting(false);
   ASSERT_TRUE(button);
   EXPECT_TRUE(says(button, false)) << label(button);
   EXPECT_EQ(text(button, "AXDOMIdentifier"), "microphone-button");
 }
 
 TEST_P(AccessibilityContract, MicrophoneButtonOfAMutedMeetingOffersToUnmute) {
-  const auto button = putUpMeeting(true);
+  const auto button = openMeeting(true);
   ASSERT_TRUE(button);
   EXPECT_TRUE(says(button, true)) << label(button);
 }
 
-TEST_P(AccessibilityContract, PressArrivesOnceAndTheSameElementShowsTheNewLabel) {
-  const auto button = putUpMeeting();
+TEST_P(AccessibilityContract, PressArrivesOnceAndChangesTheLabelOfTheSameElement) {
+  const auto button = openMeeting();
   ASSERT_TRUE(button);
   EXPECT_EQ(tree().performAction(button, "AXPress"), 0);
   EXPECT_TRUE(driver().waitFor([&] { return driver().isMuted() && says(button, true); }));
   EXPECT_EQ(driver().pressCount(), 1U);
 }
 
-TEST_P(AccessibilityContract, ChangeMadeInTheApplicationShowsInTheTree) {
-  const auto button = putUpMeeting();
+TEST_P(AccessibilityContract, ChangeInTheApplicationShowsInTheTree) {
+  const auto button = openMeeting();
   ASSERT_TRUE(button);
   driver().setMuted(true);
   EXPECT_TRUE(driver().waitFor([&] { return says(button, true); }));
@@ -143,22 +145,22 @@ TEST_P(AccessibilityContract, ChangeMadeInTheApplicationShowsInTheTree) {
   EXPECT_TRUE(driver().waitFor([&] { return says(button, false); }));
 }
 
-TEST_P(AccessibilityContract, AttributeThatNobodyHasIsAFailureOrNoValue) {
-  const auto button = putUpMeeting();
+TEST_P(AccessibilityContract, UnknownAttributeHasNoValue) {
+  const auto button = openMeeting();
   ASSERT_TRUE(button);
   EXPECT_EQ(text(button, "AXNoSuchAttribute"), std::nullopt);
 }
 
-TEST_P(AccessibilityContract, ActionThatNobodyHasFailsAndPressesNothing) {
-  const auto button = putUpMeeting();
+TEST_P(AccessibilityContract, UnknownActionFailsAndPressesNothing) {
+  const auto button = openMeeting();
   ASSERT_TRUE(button);
   EXPECT_NE(tree().performAction(button, "AXNoSuchAction"), 0);
   driver().letPass(TimeInterval(0.2));
   EXPECT_EQ(driver().pressCount(), 0U);
 }
 
-TEST_P(AccessibilityContract, ButtonOfAMeetingThatIsOverIsNoButtonAnyMore) {
-  const auto button = putUpMeeting();
+TEST_P(AccessibilityContract, ButtonOfAnEndedMeetingIsInvalid) {
+  const auto button = openMeeting();
   ASSERT_TRUE(button);
   driver().leaveMeeting();
   EXPECT_TRUE(driver().waitFor([&] { return label(button).empty(); }));
@@ -166,33 +168,33 @@ TEST_P(AccessibilityContract, ButtonOfAMeetingThatIsOverIsNoButtonAnyMore) {
   EXPECT_TRUE(driver().waitFor([&] { return find() == nullptr; }));
 }
 
-TEST_P(AccessibilityContract, ElementsOfAnApplicationThatEndedAnswerNothing) {
-  const auto button = putUpMeeting();
+TEST_P(AccessibilityContract, CallsOnElementsOfAnExitedApplicationFail) {
+  const auto button = openMeeting();
   ASSERT_TRUE(button);
   driver().quit();
   EXPECT_TRUE(driver().waitFor([&] { return !text(button, "AXRole"); }));
   EXPECT_NE(tree().performAction(button, "AXPress"), 0);
 }
 
-TEST_P(AccessibilityContract, CallsToAFrozenApplicationEndAfterTheTimeoutAndLaterOnesSucceed) {
-  const auto button = putUpMeeting();
+TEST_P(AccessibilityContract, CallsToAFrozenApplicationTimeOutAndSucceedAfterItThaws) {
+  const auto button = openMeeting();
   ASSERT_TRUE(button);
   const auto root = application();
   driver().freeze();
   const Instant before = driver().now();
   AttributeValue value;
   EXPECT_NE(tree().copyAttributeValue(button, "AXRole", value), 0);
-  // Some slack for a loaded machine, but nothing like the minutes of a call without a limit.
+  // Leaves slack for a loaded machine, but a call without a timeout would take minutes.
   EXPECT_LT(driver().now() - before, std::chrono::seconds(5));
   driver().thaw();
   EXPECT_TRUE(driver().waitFor([&] { return says(button, false); }));
 }
 
-TEST_P(AccessibilityContract, NothingInPlaceOfAnElementIsAFailure) {
+TEST_P(AccessibilityContract, CallsOnANullElementFail) {
   AttributeValue value;
   EXPECT_NE(tree().copyAttributeValue(nullptr, "AXRole", value), 0);
   EXPECT_NE(tree().setAttributeValue(nullptr, "AXManualAccessibility", true), 0);
-  EXPECT_NE(tree().setMessagingTimeout(nullptr, timeout), 0);
+  EXPECT_NE(tree().setMessagingTimeout(nullptr, timeoutSeconds), 0);
   EXPECT_NE(tree().performAction(nullptr, "AXPress"), 0);
 }
 

@@ -10,13 +10,14 @@
 
 namespace hushbox {
 
+/// What every ChildProcessFactory and its processes do.
 class ChildProcessContract : public Contract<ChildProcessDriver> {
  protected:
-  /// Runs a program whose output is known beforehand and returns what was read.
+  /// Runs a program that prints `expected` and returns what was read.
   std::string output(const std::string& path, const std::vector<std::string>& arguments,
                      const std::string& expected) {
     driver().script(path, arguments, expected);
-    const auto child = driver().processes().make();
+    const auto child = driver().factory().make();
     child->setExecutablePath(path);
     child->setArguments(arguments);
     EXPECT_TRUE(child->launch());
@@ -30,7 +31,7 @@ class ChildProcessContract : public Contract<ChildProcessDriver> {
   }
 
   bool launches(const std::string& path) {
-    const auto child = driver().processes().make();
+    const auto child = driver().factory().make();
     child->setExecutablePath(path);
     child->setArguments({"-g", "accps"});
     return child->launch();
@@ -41,17 +42,17 @@ TEST_P(ChildProcessContract, OutputIsReadToItsEnd) {
   EXPECT_EQ(output("/bin/echo", {"62%; discharging"}, "62%; discharging\n"), "62%; discharging\n");
 }
 
-TEST_P(ChildProcessContract, ArgumentsArriveOneByOneWithNothingAddedOrSplit) {
+TEST_P(ChildProcessContract, ArgumentsArriveUnchanged) {
   const std::vector<std::string> arguments = {"a b", "", "$HOME", "\"", "é"};
   const std::string expected = "a b  $HOME \" é\n";
   EXPECT_EQ(output("/bin/echo", arguments, expected), expected);
 }
 
-TEST_P(ChildProcessContract, ProgramWithoutOutputGivesNone) {
+TEST_P(ChildProcessContract, ProgramWithoutOutputReadsAsEmpty) {
   EXPECT_EQ(shell(":", ""), "");
 }
 
-TEST_P(ChildProcessContract, BytesAreKeptAsTheyAre) {
+TEST_P(ChildProcessContract, OutputIsKeptByteForByte) {
   const std::string bytes("a\0\xFF\r\n", 5);
   EXPECT_EQ(shell("printf 'a\\000\\377\\r\\n'", bytes), bytes);
 }
@@ -61,7 +62,7 @@ TEST_P(ChildProcessContract, OutputLargerThanAPipeDoesNotBlock) {
   EXPECT_TRUE(shell("head -c 1000000 /dev/zero | tr '\\000' x", large) == large);
 }
 
-TEST_P(ChildProcessContract, OutputThatComesInPiecesIsReadWhole) {
+TEST_P(ChildProcessContract, OutputWrittenInPiecesIsReadWhole) {
   EXPECT_EQ(shell("printf one; sleep 0.1; printf two", "onetwo"), "onetwo");
 }
 
@@ -74,9 +75,9 @@ TEST_P(ChildProcessContract, StandardErrorIsNotRead) {
   EXPECT_EQ(shell("printf hidden 2>/dev/null >&2; printf shown", "shown"), "shown");
 }
 
-TEST_P(ChildProcessContract, ProgramThatCannotBeStartedIsReportedByTheLaunch) {
+TEST_P(ChildProcessContract, LaunchReturnsFalseIfTheProgramCannotBeStarted) {
   EXPECT_FALSE(launches("/nowhere/pmset"));
-  // A folder, and a file that is no program.
+  // A folder, and a file that is not executable.
   EXPECT_FALSE(launches("/"));
   EXPECT_FALSE(launches("/etc/passwd"));
   EXPECT_FALSE(launches(""));
@@ -87,7 +88,7 @@ TEST_P(ChildProcessContract, EachChildHasItsOwnOutput) {
   driver().script("/bin/echo", {"two"}, "two\n");
   std::vector<std::unique_ptr<ChildProcess>> children;
   for (const char* word : {"one", "two"}) {
-    children.push_back(driver().processes().make());
+    children.push_back(driver().factory().make());
     children.back()->setExecutablePath("/bin/echo");
     children.back()->setArguments({word});
     ASSERT_TRUE(children.back()->launch());
@@ -97,8 +98,8 @@ TEST_P(ChildProcessContract, EachChildHasItsOwnOutput) {
   for (const auto& child : children) child->waitUntilExit();
 }
 
-TEST_P(ChildProcessContract, ProcessThatWasNeverLaunchedCanBeLetGoOf) {
-  EXPECT_NE(driver().processes().make(), nullptr);
+TEST_P(ChildProcessContract, ProcessThatWasNeverLaunchedCanBeDestroyed) {
+  EXPECT_NE(driver().factory().make(), nullptr);
 }
 
 }  // namespace hushbox

@@ -8,13 +8,13 @@
 
 namespace hushbox {
 
-/// Drives child processes, which need no main loop to run.
+/// Drives a factory of child processes, which need no main loop to run.
 class ChildProcessDriver : public ContractDriver {
  public:
-  virtual ChildProcessFactory& processes() = 0;
+  virtual ChildProcessFactory& factory() = 0;
 
-  /// Tells a platform without real programs what the real one at `path` would print for these
-  /// arguments. Real platforms need not be told.
+  /// Sets what the program at `path` prints for these arguments, on a platform without real
+  /// programs; does nothing on others.
   virtual void script([[maybe_unused]] const std::string& path,
                       [[maybe_unused]] const std::vector<std::string>& arguments,
                       [[maybe_unused]] const std::string& output) {}

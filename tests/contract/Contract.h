@@ -9,7 +9,7 @@
 
 namespace hushbox {
 
-/// Makes the driver of one platform for a case of a contract.
+/// Creates the driver of one platform, for each case of a contract.
 template <typename Driver>
 struct DriverFactory {
   std::function<std::unique_ptr<Driver>()> make;
@@ -17,9 +17,10 @@ struct DriverFactory {
   friend void PrintTo(const DriverFactory&, std::ostream* out) { *out << "a driver"; }
 };
 
-/// The cases of a contract, which hold for every platform; derived from by one class a contract.
+/// The base of the contracts: suites whose cases hold for an interface on every platform. Each
+/// contract is a class derived from this one, in a header with its cases.
 ///
-/// A header with cases is included by one source file a program, which names the platform:
+/// One source file per test binary includes such a header and instantiates it for a platform:
 ///
 ///     INSTANTIATE_TEST_SUITE_P(Linux, MainLoopContract, driverFactory<MainLoopDriver>([] {
 ///                                return std::make_unique<GLibMainLoopDriver>();
@@ -36,7 +37,7 @@ class Contract : public testing::TestWithParam<DriverFactory<Driver>> {
   std::unique_ptr<Driver> driver_;
 };
 
-/// The parameter of an instantiation.
+/// Returns the parameter of an instantiation.
 template <typename Driver>
 auto driverFactory(std::function<std::unique_ptr<Driver>()> make) {
   return testing::Values(DriverFactory<Driver>{std::move(make)});

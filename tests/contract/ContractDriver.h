@@ -6,24 +6,25 @@
 
 namespace hushbox {
 
-/// What every contract's driver can do: let the platform under test run.
+/// The base of the drivers, through which a contract controls the platform under test and its
+/// environment.
 ///
-/// A driver is made afresh for each case and owns the platform under test. What it cannot do makes
-/// the case fail, by an exception or a fatal failure of its own.
+/// Each case has a new driver, which owns the platform under test. A driver that fails to do what
+/// it is asked fails the case, by an exception or a fatal failure.
 class ContractDriver {
  public:
   virtual ~ContractDriver() = default;
 
-  /// Runs the main loop until the condition holds, looking at it between turns; false when it does
-  /// not hold after `limit`.
+  /// Runs the main loop until `condition` holds, checking it between turns. Returns false if it
+  /// does not hold after `limit`.
   virtual bool waitFor(const std::function<bool()>& condition, TimeInterval limit) = 0;
 
-  /// The same, waiting as long as a slow machine may need.
+  /// Does the same with a limit that is long enough for a slow machine.
   bool waitFor(const std::function<bool()>& condition) {
     return waitFor(condition, TimeInterval(30));
   }
 
-  /// Runs the main loop for so long: to see that something does not happen.
+  /// Runs the main loop for `span`, to check that something does not happen.
   void letPass(TimeInterval span) {
     waitFor([] { return false; }, span);
   }

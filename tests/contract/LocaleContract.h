@@ -8,13 +8,14 @@
 
 namespace hushbox {
 
+/// What every Locale does.
 using LocaleContract = Contract<LocaleDriver>;
 
-TEST_P(LocaleContract, ShortTimeIsThePresentTimeInTheLocalesStyle) {
+TEST_P(LocaleContract, ShortTimeIsTheCurrentTimeInTheLocalesStyle) {
   const std::string before = driver().expectedTime();
   const std::string time = driver().locale().shortTime();
   const std::string after = driver().expectedTime();
-  // The minute may turn between the two.
+  // The minute may change between the two.
   EXPECT_TRUE(time == before || time == after) << time << " instead of " << before;
 }
 

@@ -7,12 +7,12 @@
 
 namespace hushbox {
 
-/// Drives a locale and the clock that it shows.
+/// Drives a locale.
 class LocaleDriver : public ContractDriver {
  public:
   virtual Locale& locale() = 0;
 
-  /// The present time in the locale's style, from a source of its own.
+  /// Returns the current time in the locale's style, from a source independent of the locale.
   virtual std::string expectedTime() = 0;
 };
 

@@ -5,12 +5,13 @@
 
 namespace hushbox {
 
+/// What every LoginItem does.
 class LoginItemContract : public Contract<LoginItemDriver> {
  protected:
   LoginItem& item() { return driver().loginItem(); }
 };
 
-TEST_P(LoginItemContract, RegistrationIsEnabledUntilItIsTakenBack) {
+TEST_P(LoginItemContract, RegistrationIsEnabledUntilUnregistered) {
   EXPECT_NE(item().status(), LoginItem::Status::enabled);
   EXPECT_TRUE(item().registerItem());
   EXPECT_EQ(item().status(), LoginItem::Status::enabled);
@@ -18,7 +19,7 @@ TEST_P(LoginItemContract, RegistrationIsEnabledUntilItIsTakenBack) {
   EXPECT_EQ(item().status(), LoginItem::Status::notRegistered);
 }
 
-TEST_P(LoginItemContract, RegisteringTwiceIsAsGoodAsOnce) {
+TEST_P(LoginItemContract, RegisteringTwiceSucceeds) {
   EXPECT_TRUE(item().registerItem());
   EXPECT_TRUE(item().registerItem());
   EXPECT_EQ(item().status(), LoginItem::Status::enabled);

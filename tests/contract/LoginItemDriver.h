@@ -5,7 +5,7 @@
 
 namespace hushbox {
 
-/// Drives a login item that is not registered at first. It needs no main loop to run.
+/// Drives a login item, initially not registered, which needs no main loop to run.
 class LoginItemDriver : public ContractDriver {
  public:
   virtual LoginItem& loginItem() = 0;

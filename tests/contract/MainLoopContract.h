@@ -12,9 +12,11 @@
 
 namespace hushbox {
 
+/// What every MainLoop does.
 using MainLoopContract = Contract<MainLoopDriver>;
 
-/// Calls back when it is destroyed: shows where and when a block's captures end.
+/// Returns an object that calls `action` when it is destroyed; captured by a block, it shows when
+/// and on which thread the block is destroyed.
 inline std::shared_ptr<void> atDestruction(std::function<void()> action) {
   return {new char, [action = std::move(action)](char* nothing) {
             action();
@@ -22,13 +24,13 @@ inline std::shared_ptr<void> atDestruction(std::function<void()> action) {
           }};
 }
 
-TEST_P(MainLoopContract, ClockGoesForwardByAtLeastTheTimeThatPasses) {
+TEST_P(MainLoopContract, ClockAdvancesByAtLeastTheTimeThatPasses) {
   const Instant before = driver().loop().now();
   driver().keepBusy(TimeInterval(0.05));
   EXPECT_GE(driver().loop().now() - before, std::chrono::milliseconds(50));
 }
 
-TEST_P(MainLoopContract, RepeatingTimerFiresForTheFirstTimeAfterOneInterval) {
+TEST_P(MainLoopContract, RepeatingTimerFirstFiresAfterOneInterval) {
   MainLoop& loop = driver().loop();
   std::vector<Instant> firings;
   const Instant start = loop.now();
@@ -39,12 +41,12 @@ TEST_P(MainLoopContract, RepeatingTimerFiresForTheFirstTimeAfterOneInterval) {
   ASSERT_TRUE(timer);
   ASSERT_TRUE(driver().waitFor([&] { return firings.size() >= 3; }));
   for (std::size_t i = 0; i < firings.size(); ++i) {
-    // Deadlines may lie on the timer's own grid, so that one late firing is followed by one sooner.
+    // Deadlines may be multiples of the interval, so the firing after a late one may come sooner.
     EXPECT_GE(firings[i] - start, (i + 1) * std::chrono::milliseconds(50)) << "firing " << i;
   }
 }
 
-TEST_P(MainLoopContract, RepeatingTimerGoesOnAfterItsRegistrationIsLetGoOf) {
+TEST_P(MainLoopContract, RepeatingTimerContinuesAfterItsTokenIsDestroyed) {
   int firings = 0;
   driver().loop().scheduleRepeating(TimeInterval(0.01), [&] { ++firings; });
   EXPECT_TRUE(driver().waitFor([&] { return firings >= 3; }));
@@ -88,13 +90,13 @@ TEST_P(MainLoopContract, WorkItemRunsOnceAfterItsDelay) {
   EXPECT_EQ(runs.size(), 1U);
 }
 
-TEST_P(MainLoopContract, WorkItemRunsAlthoughItIsLetGoOf) {
+TEST_P(MainLoopContract, WorkItemRunsAfterItIsDestroyed) {
   bool ran = false;
   driver().loop().mainAsyncAfter(TimeInterval(0.01), WorkItem([&] { ran = true; }));
   EXPECT_TRUE(driver().waitFor([&] { return ran; }));
 }
 
-TEST_P(MainLoopContract, CancelledWorkItemNeverRunsAndHoldsNothing) {
+TEST_P(MainLoopContract, CancelledWorkItemNeverRunsAndDestroysItsBlock) {
   bool ran = false;
   bool released = false;
   WorkItem item([&ran, held = atDestruction([&] { released = true; })] { ran = true; });
@@ -112,7 +114,7 @@ TEST_P(MainLoopContract, WorkItemOfZeroDelayRunsInALaterTurn) {
   EXPECT_TRUE(driver().waitFor([&] { return ran; }));
 }
 
-TEST_P(MainLoopContract, WhatIsDueEarlierRunsEarlier) {
+TEST_P(MainLoopContract, EarlierDeadlinesRunEarlier) {
   std::vector<int> order;
   for (const int tenths : {3, 1, 2}) {
     driver().loop().mainAsyncAfter(TimeInterval(0.1 * tenths),
@@ -172,7 +174,7 @@ TEST_P(MainLoopContract, EveryUtilityBlockRuns) {
   EXPECT_TRUE(driver().waitFor([&] { return ran == 20; }));
 }
 
-TEST_P(MainLoopContract, TerminateReturnsAtOnceAndEndsTheRunWithZero) {
+TEST_P(MainLoopContract, TerminateReturnsAtOnceAndRunReturnsZero) {
   MainLoop& loop = driver().loop();
   bool returned = false;
   bool ranAfterwards = false;
@@ -186,7 +188,7 @@ TEST_P(MainLoopContract, TerminateReturnsAtOnceAndEndsTheRunWithZero) {
   EXPECT_FALSE(ranAfterwards);
 }
 
-TEST_P(MainLoopContract, TimersPostsAndWorkItemsRunWhileTheApplicationRuns) {
+TEST_P(MainLoopContract, TimersPostedBlocksAndWorkItemsRunDuringRun) {
   MainLoop& loop = driver().loop();
   int firings = 0;
   bool posted = false;

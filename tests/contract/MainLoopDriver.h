@@ -5,12 +5,12 @@
 
 namespace hushbox {
 
-/// Drives a main loop; the case runs on its main thread.
+/// Drives a main loop. Cases run on its main thread.
 class MainLoopDriver : public ContractDriver {
  public:
   virtual MainLoop& loop() = 0;
 
-  /// Keeps the calling thread busy for so long without running the loop: sleeps, on real clocks.
+  /// Blocks the calling thread for `span` without running the loop.
   virtual void keepBusy(TimeInterval span) = 0;
 };
 

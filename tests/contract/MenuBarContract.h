@@ -10,6 +10,7 @@
 
 namespace hushbox {
 
+/// What every MenuBar does.
 class MenuBarContract : public Contract<MenuBarDriver> {
  protected:
   using Shown = MenuBarDriver::Shown;
@@ -50,7 +51,7 @@ class MenuBarContract : public Contract<MenuBarDriver> {
   }
 };
 
-TEST_P(MenuBarContract, RowsAreShownInOrderAsWhatTheyAre) {
+TEST_P(MenuBarContract, RowsAreShownInOrderWithTheirKinds) {
   show({text("Not on a call"), separator(), button("Quit Hushbox", [] {}),
         toggle("Launch at login", true, [] {}), toggle("Off", false, [] {})});
   expectShown({{.text = "Not on a call"},
@@ -60,7 +61,7 @@ TEST_P(MenuBarContract, RowsAreShownInOrderAsWhatTheyAre) {
                {.text = "Off", .enabled = true, .checkable = true}});
 }
 
-TEST_P(MenuBarContract, TextIsShownAsItStands) {
+TEST_P(MenuBarContract, TextIsShownUnchanged) {
   const std::string words = "10:42  Mute → Teams_now & __then__ <b>";
   show({text(words)});
   expectShown({{.text = words}});
@@ -91,7 +92,7 @@ TEST_P(MenuBarContract, ChoosingAButtonRunsItsActionOnceOnTheMainThread) {
   EXPECT_EQ(others, 0);
 }
 
-TEST_P(MenuBarContract, ChoosingAToggleRunsItsActionAndLeavesTheMarkToTheProgram) {
+TEST_P(MenuBarContract, ChoosingAToggleRunsItsActionWithoutChangingTheMark) {
   int chosen = 0;
   show({toggle("Launch at login", false, [&] { ++chosen; })});
   ASSERT_TRUE(driver().waitFor([&] { return driver().shown().size() == 1; }));
@@ -118,7 +119,7 @@ TEST_P(MenuBarContract, ActionMayReplaceTheRows) {
   expectShown({{.text = "Granted"}});
 }
 
-TEST_P(MenuBarContract, IconSaysTheStateInWords) {
+TEST_P(MenuBarContract, IconHasADescription) {
   show({text("On a call — live")}, "Live");
   EXPECT_TRUE(
       driver().waitFor([&] { return driver().description().find("Live") != std::string::npos; }));

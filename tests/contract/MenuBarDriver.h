@@ -8,7 +8,7 @@
 
 namespace hushbox {
 
-/// Drives a menu bar and the desktop that shows it.
+/// Drives a menu bar and the desktop that shows its item.
 class MenuBarDriver : public ContractDriver {
  public:
   /// A row as the desktop shows it.
@@ -25,11 +25,11 @@ class MenuBarDriver : public ContractDriver {
   virtual MenuBar& menuBar() = 0;
   virtual bool isMainThread() = 0;
 
-  /// The rows as the desktop has them now; empty while there is no menu yet.
+  /// Returns the rows that the desktop shows now; empty before there is a menu.
   virtual std::vector<Shown> shown() = 0;
-  /// The state in words that goes with the icon on the desktop.
+  /// Returns the icon's description on the desktop.
   virtual std::string description() = 0;
-  /// The user chooses the row with that text; what this leads to happens while the loop runs.
+  /// The user chooses the row with that text. Its action may run later, while the loop runs.
   virtual void choose(const std::string& text) = 0;
 };
 

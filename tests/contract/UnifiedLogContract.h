@@ -10,13 +10,14 @@
 
 namespace hushbox {
 
+/// What every UnifiedLog does.
 class UnifiedLogContract : public Contract<UnifiedLogDriver> {
  protected:
   void write(const std::string& category, LogLevel level, const std::string& text) {
     driver().log().write(bundleIdentifier, category, level, text);
   }
 
-  /// The records, once there are so many.
+  /// Waits until there are `count` records and returns all of them.
   std::vector<std::string> waitForRecords(std::size_t count) {
     EXPECT_TRUE(driver().waitFor([&] { return driver().records().size() >= count; }));
     driver().letPass(TimeInterval(0.1));
@@ -24,7 +25,7 @@ class UnifiedLogContract : public Contract<UnifiedLogDriver> {
   }
 };
 
-TEST_P(UnifiedLogContract, RecordsComeOutInOrderWithTheirCategoryAndText) {
+TEST_P(UnifiedLogContract, RecordsAppearInOrderWithCategoryAndText) {
   write("jabra", LogLevel::info, "Attached to Jabra Speak2 75 (id 42)");
   write("notify", LogLevel::error, "Notification failed: no service");
   const auto records = waitForRecords(2);
@@ -48,18 +49,18 @@ TEST_P(UnifiedLogContract, TextOfSeveralLinesIsOneRecord) {
   EXPECT_THAT(records[0], testing::AllOf(testing::HasSubstr("one"), testing::HasSubstr("three")));
 }
 
-TEST_P(UnifiedLogContract, EmptyTextIsARecordToo) {
+TEST_P(UnifiedLogContract, EmptyTextIsARecord) {
   write("jabra", LogLevel::info, "");
   EXPECT_EQ(waitForRecords(1).size(), 1U);
 }
 
-TEST_P(UnifiedLogContract, LongTextComesOutWhole) {
+TEST_P(UnifiedLogContract, LongTextIsComplete) {
   const std::string text = "begin " + std::string(5000, 'x') + " end";
   write("jabra", LogLevel::info, text);
   EXPECT_THAT(waitForRecords(1), testing::ElementsAre(testing::HasSubstr(text)));
 }
 
-TEST_P(UnifiedLogContract, RecordsOfAnotherThreadComeOutWhole) {
+TEST_P(UnifiedLogContract, RecordsOfAnotherThreadAreComplete) {
   std::thread([&] { write("notify", LogLevel::info, "granted=true error=none"); }).join();
   EXPECT_THAT(waitForRecords(1),
               testing::ElementsAre(testing::HasSubstr("granted=true error=none")));

@@ -8,12 +8,12 @@
 
 namespace hushbox {
 
-/// Drives a log whose records can be read back.
+/// Drives a log and reads its records back.
 class UnifiedLogDriver : public ContractDriver {
  public:
   virtual UnifiedLog& log() = 0;
 
-  /// The records so far, one text each, in whatever form somebody who reads the log sees them.
+  /// Returns the records so far, each as the text that a reader of the log sees.
   virtual std::vector<std::string> records() = 0;
 };
 

@@ -12,11 +12,12 @@
 
 namespace hushbox {
 
+/// What every UserNotifications does.
 class UserNotificationsContract : public Contract<UserNotificationsDriver> {
  protected:
   using Shown = UserNotificationsDriver::Shown;
 
-  /// What a completion was called with, on whatever thread.
+  /// What a completion was called with, on any thread.
   struct Answer {
     std::atomic<int> calls = 0;
     std::mutex guard;
@@ -42,7 +43,7 @@ class UserNotificationsContract : public Contract<UserNotificationsDriver> {
   }
 };
 
-TEST_P(UserNotificationsContract, PermissionIsAnsweredOnce) {
+TEST_P(UserNotificationsContract, PermissionRequestCompletesOnce) {
   const auto calls = std::make_shared<std::atomic<int>>(0);
   const auto granted = std::make_shared<std::atomic<bool>>(false);
   driver().notifications().requestAuthorization(
@@ -69,7 +70,7 @@ TEST_P(UserNotificationsContract, NotificationIsShownWithItsTitleAndBody) {
   EXPECT_EQ(answer->calls, 1);
 }
 
-TEST_P(UserNotificationsContract, EqualTextsUnderTwoIdentifiersAreTwoNotifications) {
+TEST_P(UserNotificationsContract, EqualTextsWithTwoIdentifiersAreTwoNotifications) {
   const auto first = post("11111111-1111-4111-8111-111111111111", "Low", "Plug it in.");
   const auto second = post("22222222-2222-4222-8222-222222222222", "Low", "Plug it in.");
   EXPECT_EQ(waitForError(first), std::nullopt);
@@ -85,7 +86,7 @@ TEST_P(UserNotificationsContract, EmptyTextsArePassedOn) {
   EXPECT_EQ(driver().shown(), (std::vector{Shown{"", ""}}));
 }
 
-TEST_P(UserNotificationsContract, FailureArrivesAsADescription) {
+TEST_P(UserNotificationsContract, FailureHasADescription) {
   driver().breakService();
   const auto error = waitForError(post("11111111-1111-4111-8111-111111111111", "Low", "Body"));
   ASSERT_NE(error, std::nullopt);

@@ -9,7 +9,7 @@
 
 namespace hushbox {
 
-/// Drives a notification service that gives permission and can show notifications.
+/// Drives a notification service that grants permission and shows notifications.
 class UserNotificationsDriver : public ContractDriver {
  public:
   struct Shown {
@@ -20,10 +20,10 @@ class UserNotificationsDriver : public ContractDriver {
 
   virtual UserNotifications& notifications() = 0;
 
-  /// What the user has been shown, oldest first.
+  /// Returns the notifications shown so far, oldest first.
   virtual std::vector<Shown> shown() = 0;
 
-  /// From now on the service takes no notification: it refuses, or is not there any more.
+  /// From now on every notification fails: the service refuses it or is gone.
   virtual void breakService() = 0;
 };
 

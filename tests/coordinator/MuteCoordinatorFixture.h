@@ -10,8 +10,8 @@
 
 namespace hushbox {
 
-/// A coordinator on the simulated desk, made when the clock shows 0 s: it polls at 1 s, 2 s, ...
-/// Its announcements are journaled among the platform's calls, as "coordinator: will change".
+/// A coordinator on the simulated desk, created at 0 s: it polls at 1 s, 2 s, ... Its announcements
+/// are in the journal, among the platform's calls, as "coordinator: will change".
 class MuteCoordinatorFixture : public testing::Test {
  protected:
   void start() {
@@ -20,7 +20,7 @@ class MuteCoordinatorFixture : public testing::Test {
         [this] { desk.journal.add("coordinator", "will change"); });
   }
 
-  /// The same with the speakerphone plugged in, and forgets how it came about.
+  /// Does the same with the speakerphone plugged in, and clears the journal.
   void startWithSpeakerphone(float volume = 0.8F) {
     speakerphone = desk.plugSpeakerphone(volume);
     start();
@@ -43,7 +43,7 @@ class MuteCoordinatorFixture : public testing::Test {
     desk.loop.runUntilIdle();
   }
 
-  /// What was shown of the kind of press: the volume as a press that means this leaves it.
+  /// Changes the volume as a press with that meaning does, and waits out the bounce window.
   void press(ButtonEvent event) {
     if (event == ButtonEvent::unmuted) {
       setVolume(0.8F);
@@ -56,7 +56,7 @@ class MuteCoordinatorFixture : public testing::Test {
 
   std::size_t takeAnnouncements() { return desk.journal.take("coordinator").size(); }
 
-  /// How often Teams was looked for since it was asked last.
+  /// How often Teams was looked for since the last call.
   std::size_t takeTeamsCalls() { return desk.journal.take("workspace").size(); }
 
   TimeInterval now() const { return desk.loop.now().time_since_epoch(); }

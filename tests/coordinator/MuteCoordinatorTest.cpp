@@ -31,7 +31,7 @@ class MuteCoordinatorTest : public MuteCoordinatorFixture {
 
 // The start
 
-TEST_F(MuteCoordinatorTest, StartsItsPartsInOrder) {
+TEST_F(MuteCoordinatorTest, StartTakesItsStepsInOrder) {
   desk.plugSpeakerphone();
   start();
   EXPECT_THAT(
@@ -49,21 +49,21 @@ TEST_F(MuteCoordinatorTest, StartsItsPartsInOrder) {
           "loop: repeat every 1 s"));
 }
 
-TEST_F(MuteCoordinatorTest, WaitsForTheButtonAtFirst) {
+TEST_F(MuteCoordinatorTest, InitiallyWaitsForTheButton) {
   startWithSpeakerphone();
   EXPECT_EQ(coordinator->lastEvent(), "Waiting for Jabra button…");
   EXPECT_EQ(coordinator->teamsMuted(), std::nullopt);
   EXPECT_THAT(desk.log.texts("coordinator"), IsEmpty());
 }
 
-TEST_F(MuteCoordinatorTest, OwnsTheMonitorsOfTheHeadset) {
+TEST_F(MuteCoordinatorTest, OwnsBothMonitors) {
   desk.setBattery(62);
   startWithSpeakerphone();
   EXPECT_EQ(coordinator->jabra().deviceName(), "Jabra Speak2 75");
   EXPECT_EQ(coordinator->battery().level(), 62);
 }
 
-TEST_F(MuteCoordinatorTest, CallThatIsUpAtTheStartIsNoCallStart) {
+TEST_F(MuteCoordinatorTest, CallInProgressAtTheStartIsNotACallStart) {
   desk.setBattery(5);
   desk.audio.plug({.name = "Jabra Speak2 75", .inputVolume = 0.8F, .running = true});
   start();
@@ -90,7 +90,7 @@ TEST_F(MuteCoordinatorTest, IsMutedIsFalseWhileNothingIsKnown) {
   EXPECT_FALSE(coordinator->isMuted());
 }
 
-TEST_F(MuteCoordinatorTest, TeamsIsBelievedBeforeTheHeadset) {
+TEST_F(MuteCoordinatorTest, TeamsStateTakesPrecedenceOverTheHeadsets) {
   startWithSpeakerphone(0.8F);
   desk.teams.joinMeeting(false);
   setInCall(true);
@@ -136,7 +136,7 @@ TEST_F(MuteCoordinatorTest, IconOfAnUnpluggedHeadsetHasNoTint) {
 
 // Announcements
 
-TEST_F(MuteCoordinatorTest, ChangesOfTheHeadsetAreItsOwn) {
+TEST_F(MuteCoordinatorTest, AnnouncesChangesOfTheHeadset) {
   start();
   desk.loop.runUntilIdle();
   takeAnnouncements();
@@ -145,18 +145,18 @@ TEST_F(MuteCoordinatorTest, ChangesOfTheHeadsetAreItsOwn) {
   // Name, mute state, call.
   EXPECT_EQ(takeAnnouncements(), 3U);
   setInCall(true);
-  // The call, and the two members of the battery that is read at its start.
+  // The call, and the two members of the battery, which is read at the start of a call.
   EXPECT_EQ(takeAnnouncements(), 3U);
 }
 
-TEST_F(MuteCoordinatorTest, ChangesOfTheBatteryAreItsOwn) {
+TEST_F(MuteCoordinatorTest, AnnouncesChangesOfTheBattery) {
   start();
   desk.journal.take();
   desk.loop.runUntilIdle();
   EXPECT_EQ(takeAnnouncements(), 2U);
 }
 
-TEST_F(MuteCoordinatorTest, AnnouncementsComeBeforeTheChange) {
+TEST_F(MuteCoordinatorTest, AnnouncesBeforeEachChange) {
   startWithSpeakerphone();
   desk.teams.joinMeeting(false);
   Lines seen;
@@ -172,9 +172,9 @@ TEST_F(MuteCoordinatorTest, AnnouncementsComeBeforeTheChange) {
   EXPECT_EQ(coordinator->lastEvent(), "10:42  Mute → Teams");
 }
 
-// The end
+// Destruction
 
-TEST_F(MuteCoordinatorTest, LeavesTimersAndListenersInPlaceAndTheyDoNothing) {
+TEST_F(MuteCoordinatorTest, RemainingTimersAndListenersDoNothing) {
   startWithSpeakerphone();
   desk.teams.joinMeeting(false);
   setInCall(true);
@@ -191,58 +191,12 @@ TEST_F(MuteCoordinatorTest, LeavesTimersAndListenersInPlaceAndTheyDoNothing) {
   EXPECT_EQ(ChangePublisher::announcementCount(), announcements);
 }
 
-TEST_F(MuteCoordinatorTest, LeavesNoSubscriberBehind) {
+TEST_F(MuteCoordinatorTest, DestructionLeavesNoSubscriber) {
   const std::size_t before = ChangePublisher::subscriberCount();
   startWithSpeakerphone();
   EXPECT_GT(ChangePublisher::subscriberCount(), before);
   release();
   EXPECT_EQ(ChangePublisher::subscriberCount(), before);
-}
-
-/// A stretch of a day in which everything is under way at some time: a bounce window, an echo, a
-/// battery reading, an answer about permission, a back-off.
-void step(SimulatedDesk& desk, AudioObjectID speakerphone, int number) {
-  const std::vector<std::function<void()>> steps = {
-      [&] { desk.audio.setInputVolume(speakerphone, 0); },
-      [&] { desk.audio.setInputVolume(speakerphone, 0.8F); },
-      [&] { desk.teams.joinMeeting(false); },
-      [&] { desk.audio.setRunning(speakerphone, true); },
-      [&] { desk.audio.setInputVolume(speakerphone, 0); },
-      [&] { desk.teams.setMuted(false); },
-      [&] { desk.teams.leaveMeeting(); },
-      [&] { desk.teams.joinMeeting(true); },
-      [&] { desk.audio.setRunning(speakerphone, false); },
-      [&] { desk.audio.setRunning(speakerphone, true); },
-  };
-  // Every third step lets time pass only.
-  const int event = number / 3;
-  if (number % 3 == 0 && event < static_cast<int>(steps.size())) steps[event]();
-  desk.advance(110ms);
-}
-
-TEST(MuteCoordinatorEnd, MayComeAtAnyMoment) {
-  const std::size_t subscribers = ChangePublisher::subscriberCount();
-  for (const TimeInterval latency : {TimeInterval(0s), TimeInterval(150ms), TimeInterval(5s)}) {
-    for (int end = 0; end < 60; ++end) {
-      SimulatedDesk desk;
-      desk.setBattery(12);
-      desk.loop.setUtilityLatency(latency);
-      desk.notifications.setAnswers(SimulatedUserNotifications::Answers::later, latency);
-      const AudioObjectID speakerphone = desk.plugSpeakerphone();
-      auto coordinator = std::make_unique<MuteCoordinator>();
-      for (int number = 0; number < end; ++number) step(desk, speakerphone, number);
-      coordinator.reset();
-      // A reading that is under way ends, but nobody hears of it.
-      EXPECT_EQ(ChangePublisher::subscriberCount(), subscribers) << end;
-      const std::size_t requests = desk.notifications.requests().size();
-      desk.journal.take();
-      for (int number = end; number < 60; ++number) step(desk, speakerphone, number);
-      desk.advance(120s);
-      EXPECT_EQ(desk.notifications.requests().size(), requests) << end;
-      EXPECT_THAT(desk.journal.take("audio"), IsEmpty()) << end;
-      EXPECT_THAT(desk.journal.take("accessibility"), IsEmpty()) << end;
-    }
-  }
 }
 
 }  // namespace

@@ -11,11 +11,11 @@
 
 namespace hushbox {
 
-/// A monitor on the simulated desk. What it tells its surroundings is journaled among the
+/// A monitor on the simulated desk. Its announcements and callbacks are in the journal, among the
 /// platform's calls, as part "monitor": "will change", "button muted", "call started".
 class JabraMonitorFixture : public testing::Test {
  protected:
-  /// Makes the monitor and connects to it.
+  /// Creates the monitor and subscribes to it.
   void start() {
     monitor = std::make_unique<JabraMonitor>();
     subscription = monitor->objectWillChange.subscribe([this] { hear("will change"); });
@@ -23,20 +23,20 @@ class JabraMonitorFixture : public testing::Test {
     monitor->onCallStarted = [this] { hear("call started"); };
   }
 
-  /// The same with the speakerphone plugged in at that volume, and forgets how it came about.
+  /// Does the same with the speakerphone plugged in at that volume, and clears the journal.
   void startWithSpeakerphone(float volume = 0.8F) {
     speakerphone = desk.plugSpeakerphone(volume);
     start();
     desk.journal.take();
   }
 
-  /// The same with a volume that could not be read, so that the mute state is unknown.
+  /// Does the same with an unreadable volume, so that the mute state is unknown.
   void startWithUnknownState(float volume = 0.8F) {
     desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
     startWithSpeakerphone(volume);
   }
 
-  /// Plugs in any other device.
+  /// Plugs in another device.
   AudioObjectID plug(const std::string& name, std::optional<float> volume = 0.5F) {
     return desk.audio.plug({.name = name, .inputVolume = volume});
   }
@@ -46,13 +46,13 @@ class JabraMonitorFixture : public testing::Test {
     monitor.reset();
   }
 
-  /// The device's volume changes, and the listeners hear of it.
+  /// Changes the device's volume and calls the listeners.
   void setVolume(float volume) {
     desk.audio.setInputVolume(speakerphone, volume);
     desk.loop.runUntilIdle();
   }
 
-  /// The listeners are told of a change of the volume although there was none.
+  /// Calls the volume's listeners without a change.
   void announceVolume() {
     desk.audio.announce(speakerphone, audio::inputVolume);
     desk.loop.runUntilIdle();
@@ -60,14 +60,14 @@ class JabraMonitorFixture : public testing::Test {
 
   void hear(const std::string& what) { desk.journal.add("monitor", what); }
 
-  /// What was heard since it was asked last, announcements left out.
+  /// Takes the callbacks from the journal, and drops the announcements.
   Lines takeEvents() {
     Lines events = desk.journal.take("monitor");
     std::erase(events, "will change");
     return events;
   }
 
-  /// The text of the last log record; empty when there is none.
+  /// The text of the last log record; empty if there is none.
   std::string lastRecord() const {
     return desk.log.records().empty() ? "" : desk.log.records().back().text;
   }

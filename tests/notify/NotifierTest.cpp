@@ -25,7 +25,7 @@ class NotifierTest : public testing::Test {
   SimulatedDesk desk;
 };
 
-TEST_F(NotifierTest, AsksForAlertAndSoundAndNothingElse) {
+TEST_F(NotifierTest, RequestsAlertAndSoundOnly) {
   Notifier::requestAuthorization();
   EXPECT_THAT(desk.journal.take(), ElementsAre("notifications: request authorization 6"));
 }
@@ -75,7 +75,7 @@ TEST_F(NotifierTest, DeliveryLeavesNoRecord) {
   EXPECT_THAT(desk.journal.take(), IsEmpty());
 }
 
-TEST_F(NotifierTest, FailedDeliveryIsLoggedAsAnErrorAndNotRetried) {
+TEST_F(NotifierTest, FailureIsLoggedAsAnErrorAndNotRetried) {
   desk.notifications.setAddError("The daemon is away");
   Notifier::post("title", "body");
   desk.advance(std::chrono::hours{1});
@@ -84,14 +84,14 @@ TEST_F(NotifierTest, FailedDeliveryIsLoggedAsAnErrorAndNotRetried) {
   EXPECT_EQ(desk.notifications.requests().size(), 1U);
 }
 
-TEST_F(NotifierTest, ErrorWithoutADescriptionIsAnErrorAllTheSame) {
+TEST_F(NotifierTest, ErrorWithAnEmptyDescriptionIsLogged) {
   desk.notifications.setAddError("");
   Notifier::post("title", "body");
   desk.loop.runUntilIdle();
   EXPECT_THAT(desk.log.records(), ElementsAre(record(LogLevel::error, "Notification failed: ")));
 }
 
-TEST_F(NotifierTest, IdentifierIsARandomUuidInItsCanonicalForm) {
+TEST_F(NotifierTest, IdentifierIsARandomUuid) {
   std::set<std::string> identifiers;
   for (int i = 0; i < 200; ++i) Notifier::post("title", "body");
   std::set<char> digits;
@@ -107,7 +107,7 @@ TEST_F(NotifierTest, IdentifierIsARandomUuidInItsCanonicalForm) {
   EXPECT_EQ(digits.size(), 16U);
 }
 
-TEST_F(NotifierTest, SameTextsTwiceAreTwoNotifications) {
+TEST_F(NotifierTest, EqualTextsAreSeparateNotifications) {
   Notifier::post("title", "body");
   Notifier::post("title", "body");
   const auto& requests = desk.notifications.requests();
@@ -115,12 +115,12 @@ TEST_F(NotifierTest, SameTextsTwiceAreTwoNotifications) {
   EXPECT_NE(requests[0].identifier, requests[1].identifier);
 }
 
-TEST_F(NotifierTest, EmptyTextsArePassedOnAsTheyAre) {
+TEST_F(NotifierTest, EmptyTextsArePassedOn) {
   Notifier::post("", "");
   EXPECT_THAT(desk.journal.take(), ElementsAre("notifications: add \"\" \"\" with sound"));
 }
 
-TEST_F(NotifierTest, PostsBeforeTheAnswerAndAfterARefusalAsWell) {
+TEST_F(NotifierTest, PostsBeforeTheAnswerAndAfterARefusal) {
   desk.notifications.setAuthorization(false);
   desk.notifications.setAnswers(Answers::whenAsked);
   Notifier::requestAuthorization();
@@ -133,7 +133,7 @@ TEST_F(NotifierTest, PostsBeforeTheAnswerAndAfterARefusalAsWell) {
               ElementsAre("Notification permission granted=false error=none"));
 }
 
-TEST_F(NotifierTest, AnswersMayComeInsideTheCall) {
+TEST_F(NotifierTest, CompletionsMayRunDuringTheCall) {
   desk.notifications.setAnswers(Answers::atOnce);
   desk.notifications.setAddError("no");
   Notifier::requestAuthorization();

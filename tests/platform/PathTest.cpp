@@ -11,7 +11,7 @@ using testing::IsEmpty;
 using Element = Path::Element;
 using Kind = Path::Element::Kind;
 
-TEST(Path, IsEmptyAtFirstWithTheUsualAttributes) {
+TEST(PathTest, IsInitiallyEmptyWithDefaultAttributes) {
   const Path path;
   EXPECT_THAT(path.elements(), IsEmpty());
   EXPECT_EQ(path.windingRule(), Path::WindingRule::nonZero);
@@ -19,7 +19,7 @@ TEST(Path, IsEmptyAtFirstWithTheUsualAttributes) {
   EXPECT_EQ(path.lineCap(), Path::LineCap::butt);
 }
 
-TEST(Path, KeepsItsStepsInOrder) {
+TEST(PathTest, KeepsItsStepsInOrder) {
   Path path;
   path.moveTo({1, 2});
   path.lineTo({3, 4});
@@ -31,7 +31,7 @@ TEST(Path, KeepsItsStepsInOrder) {
                   Element{Kind::curve, {5, 6}, {7, 8}, {9, 10}}, Element{Kind::close, {}, {}, {}}));
 }
 
-TEST(Path, AppendsTheStepsOfAnotherAndKeepsItsOwnAttributes) {
+TEST(PathTest, AppendsTheStepsOfAnotherAndKeepsItsOwnAttributes) {
   Path path;
   path.moveTo({1, 1});
   path.setLineWidth(3);
@@ -51,7 +51,7 @@ TEST(Path, AppendsTheStepsOfAnotherAndKeepsItsOwnAttributes) {
   EXPECT_EQ(other.elements().size(), 2U);
 }
 
-TEST(Path, AppendsItselfOnce) {
+TEST(PathTest, AppendsItselfOnce) {
   Path path;
   path.moveTo({1, 1});
   path.lineTo({2, 2});
@@ -62,14 +62,14 @@ TEST(Path, AppendsItselfOnce) {
                   Element{Kind::move, {1, 1}, {}, {}}, Element{Kind::line, {2, 2}, {}, {}}));
 }
 
-TEST(Path, TransformMapsEveryPointOfMovesLinesAndCurves) {
+TEST(PathTest, TransformMapsEveryPointOfMovesLinesAndCurves) {
   Path path;
   path.moveTo({1, 2});
   path.lineTo({3, 4});
   path.curveTo({5, 6}, {7, 8}, {9, 10});
   path.close();
   path.transform({.m11 = 2, .m12 = 3, .m21 = 5, .m22 = 7, .tX = 100, .tY = 1000});
-  // (x, y) becomes (2x + 5y + 100, 3x + 7y + 1000); points that a step does not use stay nothing.
+  // (x, y) becomes (2x + 5y + 100, 3x + 7y + 1000); points that a step does not use stay (0, 0).
   EXPECT_THAT(path.elements(),
               ElementsAre(Element{Kind::move, {112, 1017}, {}, {}},
                           Element{Kind::line, {126, 1037}, {}, {}},
@@ -77,7 +77,7 @@ TEST(Path, TransformMapsEveryPointOfMovesLinesAndCurves) {
                           Element{Kind::close, {}, {}, {}}));
 }
 
-TEST(Path, TheIdentityTransformChangesNothing) {
+TEST(PathTest, IdentityTransformChangesNothing) {
   Path path;
   path.curveTo({5, 6}, {7, 8}, {9, 10});
   const auto before = path.elements();
@@ -85,7 +85,7 @@ TEST(Path, TheIdentityTransformChangesNothing) {
   EXPECT_EQ(path.elements(), before);
 }
 
-TEST(Path, HoldsTheAttributesItWasGiven) {
+TEST(PathTest, KeepsItsAttributes) {
   Path path;
   path.setWindingRule(Path::WindingRule::evenOdd);
   path.setLineWidth(22);

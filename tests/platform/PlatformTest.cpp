@@ -20,11 +20,11 @@ Platform platformOf(SimulatedDesk& desk) {
       desk.notifications, desk.loginItem, desk.menuBar,       desk.log,       desk.locale};
 }
 
-TEST(PlatformDeathTest, WithoutAPlatformInScopeTheProgramEndsWithASentence) {
+TEST(PlatformDeathTest, AbortsWithoutAPlatformInScope) {
   EXPECT_DEATH(platform(), "^hushbox: No platform is in scope\\.\n$");
 }
 
-TEST(PlatformDeathTest, SecondPlatformInScopeEndsTheProgramWithASentence) {
+TEST(PlatformDeathTest, SecondPlatformInScopeAborts) {
   SimulatedDesk desk;
   EXPECT_DEATH(PlatformScope second(platformOf(desk)),
                "^hushbox: A platform is in scope already\\.\n$");
@@ -37,7 +37,7 @@ TEST(PlatformDeathTest, PlatformIsOutOfScopeOnceItsScopeHasClosed) {
   EXPECT_DEATH(platform(), "No platform is in scope");
 }
 
-TEST(Platform, InScopeIsTheOneThatWasPutThere) {
+TEST(PlatformTest, ReturnsThePlatformInScope) {
   SimulatedDesk desk;
   const Platform& inScope = platform();
   EXPECT_EQ(&inScope.mainLoop, &desk.loop);
@@ -52,7 +52,7 @@ TEST(Platform, InScopeIsTheOneThatWasPutThere) {
   EXPECT_EQ(&inScope.locale, &desk.locale);
 }
 
-TEST(Platform, AnotherMayFollowOnceTheFirstIsGone) {
+TEST(PlatformTest, AnotherScopeMayFollowTheFirst) {
   SimulatedDesk desk;
   desk.close();
   {
@@ -63,7 +63,7 @@ TEST(Platform, AnotherMayFollowOnceTheFirstIsGone) {
   EXPECT_EQ(&platform().mainLoop, &desk.loop);
 }
 
-TEST(Platform, ActionsForTheCloseRunThenInTheirOrderAndOnce) {
+TEST(PlatformTest, CloseActionsRunOnceInOrder) {
   SimulatedDesk desk;
   desk.close();
   std::vector<std::string> ran;

@@ -9,7 +9,7 @@
 namespace hushbox {
 namespace {
 
-TEST(WorkItem, RunsOnceHoweverOftenItIsInvoked) {
+TEST(WorkItemTest, RunsOnlyOnce) {
   int runs = 0;
   const WorkItem item([&] { ++runs; });
   const auto invocation = item.invocation();
@@ -20,7 +20,7 @@ TEST(WorkItem, RunsOnceHoweverOftenItIsInvoked) {
   EXPECT_EQ(runs, 1);
 }
 
-TEST(WorkItem, DoesNotRunOnceItIsCancelled) {
+TEST(WorkItemTest, DoesNotRunAfterCancellation) {
   int runs = 0;
   WorkItem item([&] { ++runs; });
   const auto invocation = item.invocation();
@@ -30,7 +30,7 @@ TEST(WorkItem, DoesNotRunOnceItIsCancelled) {
   EXPECT_EQ(runs, 0);
 }
 
-TEST(WorkItem, CancellingAfterTheRunHasNoEffect) {
+TEST(WorkItemTest, CancellingAfterTheRunHasNoEffect) {
   int runs = 0;
   WorkItem item([&] { ++runs; });
   item.invocation()();
@@ -39,7 +39,7 @@ TEST(WorkItem, CancellingAfterTheRunHasNoEffect) {
   EXPECT_EQ(runs, 1);
 }
 
-TEST(WorkItem, LettingGoOfItDoesNotKeepItFromRunning) {
+TEST(WorkItemTest, DestroyingItDoesNotCancelIt) {
   int runs = 0;
   auto item = std::make_optional<WorkItem>([&] { ++runs; });
   const auto invocation = item->invocation();
@@ -48,7 +48,7 @@ TEST(WorkItem, LettingGoOfItDoesNotKeepItFromRunning) {
   EXPECT_EQ(runs, 1);
 }
 
-TEST(WorkItem, RunningReleasesWhatTheBlockHolds) {
+TEST(WorkItemTest, RunningDestroysTheBlock) {
   const auto held = std::make_shared<int>();
   const WorkItem item([held] {});
   EXPECT_EQ(held.use_count(), 2);
@@ -56,7 +56,7 @@ TEST(WorkItem, RunningReleasesWhatTheBlockHolds) {
   EXPECT_EQ(held.use_count(), 1);
 }
 
-TEST(WorkItem, CancellingReleasesWhatTheBlockHolds) {
+TEST(WorkItemTest, CancellingDestroysTheBlock) {
   const auto held = std::make_shared<int>();
   WorkItem item([held] {});
   const auto invocation = item.invocation();
@@ -64,7 +64,7 @@ TEST(WorkItem, CancellingReleasesWhatTheBlockHolds) {
   EXPECT_EQ(held.use_count(), 1);
 }
 
-TEST(WorkItem, ItsBlockMayLetGoOfItAndCancelIt) {
+TEST(WorkItemTest, BlockMayCancelAndDestroyItsItem) {
   auto held = std::make_shared<int>(3);
   int seen = 0;
   std::optional<WorkItem> item;
@@ -78,7 +78,7 @@ TEST(WorkItem, ItsBlockMayLetGoOfItAndCancelIt) {
   EXPECT_EQ(held.use_count(), 1);
 }
 
-TEST(WorkItem, ItsBlockMayInvokeItAgainWithoutRunningTwice) {
+TEST(WorkItemTest, BlockMayInvokeItsItemWithoutRunningTwice) {
   int runs = 0;
   std::optional<WorkItem> item;
   item.emplace([&] {
@@ -89,7 +89,7 @@ TEST(WorkItem, ItsBlockMayInvokeItAgainWithoutRunningTwice) {
   EXPECT_EQ(runs, 1);
 }
 
-TEST(WorkItem, CancelsThroughWhereItHasMoved) {
+TEST(WorkItemTest, MovedItemCanBeCancelled) {
   int runs = 0;
   WorkItem item([&] { ++runs; });
   const auto invocation = item.invocation();

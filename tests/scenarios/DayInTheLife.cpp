@@ -14,13 +14,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::chrono::nanoseconds tick = 1s;
+constexpr std::chrono::nanoseconds pollInterval = 1s;
 
 bool isPressStatus(std::string_view text) {
   return text.starts_with("Mute ") || text.starts_with("Unmute ") || text.starts_with("Toggle ");
 }
 
-/// What follows `prefix` in `line`, if it begins with it.
+/// Returns what follows `prefix` in `line`, or nullopt if `line` does not start with it.
 std::optional<std::string_view> after(std::string_view line, std::string_view prefix) {
   if (!line.starts_with(prefix)) return std::nullopt;
   return line.substr(prefix.size());
@@ -95,7 +95,7 @@ void DayInTheLife::wildEvent() {
       [&] { desk_.locale.setTimeOfDay(TimeInterval(double(draw(86'400)))); },
       [&] {
         desk_.loop.sleep(TimeInterval(double(draw(7'200))));
-        passStretch(0s);
+        passSpan(0s);
       },
       [&] {
         desk_.teams.setPressStatus(oneIn(3) ? accessibility::cannotComplete
@@ -106,7 +106,7 @@ void DayInTheLife::wildEvent() {
 }
 
 TimeInterval DayInTheLife::drawDelay() {
-  // The program's own figures come up often, because that is where things meet.
+  // Half of the delays are the program's own intervals, which make events coincide.
   const std::array<TimeInterval, 8> delays = {0s, 50ms, 300ms, 500ms, 1s, 5s, 700ms, 2s};
   if (oneIn(2)) return delays[draw(delays.size())];
   return std::chrono::milliseconds(draw(kind_ == Kind::plain ? 1'500 : 4'000));
@@ -138,13 +138,13 @@ void DayInTheLife::settle() {
   desk_.teams.thaw();
   desk_.teams.joinMeeting(oneIn(2));
   if (kind_ == Kind::wild && isPluggedIn()) {
-    // What failed to be noticed, or to be listened to, is noticed with the next device.
+    // After failed reads or listeners the monitor recovers with the next device.
     unplug();
     pass(0s);
   }
   plug();
   setInCall(true);
-  // The pause after a failure, and then the next tick.
+  // Longer than the pause after a failed read and one poll interval.
   pass(7s);
   EXPECT_EQ(coordinator_->teamsMuted(), desk_.teams.isMuted());
   EXPECT_EQ(coordinator_->isMuted(), desk_.teams.isMuted());
@@ -153,15 +153,15 @@ void DayInTheLife::settle() {
 void DayInTheLife::pass(TimeInterval interval) {
   const Instant end =
       desk_.loop.now() + std::chrono::duration_cast<std::chrono::nanoseconds>(interval);
-  passStretch(0s);
+  passSpan(0s);
   while (desk_.loop.now() < end) {
-    const auto untilTick = tick - desk_.loop.now().time_since_epoch() % tick;
-    const auto stretch = untilTick > 1ns ? untilTick - 1ns : untilTick;
-    passStretch(std::min(stretch, end - desk_.loop.now()));
+    const auto untilPoll = pollInterval - desk_.loop.now().time_since_epoch() % pollInterval;
+    const auto span = untilPoll > 1ns ? untilPoll - 1ns : untilPoll;
+    passSpan(std::min(span, end - desk_.loop.now()));
   }
 }
 
-void DayInTheLife::passStretch(TimeInterval interval) {
+void DayInTheLife::passSpan(TimeInterval interval) {
   const Instant start = desk_.loop.now();
   const auto announcements = ChangePublisher::announcementCount();
   const auto before = std::tuple(coordinator_->teamsMuted(), coordinator_->lastEvent(),
@@ -206,7 +206,7 @@ void DayInTheLife::check(Instant start, const Lines& lines) {
     if (status->ends_with(", notified")) --notifications;
   }
   EXPECT_EQ(writes, 0) << "The device is written exactly when it follows Teams.";
-  EXPECT_EQ(notifications, 0) << "Every notification is told by the status line.";
+  EXPECT_EQ(notifications, 0) << "Every notification has a status line.";
   EXPECT_LE(teamsPresses_, buttonEvents_);
   if (kind_ == Kind::plain) {
     EXPECT_LE(buttonEvents_, devicePresses_);
@@ -225,7 +225,7 @@ void DayInTheLife::checkPress(std::string_view status) {
   if (!pressed && label != "") {
     EXPECT_TRUE(status.ends_with("no Teams meeting found")) << status;
   }
-  // The label says what pressing does: it must be what was wanted.
+  // The label says what pressing does, which must be what was wanted.
   if (pressed && status.starts_with("Mute ")) {
     EXPECT_TRUE(label.starts_with("Mute ")) << label;
   }
@@ -237,7 +237,7 @@ void DayInTheLife::checkPress(std::string_view status) {
 void DayInTheLife::checkPoll(Instant start, int teamsCalls, int pressCalls) {
   const int polls = teamsCalls - pressCalls;
   polls_ += polls;
-  // One stretch holds one tick at the most, and one that was late.
+  // A span contains at most one poll on time and a late one.
   EXPECT_GE(polls, 0);
   EXPECT_LE(polls, 2);
   const bool known = coordinator_->teamsMuted().has_value();

@@ -14,28 +14,28 @@
 
 namespace hushbox {
 
-/// A day at the desk drawn from a seed: presses, calls, meetings, plugging, and everything that may
-/// go wrong. After each stretch of time it is checked that the program kept its promises; a breach
-/// fails the running test.
+/// A random day at the desk, generated from a seed: presses, calls, meetings, plugging, and
+/// everything that may fail. After each span of time it checks the program's invariants; a
+/// violation fails the running test.
 class DayInTheLife {
  public:
   enum class Kind {
-    /// A call on a headset that stays, with a Teams that answers.
+    /// One call, with the headset plugged in throughout and a Teams that replies.
     plain,
-    /// Everything that may happen does.
+    /// Everything that may happen.
     wild
   };
 
   DayInTheLife(std::uint64_t seed, Kind kind);
 
-  /// Lets so many things happen, with time between them.
+  /// Runs that many random events, with time between them.
   void live(int steps);
 
-  /// Brings the day into a call with a meeting that can be read, waits, and checks that Teams'
-  /// state is known as it is.
+  /// Sets up a call with a readable meeting, waits, and checks that the coordinator knows Teams'
+  /// state.
   void settle();
 
-  /// Everything that the platform was asked for and told, in order.
+  /// All calls to the platform, in order.
   const Lines& history() const { return history_; }
 
   int buttonEvents() const { return buttonEvents_; }
@@ -47,14 +47,15 @@ class DayInTheLife {
   void plainEvent();
   void wildEvent();
 
-  /// Lets time pass in stretches that end just before and at each of the poll's ticks.
+  /// Lets time pass in spans that end just before and at each poll.
   void pass(TimeInterval interval);
-  void passStretch(TimeInterval interval);
+  void passSpan(TimeInterval interval);
   void check(Instant start, const Lines& lines);
   void checkPoll(Instant start, int teamsCalls, int pressCalls);
   void checkPress(std::string_view status);
 
-  /// From 0 to `count` - 1. No distribution of the library: those differ between libraries.
+  /// Returns a number from 0 to `count` - 1. Not a standard distribution: those differ between
+  /// standard libraries.
   std::uint64_t draw(std::uint64_t count) { return random_() % count; }
   bool oneIn(std::uint64_t count) { return draw(count) == 0; }
   TimeInterval drawDelay();
@@ -72,11 +73,11 @@ class DayInTheLife {
   std::unique_ptr<MuteCoordinator> coordinator_;
 
   Lines history_;
-  /// The microphone button's label in the press that has no status yet; empty without one.
+  /// The label of the microphone button at the last press of Teams, until its status line appears.
   std::string pressedLabel_;
   /// The last status line, without its time.
   std::string lastStatus_ = "Waiting for Jabra button…";
-  /// When a reading of Teams failed at the earliest.
+  /// The earliest moment at which the last failed read of Teams may have happened.
   std::optional<Instant> pollFailed_;
   int devicePresses_ = 0;
   int buttonEvents_ = 0;

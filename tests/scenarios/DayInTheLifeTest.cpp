@@ -11,7 +11,7 @@ constexpr std::uint64_t seeds = 20;
 
 class DayInTheLifeTest : public testing::TestWithParam<std::uint64_t> {};
 
-TEST_P(DayInTheLifeTest, PlainDayKeepsEveryPromise) {
+TEST_P(DayInTheLifeTest, PlainDayKeepsEveryInvariant) {
   DayInTheLife day(GetParam(), Kind::plain);
   for (int part = 0; part < 2; ++part) {
     day.live(100);
@@ -21,7 +21,7 @@ TEST_P(DayInTheLifeTest, PlainDayKeepsEveryPromise) {
   EXPECT_GT(day.polls(), 80);
 }
 
-TEST_P(DayInTheLifeTest, WildDayKeepsEveryPromise) {
+TEST_P(DayInTheLifeTest, WildDayKeepsEveryInvariant) {
   DayInTheLife day(GetParam(), Kind::wild);
   for (int part = 0; part < 6; ++part) {
     day.live(100);
@@ -35,7 +35,7 @@ TEST_P(DayInTheLifeTest, WildDayKeepsEveryPromise) {
 INSTANTIATE_TEST_SUITE_P(Seed, DayInTheLifeTest, testing::Range<std::uint64_t>(1, seeds + 1),
                          testing::PrintToStringParamName());
 
-TEST(DayInTheLifeAgain, SameSeedIsTheSameDay) {
+TEST(DayInTheLifeReplayTest, SameSeedGivesTheSameDay) {
   for (const Kind kind : {Kind::plain, Kind::wild}) {
     const auto history = [kind] {
       DayInTheLife day(7, kind);
@@ -48,7 +48,7 @@ TEST(DayInTheLifeAgain, SameSeedIsTheSameDay) {
   }
 }
 
-TEST(DayInTheLifeAgain, AnotherSeedIsAnotherDay) {
+TEST(DayInTheLifeReplayTest, AnotherSeedGivesAnotherDay) {
   const auto historyOf = [](std::uint64_t seed) {
     DayInTheLife day(seed, Kind::wild);
     day.live(100);

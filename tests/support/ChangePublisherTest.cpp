@@ -14,7 +14,7 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(ChangePublisher, EveryAnnouncementReachesEverySubscriberInTheirOrder) {
+TEST(ChangePublisherTest, AnnouncementReachesEverySubscriberInOrder) {
   ChangePublisher publisher;
   std::vector<std::string> heard;
   const Subscription first = publisher.subscribe([&] { heard.push_back("first"); });
@@ -24,14 +24,14 @@ TEST(ChangePublisher, EveryAnnouncementReachesEverySubscriberInTheirOrder) {
   EXPECT_THAT(heard, ElementsAre("first", "second", "first", "second"));
 }
 
-TEST(ChangePublisher, NothingIsHeardBeforeAnAnnouncement) {
+TEST(ChangePublisherTest, SubscribingCallsNothing) {
   ChangePublisher publisher;
   int heard = 0;
   const Subscription subscription = publisher.subscribe([&] { ++heard; });
   EXPECT_EQ(heard, 0);
 }
 
-TEST(ChangePublisher, LettingGoOfTheSubscriptionEndsItAtOnce) {
+TEST(ChangePublisherTest, DestroyingTheSubscriptionEndsItAtOnce) {
   ChangePublisher publisher;
   int heard = 0;
   {
@@ -41,7 +41,7 @@ TEST(ChangePublisher, LettingGoOfTheSubscriptionEndsItAtOnce) {
   EXPECT_EQ(heard, 0);
 }
 
-TEST(ChangePublisher, ASubscriptionThatIsReplacedEnds) {
+TEST(ChangePublisherTest, ReplacedSubscriptionEnds) {
   ChangePublisher publisher;
   int replaced = 0;
   int replacing = 0;
@@ -52,7 +52,7 @@ TEST(ChangePublisher, ASubscriptionThatIsReplacedEnds) {
   EXPECT_EQ(replacing, 1);
 }
 
-TEST(ChangePublisher, ASubscriptionMovesWithItsHolder) {
+TEST(ChangePublisherTest, SubscriptionCanBeMoved) {
   ChangePublisher publisher;
   int heard = 0;
   Subscription subscription = publisher.subscribe([&] { ++heard; });
@@ -67,15 +67,15 @@ TEST(ChangePublisher, ASubscriptionMovesWithItsHolder) {
   EXPECT_EQ(heard, 1);
 }
 
-TEST(ChangePublisher, AnEmptySubscriptionIsFalse) {
+TEST(ChangePublisherTest, EmptySubscriptionIsFalse) {
   EXPECT_FALSE(Subscription());
 }
 
-TEST(ChangePublisher, ASubscriberMayEndItsOwnSubscription) {
+TEST(ChangePublisherTest, SubscriberMayEndItsOwnSubscription) {
   ChangePublisher publisher;
   int heard = 0;
   Subscription subscription;
-  // Something that only the function holds: it must not be released while it runs.
+  // Held by the function only, so it must not be destroyed while the function runs.
   const auto note = std::make_shared<int>(7);
   std::weak_ptr<int> held = note;
   subscription = publisher.subscribe([&, note = std::make_shared<int>(*note)] {
@@ -87,7 +87,7 @@ TEST(ChangePublisher, ASubscriberMayEndItsOwnSubscription) {
   EXPECT_EQ(heard, 7);
 }
 
-TEST(ChangePublisher, ASubscriptionEndedDuringAnAnnouncementDoesNotHearIt) {
+TEST(ChangePublisherTest, SubscriptionEndedDuringAnAnnouncementIsNotCalled) {
   ChangePublisher publisher;
   int heard = 0;
   Subscription later;
@@ -97,7 +97,7 @@ TEST(ChangePublisher, ASubscriptionEndedDuringAnAnnouncementDoesNotHearIt) {
   EXPECT_EQ(heard, 0);
 }
 
-TEST(ChangePublisher, ASubscriberAddedDuringAnAnnouncementHearsTheNextOne) {
+TEST(ChangePublisherTest, SubscriberAddedDuringAnAnnouncementIsCalledFromTheNextOne) {
   ChangePublisher publisher;
   int heard = 0;
   std::optional<Subscription> added;
@@ -110,7 +110,7 @@ TEST(ChangePublisher, ASubscriberAddedDuringAnAnnouncementHearsTheNextOne) {
   EXPECT_EQ(heard, 1);
 }
 
-TEST(ChangePublisher, AnAnnouncementMayBeMadeFromInsideAnother) {
+TEST(ChangePublisherTest, AnnouncementsMayBeNested) {
   ChangePublisher outer;
   ChangePublisher inner;
   int heard = 0;
@@ -120,7 +120,7 @@ TEST(ChangePublisher, AnAnnouncementMayBeMadeFromInsideAnother) {
   EXPECT_EQ(heard, 1);
 }
 
-TEST(ChangePublisher, ASubscriptionMayOutliveThePublisher) {
+TEST(ChangePublisherTest, SubscriptionMayOutliveThePublisher) {
   auto publisher = std::make_unique<ChangePublisher>();
   Subscription subscription = publisher->subscribe([] {});
   publisher.reset();
@@ -129,7 +129,7 @@ TEST(ChangePublisher, ASubscriptionMayOutliveThePublisher) {
   EXPECT_FALSE(subscription);
 }
 
-TEST(ChangePublisher, ThePublisherMayGoDuringItsAnnouncement) {
+TEST(ChangePublisherTest, PublisherMayBeDestroyedDuringItsAnnouncement) {
   auto publisher = std::make_unique<ChangePublisher>();
   int heard = 0;
   const Subscription first = publisher->subscribe([&] { publisher.reset(); });
@@ -138,7 +138,7 @@ TEST(ChangePublisher, ThePublisherMayGoDuringItsAnnouncement) {
   EXPECT_EQ(heard, 1);
 }
 
-TEST(ChangePublisher, WhatTheSubscriberHoldsIsReleasedWithTheSubscription) {
+TEST(ChangePublisherTest, SubscriberIsDestroyedWithTheSubscription) {
   ChangePublisher publisher;
   const auto held = std::make_shared<int>();
   {
@@ -148,7 +148,7 @@ TEST(ChangePublisher, WhatTheSubscriberHoldsIsReleasedWithTheSubscription) {
   EXPECT_EQ(held.use_count(), 1);
 }
 
-TEST(ChangePublisher, CountsAnnouncementsAndSubscribersOfTheWholeProcess) {
+TEST(ChangePublisherTest, CountsAnnouncementsAndSubscribersOfTheWholeProcess) {
   const auto announcements = ChangePublisher::announcementCount();
   const auto subscribers = ChangePublisher::subscriberCount();
   ChangePublisher one;

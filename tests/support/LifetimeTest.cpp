@@ -10,7 +10,7 @@
 namespace hushbox {
 namespace {
 
-TEST(Lifetime, ACallbackRunsWhileItsOwnerLives) {
+TEST(LifetimeTest, CallbackRunsWhileItsOwnerLives) {
   const Lifetime lifetime;
   int calls = 0;
   const std::function<void()> callback = lifetime.weakly([&] { ++calls; });
@@ -19,7 +19,7 @@ TEST(Lifetime, ACallbackRunsWhileItsOwnerLives) {
   EXPECT_EQ(calls, 2);
 }
 
-TEST(Lifetime, ACallbackDoesNothingOnceItsOwnerIsGone) {
+TEST(LifetimeTest, CallbackDoesNothingOnceItsOwnerIsDestroyed) {
   auto lifetime = std::make_optional<Lifetime>();
   int calls = 0;
   const std::function<void()> callback = lifetime->weakly([&] { ++calls; });
@@ -28,7 +28,7 @@ TEST(Lifetime, ACallbackDoesNothingOnceItsOwnerIsGone) {
   EXPECT_EQ(calls, 0);
 }
 
-TEST(Lifetime, ACopyOfACallbackHoldsTheOwnerWeaklyToo) {
+TEST(LifetimeTest, CopyOfACallbackHoldsTheOwnerWeakly) {
   auto lifetime = std::make_optional<Lifetime>();
   int calls = 0;
   const auto callback = lifetime->weakly([&] { ++calls; });
@@ -39,7 +39,7 @@ TEST(Lifetime, ACopyOfACallbackHoldsTheOwnerWeaklyToo) {
   EXPECT_EQ(calls, 1);
 }
 
-TEST(Lifetime, ACallbackFollowsItsOwnOwnerOnly) {
+TEST(LifetimeTest, CallbackDependsOnItsOwnOwnerOnly) {
   const Lifetime living;
   auto gone = std::make_optional<Lifetime>();
   std::string calls;
@@ -51,7 +51,7 @@ TEST(Lifetime, ACallbackFollowsItsOwnOwnerOnly) {
   EXPECT_EQ(calls, "living");
 }
 
-TEST(Lifetime, ArgumentsAreHandedOnAsTheyCome) {
+TEST(LifetimeTest, ArgumentsAreForwarded) {
   const Lifetime lifetime;
   std::string seen;
   const auto callback = lifetime.weakly([&](int number, std::unique_ptr<std::string> text) {
@@ -61,7 +61,7 @@ TEST(Lifetime, ArgumentsAreHandedOnAsTheyCome) {
   EXPECT_EQ(seen, "text2");
 }
 
-TEST(Lifetime, AnOwnerMayGoInsideItsOwnCallback) {
+TEST(LifetimeTest, OwnerMayBeDestroyedInItsOwnCallback) {
   auto lifetime = std::make_optional<Lifetime>();
   int calls = 0;
   const std::function<void()> callback = lifetime->weakly([&] {
@@ -73,7 +73,7 @@ TEST(Lifetime, AnOwnerMayGoInsideItsOwnCallback) {
   EXPECT_EQ(calls, 1);
 }
 
-TEST(Lifetime, ALifetimeInTheSamePlaceIsAnotherOwner) {
+TEST(LifetimeTest, LifetimeInTheSamePlaceIsAnotherOwner) {
   auto lifetime = std::make_optional<Lifetime>();
   int calls = 0;
   const auto callback = lifetime->weakly([&] { ++calls; });

@@ -14,7 +14,7 @@ namespace {
 using namespace std::string_view_literals;
 using log_format::matches;
 
-TEST(LogFormat, EachConversionTakesItsOwnKindOfArgument) {
+TEST(LogFormatTest, EachConversionTakesItsOwnKindOfArgument) {
   EXPECT_TRUE((matches<>("no argument"sv)));
   EXPECT_TRUE((matches<std::string>("%{public}s"sv)));
   EXPECT_TRUE((matches<std::string_view>("%{public}s"sv)));
@@ -27,7 +27,7 @@ TEST(LogFormat, EachConversionTakesItsOwnKindOfArgument) {
   EXPECT_TRUE((matches<double>("%f"sv)));
 }
 
-TEST(LogFormat, AnArgumentOfAnotherKindIsNoMatch) {
+TEST(LogFormatTest, ArgumentOfAnotherKindDoesNotMatch) {
   EXPECT_FALSE((matches<std::int32_t>("%{public}s"sv)));
   EXPECT_FALSE((matches<std::int32_t>("%{bool}d"sv)));
   EXPECT_FALSE((matches<bool>("%d"sv)));
@@ -43,19 +43,19 @@ TEST(LogFormat, AnArgumentOfAnotherKindIsNoMatch) {
   EXPECT_FALSE((matches<void*>("%u"sv)));
 }
 
-TEST(LogFormat, TooFewAndTooManyArgumentsAreNoMatch) {
+TEST(LogFormatTest, TooFewOrTooManyArgumentsDoNotMatch) {
   EXPECT_FALSE((matches<>("%d"sv)));
   EXPECT_FALSE((matches<std::int32_t>("%d %d"sv)));
   EXPECT_FALSE((matches<std::int32_t>("none"sv)));
   EXPECT_FALSE((matches<std::int32_t, std::int32_t>("%d"sv)));
 }
 
-TEST(LogFormat, ArgumentsMatchInTheOrderOfTheConversions) {
+TEST(LogFormatTest, ArgumentsMatchInTheOrderOfTheConversions) {
   EXPECT_TRUE((matches<float, bool, std::uint32_t>("%f then %{bool}d then %u"sv)));
   EXPECT_FALSE((matches<bool, float, std::uint32_t>("%f then %{bool}d then %u"sv)));
 }
 
-TEST(LogFormat, AnUnknownConversionNeverMatches) {
+TEST(LogFormatTest, UnknownConversionDoesNotMatch) {
   for (const std::string_view format : {"100%"sv, "%"sv, "%%"sv, "%s"sv, "%@"sv, "%{private}s"sv,
                                         "%{public}"sv, "%x"sv, "%ld"sv, "%.2f"sv, "% d"sv}) {
     EXPECT_FALSE((matches<>(format))) << format;
@@ -65,18 +65,18 @@ TEST(LogFormat, AnUnknownConversionNeverMatches) {
   }
 }
 
-TEST(LogFormat, TextWithoutConversionsIsRenderedAsItStands) {
+TEST(LogFormatTest, TextWithoutConversionsIsUnchanged) {
   EXPECT_EQ(renderLog("Jabra input not present", {}), "Jabra input not present");
   EXPECT_EQ(renderLog("", {}), "");
 }
 
-TEST(LogFormat, ConversionsAreReplacedInOrder) {
+TEST(LogFormatTest, ConversionsAreReplacedInOrder) {
   EXPECT_EQ(renderLog("%{public}s: %d, %u, %lld, %f, %{bool}d.",
                       {"Jabra"sv, std::int64_t{-1}, std::uint64_t{2}, std::int64_t{3}, 4.5, true}),
             "Jabra: -1, 2, 3, 4.500000, true.");
 }
 
-TEST(LogFormat, BooleansAreWordsAndFloatingPointHasSixDecimals) {
+TEST(LogFormatTest, BooleansAreWordsAndFloatingPointHasSixDecimals) {
   EXPECT_EQ(renderLog("%{bool}d%{bool}d", {true, false}), "truefalse");
   EXPECT_EQ(renderLog("%f", {0.0}), "0.000000");
   EXPECT_EQ(renderLog("%f", {static_cast<double>(0.7F)}), "0.700000");
@@ -85,17 +85,17 @@ TEST(LogFormat, BooleansAreWordsAndFloatingPointHasSixDecimals) {
   EXPECT_EQ(renderLog("%f", {1e15}), "1000000000000000.000000");
 }
 
-TEST(LogFormat, IntegersAreDecimalToTheEndsOfTheirRange) {
+TEST(LogFormatTest, IntegersAreDecimalUpToTheirLimits) {
   EXPECT_EQ(renderLog("%lld", {std::numeric_limits<std::int64_t>::min()}), "-9223372036854775808");
   EXPECT_EQ(renderLog("%u", {std::uint64_t{4294967295}}), "4294967295");
 }
 
-TEST(LogFormat, PercentSignsInsideAnArgumentAreText) {
+TEST(LogFormatTest, PercentSignsInsideAnArgumentAreText) {
   EXPECT_EQ(renderLog("'%{public}s' -> %d", {"50%d %{public}s"sv, std::int64_t{0}}),
             "'50%d %{public}s' -> 0");
 }
 
-TEST(LogFormat, TextArgumentsKeepEveryByte) {
+TEST(LogFormatTest, TextArgumentsKeepEveryByte) {
   const std::string text("nul\0 and → and \n", 18);
   EXPECT_EQ(renderLog("<%{public}s>", {std::string_view(text)}), "<" + text + ">");
 }
@@ -108,7 +108,7 @@ class CommaNumbers : public std::numpunct<char> {
   std::string do_truename() const override { return "wahr"; }
 };
 
-TEST(LogFormat, TheProcessLocaleDoesNotReachTheLog) {
+TEST(LogFormatTest, ProcessLocaleDoesNotAffectTheLog) {
   const std::locale before =
       std::locale::global(std::locale(std::locale::classic(), new CommaNumbers));
   const std::string text =

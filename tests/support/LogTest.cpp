@@ -19,7 +19,7 @@ class LogTest : public testing::Test {
   SimulatedDesk desk;
 };
 
-TEST_F(LogTest, RecordsCarryTheApplicationTheCategoryAndTheLevel) {
+TEST_F(LogTest, RecordHasSubsystemCategoryAndLevel) {
   const Log log{"jabra"};
   log.info("Jabra input not present");
   log.error("gone");

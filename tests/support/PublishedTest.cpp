@@ -12,7 +12,7 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(Published, ReadsItsInitialValueWithoutAnAnnouncement) {
+TEST(PublishedTest, InitialValueIsNotAnnounced) {
   ChangePublisher publisher;
   int heard = 0;
   const Subscription subscription = publisher.subscribe([&] { ++heard; });
@@ -21,7 +21,7 @@ TEST(Published, ReadsItsInitialValueWithoutAnAnnouncement) {
   EXPECT_EQ(heard, 0);
 }
 
-TEST(Published, AnnouncesBeforeItChanges) {
+TEST(PublishedTest, AnnouncesBeforeItChanges) {
   ChangePublisher publisher;
   Published<int> member{publisher, 1};
   std::vector<int> seen;
@@ -33,7 +33,7 @@ TEST(Published, AnnouncesBeforeItChanges) {
   EXPECT_THAT(seen, ElementsAre(1, 2));
 }
 
-TEST(Published, AnnouncesAlsoWhenTheValueStaysEqual) {
+TEST(PublishedTest, AnnouncesEvenIfTheValueStaysEqual) {
   ChangePublisher publisher;
   Published<std::optional<bool>> member{publisher, std::nullopt};
   int heard = 0;
@@ -45,7 +45,7 @@ TEST(Published, AnnouncesAlsoWhenTheValueStaysEqual) {
   EXPECT_EQ(member.get(), true);
 }
 
-TEST(Published, MembersOfOneObjectShareItsAnnouncements) {
+TEST(PublishedTest, MembersShareTheirOwnersPublisher) {
   ChangePublisher publisher;
   Published<int> level{publisher, 0};
   Published<bool> charging{publisher, false};
@@ -57,7 +57,7 @@ TEST(Published, MembersOfOneObjectShareItsAnnouncements) {
   EXPECT_THAT(seen, ElementsAre(std::pair(0, false), std::pair(5, false)));
 }
 
-TEST(Published, AssignmentsMayBeChained) {
+TEST(PublishedTest, AssignmentsMayBeChained) {
   ChangePublisher publisher;
   Published<int> member{publisher, 0};
   int heard = 0;

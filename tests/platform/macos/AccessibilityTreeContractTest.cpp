@@ -14,7 +14,7 @@ class AXAccessibilityTreeDriver final : public AccessibilityDriver {
   AccessibilityTree& tree() override { return tree_; }
   Workspace& workspace() override { return workspace_; }
   Instant now() override { return RunLoopMainLoop().now(); }
-  void putUpMeeting(bool muted) override { teams_.joinMeeting(muted); }
+  void openMeeting(bool muted) override { teams_.joinMeeting(muted); }
   void leaveMeeting() override { teams_.leaveMeeting(); }
   void quit() override { teams_.quit(); }
   bool isMuted() override { return teams_.isMuted(); }

@@ -8,14 +8,14 @@ namespace {
 
 class TaskChildProcessDriver final : public ChildProcessDriver {
  public:
-  ChildProcessFactory& processes() override { return processes_; }
+  ChildProcessFactory& factory() override { return factory_; }
   bool waitFor(const std::function<bool()>& condition, TimeInterval limit) override {
     return doubles::runUntil(condition, limit);
   }
 
  private:
   MacScope scope_;
-  TaskChildProcessFactory processes_;
+  TaskChildProcessFactory factory_;
 };
 
 INSTANTIATE_TEST_SUITE_P(Mac, ChildProcessContract, driverFactory<ChildProcessDriver>([] {

@@ -7,21 +7,21 @@
 
 namespace hushbox {
 
-/// Keeps the violations that are reported during its life, which then do not end the program.
+/// Records the violations reported during its lifetime, which then do not abort the program.
 class CaughtViolations {
  public:
   CaughtViolations()
       : before_(setViolationHandler(
-            [this](const std::string& sentence) { sentences_.push_back(sentence); })) {}
+            [this](const std::string& message) { messages_.push_back(message); })) {}
   ~CaughtViolations() { setViolationHandler(before_); }
   CaughtViolations(const CaughtViolations&) = delete;
   CaughtViolations& operator=(const CaughtViolations&) = delete;
 
-  const std::vector<std::string>& sentences() const { return sentences_; }
+  const std::vector<std::string>& messages() const { return messages_; }
 
  private:
   ViolationHandler before_;
-  std::vector<std::string> sentences_;
+  std::vector<std::string> messages_;
 };
 
 }  // namespace hushbox

@@ -8,7 +8,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(Journal, KeepsTheOrderAcrossParts) {
+TEST(JournalTest, KeepsOrderAcrossParts) {
   Journal journal;
   journal.add("audio", "has ", 2, " name: ", true);
   journal.add("loop", "post");
@@ -18,7 +18,7 @@ TEST(Journal, KeepsTheOrderAcrossParts) {
   EXPECT_THAT(journal.lines("audio"), ElementsAre("has 2 name: true", "remove"));
 }
 
-TEST(Journal, TakingForgetsTheLinesOfThatPartOnly) {
+TEST(JournalTest, TakingRemovesTheLinesOfThatPartOnly) {
   Journal journal;
   journal.add("audio", "one");
   journal.add("loop", "two");
@@ -28,7 +28,7 @@ TEST(Journal, TakingForgetsTheLinesOfThatPartOnly) {
   EXPECT_THAT(journal.take(), IsEmpty());
 }
 
-TEST(Journal, CountsCallsWhetherOrNotTheyLeftALine) {
+TEST(JournalTest, CountsCallsWithAndWithoutALine) {
   Journal journal;
   journal.add("audio", "one");
   journal.count("loop");

@@ -5,7 +5,7 @@
 namespace hushbox {
 namespace {
 
-TEST(RecordingCanvas, KeepsEveryOperationWithAllItWasGiven) {
+TEST(RecordingCanvasTest, RecordsEveryOperationWithItsArguments) {
   Path path;
   path.moveTo({0, 0});
   path.lineTo({1, 0.5});

@@ -20,7 +20,7 @@ class SimulatedAccessibilityTreeTest : public testing::Test {
     return tree.copyAttributeValue(element, attribute, value);
   }
 
-  /// The time that a call takes.
+  /// How long a call takes.
   template <typename Call>
   Instant::duration timeOf(Call call) {
     const Instant before = loop.now();
@@ -35,7 +35,7 @@ class SimulatedAccessibilityTreeTest : public testing::Test {
   AttributeValue value;
 };
 
-TEST_F(SimulatedAccessibilityTreeTest, AttributesHaveTheValueTheTypeOrTheErrorTheyWereGiven) {
+TEST_F(SimulatedAccessibilityTreeTest, AttributesReturnTheirValueTypeOrError) {
   const auto button = root->append("button", {{"AXRole", std::string("AXButton")},
                                               {"AXTitle", OtherAttributeValue{}},
                                               {"AXHelp", std::monostate{}},
@@ -50,7 +50,7 @@ TEST_F(SimulatedAccessibilityTreeTest, AttributesHaveTheValueTheTypeOrTheErrorTh
   EXPECT_EQ(read(button, "AXDOMIdentifier"), accessibility::attributeUnsupported);
 }
 
-TEST_F(SimulatedAccessibilityTreeTest, ChildrenComeInOrderUnlessTheyCannotBeRead) {
+TEST_F(SimulatedAccessibilityTreeTest, ChildrenAreInOrderUnlessUnreadable) {
   const auto first = root->append("first");
   const auto second = root->append("second");
   const auto application = tree.createApplication(process);
@@ -63,7 +63,7 @@ TEST_F(SimulatedAccessibilityTreeTest, ChildrenComeInOrderUnlessTheyCannotBeRead
   EXPECT_EQ(value, AttributeValue(std::string("no list")));
 }
 
-TEST_F(SimulatedAccessibilityTreeTest, JournalTellsEveryCallWithItsResult) {
+TEST_F(SimulatedAccessibilityTreeTest, JournalRecordsEveryCallWithItsResult) {
   const auto button = root->append("microphone", {{"AXRole", std::string("AXButton")}});
   const auto application = tree.createApplication(process);
   tree.isProcessTrusted();
@@ -95,7 +95,7 @@ TEST_F(SimulatedAccessibilityTreeTest, WithoutPermissionEveryCallIsRefused) {
   EXPECT_EQ(tree.performAction(button, "AXPress"), accessibility::apiDisabled);
 }
 
-TEST_F(SimulatedAccessibilityTreeTest, AttributesAreWrittenOnTheApplicationAlone) {
+TEST_F(SimulatedAccessibilityTreeTest, AttributesCanBeWrittenOnTheApplicationOnly) {
   const auto application = tree.createApplication(process);
   EXPECT_EQ(tree.setAttributeValue(application, "AXManualAccessibility", true), 0);
   EXPECT_EQ(tree.written(process, "AXManualAccessibility"), true);
@@ -123,7 +123,7 @@ TEST_F(SimulatedAccessibilityTreeTest, EachCallToAFrozenApplicationTakesTheMessa
   EXPECT_EQ(timeOf([&] { EXPECT_EQ(read(button, "AXRole"), 0); }), 0ms);
 }
 
-TEST_F(SimulatedAccessibilityTreeTest, SlowApplicationAnswersAfterItsTimeOrNotWithinTheTimeout) {
+TEST_F(SimulatedAccessibilityTreeTest, SlowApplicationRepliesAfterItsResponseTimeOrTimesOut) {
   tree.setMessagingTimeout(root, 1.0F);
   tree.setResponseTime(process, 1s);
   EXPECT_EQ(timeOf([&] { EXPECT_EQ(read(root, "AXRole"), 0); }), 1s);
@@ -137,14 +137,14 @@ TEST_F(SimulatedAccessibilityTreeTest, CallThatWouldHangIsAViolation) {
   EXPECT_EQ(read(root, "AXRole"), accessibility::cannotComplete);
   tree.setMessagingTimeout(root, 1.0F);
   read(root, "AXRole");
-  EXPECT_EQ(caught.sentences().size(), 1U);
-  // Zero takes the limit away.
+  EXPECT_EQ(caught.messages().size(), 1U);
+  // Zero removes the timeout.
   tree.setMessagingTimeout(root, 0.0F);
   read(root, "AXRole");
-  EXPECT_THAT(caught.sentences(), ElementsAre(HasSubstr("hangs"), HasSubstr("hangs")));
+  EXPECT_THAT(caught.messages(), ElementsAre(HasSubstr("hangs"), HasSubstr("hangs")));
 }
 
-TEST_F(SimulatedAccessibilityTreeTest, WhatHasLeftTheScreenIsInvalid) {
+TEST_F(SimulatedAccessibilityTreeTest, RemovedElementsAreInvalid) {
   const auto window = root->append("window", {{"AXRole", std::string("AXWindow")}});
   const auto button = window->append("button", {{"AXRole", std::string("AXButton")}});
   EXPECT_EQ(read(button, "AXRole"), 0);
@@ -157,7 +157,7 @@ TEST_F(SimulatedAccessibilityTreeTest, WhatHasLeftTheScreenIsInvalid) {
   EXPECT_EQ(read(root, "AXRole"), 0);
 }
 
-TEST_F(SimulatedAccessibilityTreeTest, ElementsOfAnApplicationThatEndedStayInvalidWhenItIsBack) {
+TEST_F(SimulatedAccessibilityTreeTest, ElementsOfAnExitedApplicationStayInvalidAfterARestart) {
   const auto button = root->append("button", {{"AXRole", std::string("AXButton")}});
   const auto application = tree.createApplication(process);
   tree.quit(process);
@@ -178,7 +178,7 @@ TEST_F(SimulatedAccessibilityTreeTest, ElementOfAnotherTreeIsInvalid) {
             accessibility::invalidElement);
 }
 
-TEST_F(SimulatedAccessibilityTreeTest, TreeMayBeDeeperThanAnyStack) {
+TEST_F(SimulatedAccessibilityTreeTest, DeepTreesDoNotOverflowTheStack) {
   SimulatedElementRef last = root;
   for (int depth = 0; depth < 200'000; ++depth) last = last->append("element");
   last->attributes["AXRole"] = std::string("AXButton");
@@ -187,7 +187,7 @@ TEST_F(SimulatedAccessibilityTreeTest, TreeMayBeDeeperThanAnyStack) {
   EXPECT_EQ(read(last, "AXRole"), accessibility::invalidElement);
 }
 
-TEST_F(SimulatedAccessibilityTreeTest, SubtreeBuiltBeforehandBelongsToTheTreeItIsAddedTo) {
+TEST_F(SimulatedAccessibilityTreeTest, PrebuiltSubtreeBelongsToTheTreeItIsAddedTo) {
   const auto window = std::make_shared<SimulatedElement>("window");
   const auto button = window->append("button", {{"AXRole", std::string("AXButton")}});
   EXPECT_EQ(read(button, "AXRole"), accessibility::invalidElement);

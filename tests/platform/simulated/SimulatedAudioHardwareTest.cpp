@@ -30,7 +30,7 @@ class SimulatedAudioHardwareTest : public testing::Test {
     return audio.setPropertyData(device, audio::inputVolume, sizeof volume, &volume);
   }
 
-  /// Notes the volume at each call.
+  /// Adds a listener that notes the volume at each call.
   RegistrationToken listen(AudioObjectID device) {
     return audio.addPropertyListener(
         device, audio::inputVolume, [this, device] { heard.push_back(audio.inputVolume(device)); });
@@ -42,7 +42,7 @@ class SimulatedAudioHardwareTest : public testing::Test {
   std::vector<float> heard;
 };
 
-TEST_F(SimulatedAudioHardwareTest, JournalTellsEveryCallWithWhatWasGivenAndWhatCameBack) {
+TEST_F(SimulatedAudioHardwareTest, JournalRecordsEveryCallWithInputAndResult) {
   const AudioObjectID device = plug();
   plug("Other");
   std::uint32_t size = 0;
@@ -69,15 +69,15 @@ TEST_F(SimulatedAudioHardwareTest, JournalTellsEveryCallWithWhatWasGivenAndWhatC
                    "remove listener 2 input volume -> 0", "size 2 name: 8 bytes -> 0"}));
 }
 
-TEST_F(SimulatedAudioHardwareTest, FailuresHaveTheStatusThatTellsThemApart) {
+TEST_F(SimulatedAudioHardwareTest, FailuresHaveDistinctStatuses) {
   const AudioObjectID silent = audio.plug({.name = std::nullopt, .inputVolume = std::nullopt});
-  const AudioObjectID nobody = 99;
+  const AudioObjectID missing = 99;
   std::string name;
   float volume = 0;
   std::uint32_t size = 2;
-  EXPECT_EQ(read(nobody, volume), audio::badObject);
+  EXPECT_EQ(read(missing, volume), audio::badObject);
   EXPECT_EQ(read(silent, volume), audio::unknownProperty);
-  EXPECT_EQ(write(nobody, 0.5F), audio::badObject);
+  EXPECT_EQ(write(missing, 0.5F), audio::badObject);
   EXPECT_EQ(write(silent, 0.5F), audio::unknownProperty);
   EXPECT_EQ(audio.getPropertyText(silent, audio::deviceName, name), audio::unsupportedOperation);
   EXPECT_EQ(audio.getPropertyText(plug(), audio::inputVolume, name), audio::unsupportedOperation);
@@ -85,7 +85,7 @@ TEST_F(SimulatedAudioHardwareTest, FailuresHaveTheStatusThatTellsThemApart) {
             audio::badPropertySize);
   EXPECT_EQ(audio.getPropertyData(silent, audio::deviceName, size, &volume),
             audio::unsupportedOperation);
-  EXPECT_EQ(audio.removePropertyListener(nobody, audio::inputVolume, RegistrationToken()),
+  EXPECT_EQ(audio.removePropertyListener(missing, audio::inputVolume, RegistrationToken()),
             audio::badObject);
   EXPECT_FALSE(audio.hasProperty(silent, audio::inputVolume));
   EXPECT_TRUE(audio.hasProperty(silent, audio::deviceName));
@@ -102,7 +102,7 @@ TEST_F(SimulatedAudioHardwareTest, ChangesAreAnnouncedInALaterTurnToEveryListene
   EXPECT_THAT(heard, ElementsAre(0.5F, 0.5F));
 }
 
-TEST_F(SimulatedAudioHardwareTest, OwnWritesEchoAfterTheDelayAndEqualOnesNotAtAll) {
+TEST_F(SimulatedAudioHardwareTest, WritesEchoAfterTheDelayAndEqualOnesDoNot) {
   const AudioObjectID device = plug();
   listen(device);
   audio.setAnnouncementDelay(0.02s);
@@ -114,7 +114,7 @@ TEST_F(SimulatedAudioHardwareTest, OwnWritesEchoAfterTheDelayAndEqualOnesNotAtAl
   EXPECT_THAT(heard, ElementsAre(0.5F));
 }
 
-TEST_F(SimulatedAudioHardwareTest, ListenerReadsTheValueAtItsCallNotAtTheChange) {
+TEST_F(SimulatedAudioHardwareTest, ListenerReadsTheValueAtTheTimeOfItsCall) {
   const AudioObjectID device = plug();
   listen(device);
   audio.setInputVolume(device, 0);
@@ -123,7 +123,7 @@ TEST_F(SimulatedAudioHardwareTest, ListenerReadsTheValueAtItsCallNotAtTheChange)
   EXPECT_THAT(heard, ElementsAre(0.8F, 0.8F));
 }
 
-TEST_F(SimulatedAudioHardwareTest, CallUnderWayAtTheRemovalArrivesUnlessToldOtherwise) {
+TEST_F(SimulatedAudioHardwareTest, CallQueuedAtTheRemovalArrivesUnlessSuppressed) {
   const AudioObjectID device = plug();
   auto listener = listen(device);
   audio.setInputVolume(device, 0.5F);
@@ -152,7 +152,7 @@ TEST_F(SimulatedAudioHardwareTest, RemovalNeedsTheSameObjectAndAddress) {
   EXPECT_EQ(audio.listenerCount(), 0U);
 }
 
-TEST_F(SimulatedAudioHardwareTest, IdentifiersAreNeverUsedTwiceUnlessInsistedOn) {
+TEST_F(SimulatedAudioHardwareTest, IdentifiersAreReusedOnlyOnRequest) {
   const AudioObjectID first = plug();
   audio.unplug(first);
   const AudioObjectID second = plug();
@@ -163,7 +163,7 @@ TEST_F(SimulatedAudioHardwareTest, IdentifiersAreNeverUsedTwiceUnlessInsistedOn)
   EXPECT_EQ(plug(), 91U);
 }
 
-TEST_F(SimulatedAudioHardwareTest, DevicesTakeTheirPlaceAndCanBeReordered) {
+TEST_F(SimulatedAudioHardwareTest, DevicesKeepTheirPlaceAndCanBeReordered) {
   int announced = 0;
   audio.addPropertyListener(audio::systemObject, audio::deviceList, [&] { ++announced; });
   const AudioObjectID a = plug();
@@ -178,7 +178,7 @@ TEST_F(SimulatedAudioHardwareTest, DevicesTakeTheirPlaceAndCanBeReordered) {
   EXPECT_EQ(announced, 5);
 }
 
-TEST_F(SimulatedAudioHardwareTest, UnpluggingTakesTheListenersOfTheDeviceAlong) {
+TEST_F(SimulatedAudioHardwareTest, UnpluggingRemovesTheDevicesListeners) {
   const AudioObjectID device = plug();
   listen(device);
   audio.addPropertyListener(audio::systemObject, audio::deviceList, [] {});
@@ -186,7 +186,7 @@ TEST_F(SimulatedAudioHardwareTest, UnpluggingTakesTheListenersOfTheDeviceAlong) 
   EXPECT_EQ(audio.listenerCount(), 1U);
 }
 
-TEST_F(SimulatedAudioHardwareTest, VolumeIsKeptBetweenZeroAndOneAndIsANumber) {
+TEST_F(SimulatedAudioHardwareTest, VolumeIsClampedAndNaNIsRefused) {
   const AudioObjectID device = plug();
   EXPECT_EQ(write(device, 1.5F), 0);
   EXPECT_EQ(audio.inputVolume(device), 1.0F);
@@ -211,7 +211,7 @@ TEST_F(SimulatedAudioHardwareTest, MuteButtonDrivesTheVolumeToZeroAndBack) {
   EXPECT_EQ(audio.inputVolume(silent), 1.0F);
 }
 
-TEST_F(SimulatedAudioHardwareTest, HostPutsTheVolumeBackAfterItsDelay) {
+TEST_F(SimulatedAudioHardwareTest, OtherProgramRestoresTheVolumeAfterItsDelay) {
   const AudioObjectID device = plug();
   listen(device);
   audio.setPutsVolumeBackAfter(0.1s);
@@ -222,7 +222,7 @@ TEST_F(SimulatedAudioHardwareTest, HostPutsTheVolumeBackAfterItsDelay) {
   EXPECT_THAT(heard, ElementsAre(0.0F, 0.8F));
 }
 
-TEST_F(SimulatedAudioHardwareTest, HostLeavesAVolumeAloneThatIsBackAlreadyOrWhoseDeviceIsGone) {
+TEST_F(SimulatedAudioHardwareTest, OtherProgramLeavesARestoredVolumeOrAnUnpluggedDeviceAlone) {
   const AudioObjectID device = plug();
   audio.setPutsVolumeBackAfter(0.1s);
   audio.setInputVolume(device, 0);
@@ -248,7 +248,7 @@ TEST_F(SimulatedAudioHardwareTest, RunningIsAnnouncedWhenItChanges) {
   EXPECT_EQ(announced, 3);
 }
 
-TEST_F(SimulatedAudioHardwareTest, FaultStrikesItsOperationAndObjectOnlyAndSoManyTimes) {
+TEST_F(SimulatedAudioHardwareTest, FaultAffectsItsOperationAndObjectForAFixedNumberOfCalls) {
   const AudioObjectID device = plug();
   const AudioObjectID other = plug("Other");
   audio.addFault({.status = -50, .object = device, .times = 2});
@@ -264,7 +264,7 @@ TEST_F(SimulatedAudioHardwareTest, FaultStrikesItsOperationAndObjectOnlyAndSoMan
   EXPECT_THAT(journal.take("audio"), testing::Contains("get 2 input volume (4 bytes): -> -50"));
 }
 
-TEST_F(SimulatedAudioHardwareTest, FaultCanStrikeEveryOperation) {
+TEST_F(SimulatedAudioHardwareTest, FaultCanAffectEveryOperation) {
   const AudioObjectID device = plug();
   for (const AudioOperation operation :
        {AudioOperation::hasProperty, AudioOperation::setPropertyData,
@@ -287,7 +287,7 @@ TEST_F(SimulatedAudioHardwareTest, FaultCanStrikeEveryOperation) {
   EXPECT_TRUE(listen(device));
 }
 
-TEST_F(SimulatedAudioHardwareTest, FaultCanLieAboutASize) {
+TEST_F(SimulatedAudioHardwareTest, FaultCanReturnAWrongSize) {
   plug();
   audio.addFault({.operation = AudioOperation::getPropertyDataSize,
                   .address = audio::deviceList,
@@ -304,16 +304,16 @@ TEST_F(SimulatedAudioHardwareTest, CallOffTheMainThreadIsAViolation) {
   const AudioObjectID device = plug();
   const CaughtViolations caught;
   loop.runInBackground([&] { audio.hasProperty(device, audio::inputVolume); });
-  EXPECT_THAT(caught.sentences(), ElementsAre(HasSubstr("hasProperty")));
+  EXPECT_THAT(caught.messages(), ElementsAre(HasSubstr("hasProperty")));
 }
 
-TEST_F(SimulatedAudioHardwareTest, DeskThatCannotBeIsAViolation) {
+TEST_F(SimulatedAudioHardwareTest, ImpossibleDeskIsAViolation) {
   const AudioObjectID device = plug();
   const CaughtViolations caught;
   audio.plugAs(device, {.name = "Twin"});
   audio.plugAs(audio::systemObject, {.name = "System"});
   audio.reorder({device, device});
-  EXPECT_EQ(caught.sentences().size(), 3U);
+  EXPECT_EQ(caught.messages().size(), 3U);
   EXPECT_THAT(audio.deviceList(), ElementsAre(device));
 }
 

@@ -16,7 +16,7 @@ class SimulatedChildProcessFactoryTest : public testing::Test {
   SimulatedChildProcessFactory processes{journal, loop};
 };
 
-TEST_F(SimulatedChildProcessFactoryTest, JournalTellsWhatWasRunInWhatOrderAndOnWhichThread) {
+TEST_F(SimulatedChildProcessFactoryTest, JournalRecordsWhatRanInOrderWithItsThread) {
   processes.install("/usr/bin/pmset", std::string("62%;\n"));
   loop.runInBackground([&] {
     const auto child = processes.make();
@@ -33,7 +33,7 @@ TEST_F(SimulatedChildProcessFactoryTest, JournalTellsWhatWasRunInWhatOrderAndOnW
                   "1 launch -> true", "1 read 5 bytes", "1 wait", "2 make on the main thread"));
 }
 
-TEST_F(SimulatedChildProcessFactoryTest, LaunchFailsWithoutAProgramOrWhereTheProgramSaysSo) {
+TEST_F(SimulatedChildProcessFactoryTest, LaunchFailsWithoutAProgramOrOnRequest) {
   const auto launches = [&](const std::string& path) {
     const auto child = processes.make();
     child->setExecutablePath(path);
@@ -60,12 +60,12 @@ TEST_F(SimulatedChildProcessFactoryTest, OutputDependsOnTheArguments) {
   EXPECT_EQ(child->readDataToEndOfFile(), "");
 }
 
-TEST_F(SimulatedChildProcessFactoryTest, WaitingForWhatWasNeverLaunchedIsAViolation) {
+TEST_F(SimulatedChildProcessFactoryTest, UseBeforeTheLaunchIsAViolation) {
   const CaughtViolations caught;
   const auto child = processes.make();
   child->readDataToEndOfFile();
   child->waitUntilExit();
-  EXPECT_EQ(caught.sentences().size(), 2U);
+  EXPECT_EQ(caught.messages().size(), 2U);
 }
 
 }  // namespace

@@ -15,12 +15,12 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-/// What is still in place at the end of a desk must do nothing.
+/// The check at the end of a desk: whatever is still in place must do nothing.
 class SimulatedDeskTest : public testing::Test {
  protected:
   void callPlatform() { platform().workspace.runningApplications(); }
 
-  testing::Matcher<std::vector<std::string>> complaint(const std::string& about) {
+  testing::Matcher<std::vector<std::string>> oneViolation(const std::string& about) {
     return ElementsAre(HasSubstr(about));
   }
 
@@ -41,7 +41,7 @@ TEST_F(SimulatedDeskTest, IsThePlatformInScope) {
   EXPECT_EQ(&platform().locale, &desk.locale);
 }
 
-TEST_F(SimulatedDeskTest, HasASpeakerphoneAndABatteryReportOnWish) {
+TEST_F(SimulatedDeskTest, HasASpeakerphoneAndABatteryReportOnRequest) {
   const AudioObjectID speakerphone = desk.plugSpeakerphone(0.7F);
   EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.7F);
   const auto report = [&] {
@@ -56,7 +56,7 @@ TEST_F(SimulatedDeskTest, HasASpeakerphoneAndABatteryReportOnWish) {
   EXPECT_THAT(report(), AllOf(HasSubstr("Jabra"), HasSubstr("29%; charging;")));
 }
 
-TEST_F(SimulatedDeskTest, ClosesInSilenceWhenEverythingFindsItsOwnerGone) {
+TEST_F(SimulatedDeskTest, ClosesWithoutViolationIfNothingHappens) {
   const AudioObjectID speakerphone = desk.plugSpeakerphone();
   int fired = 0;
   const auto fire = [&] { ++fired; };
@@ -67,81 +67,81 @@ TEST_F(SimulatedDeskTest, ClosesInSilenceWhenEverythingFindsItsOwnerGone) {
   desk.notifications.add({}, [&](const auto&) { fire(); });
   desk.menuBar.setRows({{.kind = MenuRow::Kind::button, .enabled = true, .action = fire}});
   desk.loop.utilityAsync([&] { desk.loop.mainAsync(fire); });
-  desk.loop.after(1s, [] { FAIL() << "The surroundings have nothing to say at the end."; });
+  desk.loop.after(1s, [] { FAIL() << "Events of the environment are dropped at the end."; });
   desk.close();
   EXPECT_EQ(fired, 7);
-  EXPECT_THAT(caught.sentences(), IsEmpty());
+  EXPECT_THAT(caught.messages(), IsEmpty());
   desk.close();
   EXPECT_EQ(fired, 7);
 }
 
-TEST_F(SimulatedDeskTest, ComplainsOfATimerThatCallsThePlatform) {
+TEST_F(SimulatedDeskTest, TimerThatCallsThePlatformIsAViolation) {
   desk.loop.scheduleRepeating(60s, [&] { callPlatform(); });
   desk.close();
-  EXPECT_THAT(caught.sentences(), ElementsAre(AllOf(HasSubstr("from the main loop"),
-                                                    HasSubstr("workspace: applications:"))));
+  EXPECT_THAT(caught.messages(), ElementsAre(AllOf(HasSubstr("from the main loop"),
+                                                   HasSubstr("workspace: applications:"))));
 }
 
-TEST_F(SimulatedDeskTest, ComplainsOfADelayedItemThatReadsTheClock) {
+TEST_F(SimulatedDeskTest, DelayedItemThatReadsTheClockIsAViolation) {
   desk.loop.mainAsyncAfter(60s, WorkItem([&] { desk.loop.now(); }));
   desk.close();
-  EXPECT_THAT(caught.sentences(), complaint("from the main loop"));
+  EXPECT_THAT(caught.messages(), oneViolation("from the main loop"));
 }
 
-TEST_F(SimulatedDeskTest, ComplainsOfAPostedBlockThatPostsAnother) {
+TEST_F(SimulatedDeskTest, PostedBlockThatPostsAnotherIsAViolation) {
   desk.loop.mainAsync([&] { desk.loop.mainAsync([] {}); });
   desk.close();
-  EXPECT_THAT(caught.sentences(), complaint("from the main loop"));
+  EXPECT_THAT(caught.messages(), oneViolation("from the main loop"));
 }
 
-TEST_F(SimulatedDeskTest, ComplainsOfAListenerThatCallsThePlatform) {
+TEST_F(SimulatedDeskTest, ListenerThatCallsThePlatformIsAViolation) {
   desk.audio.addPropertyListener(audio::systemObject, audio::deviceList, [&] { callPlatform(); });
   desk.close();
-  EXPECT_THAT(caught.sentences(), complaint("from a listener"));
+  EXPECT_THAT(caught.messages(), oneViolation("from a listener"));
 }
 
-TEST_F(SimulatedDeskTest, ComplainsOfACallOfARemovedListenerThatWasUnderWay) {
+TEST_F(SimulatedDeskTest, QueuedCallOfARemovedListenerIsAViolation) {
   const AudioObjectID speakerphone = desk.plugSpeakerphone();
   auto listener =
       desk.audio.addPropertyListener(speakerphone, audio::inputVolume, [&] { callPlatform(); });
   desk.audio.setInputVolume(speakerphone, 0);
   desk.audio.removePropertyListener(speakerphone, audio::inputVolume, std::move(listener));
   desk.close();
-  EXPECT_THAT(caught.sentences(), complaint("from the main loop"));
+  EXPECT_THAT(caught.messages(), oneViolation("from the main loop"));
 }
 
-TEST_F(SimulatedDeskTest, ComplainsOfAMenuRowThatDoesMoreThanQuit) {
+TEST_F(SimulatedDeskTest, MenuRowThatCallsThePlatformIsAViolation) {
   MenuRow row{.kind = MenuRow::Kind::button, .enabled = true};
   row.action = [&] { desk.loop.terminate(); };
   desk.menuBar.setRows({row});
   row.action = [&] { callPlatform(); };
   desk.menuBar.setRows({row});
   desk.close();
-  EXPECT_THAT(caught.sentences(), complaint("from a menu"));
+  EXPECT_THAT(caught.messages(), oneViolation("from a menu"));
 }
 
-TEST_F(SimulatedDeskTest, AllowsAMenuRowThatQuits) {
+TEST_F(SimulatedDeskTest, MenuRowMayQuit) {
   desk.menuBar.setRows(
       {{.kind = MenuRow::Kind::button, .enabled = true, .action = [&] { desk.loop.terminate(); }}});
   desk.close();
-  EXPECT_THAT(caught.sentences(), IsEmpty());
+  EXPECT_THAT(caught.messages(), IsEmpty());
 }
 
-TEST_F(SimulatedDeskTest, AllowsACompletionToLogAndNothingElse) {
+TEST_F(SimulatedDeskTest, CompletionMayLog) {
   desk.notifications.add({}, [](const auto&) { Log("notify").info("late"); });
   desk.close();
-  EXPECT_THAT(caught.sentences(), IsEmpty());
+  EXPECT_THAT(caught.messages(), IsEmpty());
   EXPECT_EQ(desk.log.texts("notify"), Lines{"late"});
 }
 
-TEST_F(SimulatedDeskTest, ComplainsOfACompletionThatCallsThePlatform) {
+TEST_F(SimulatedDeskTest, CompletionThatCallsThePlatformIsAViolation) {
   desk.notifications.setAnswers(SimulatedUserNotifications::Answers::whenAsked);
   desk.notifications.add({}, [&](const auto&) { desk.locale.shortTime(); });
   desk.close();
-  EXPECT_THAT(caught.sentences(), testing::Contains(HasSubstr("from a completion")));
+  EXPECT_THAT(caught.messages(), testing::Contains(HasSubstr("from a completion")));
 }
 
-TEST_F(SimulatedDeskTest, LetsBackgroundBlocksFinishAndComplainsOfWhatTheyLeadTo) {
+TEST_F(SimulatedDeskTest, BackgroundBlocksFinishButTheirHopsAreChecked) {
   desk.loop.holdUtilityQueue();
   desk.loop.utilityAsync([&] {
     desk.childProcesses.make();
@@ -149,21 +149,21 @@ TEST_F(SimulatedDeskTest, LetsBackgroundBlocksFinishAndComplainsOfWhatTheyLeadTo
   });
   desk.close();
   EXPECT_THAT(desk.journal.lines("processes"), ElementsAre("1 make"));
-  EXPECT_THAT(caught.sentences(), complaint("from the main loop"));
+  EXPECT_THAT(caught.messages(), oneViolation("from the main loop"));
 }
 
-TEST_F(SimulatedDeskTest, ComplainsOfAnAnnouncement) {
+TEST_F(SimulatedDeskTest, AnnouncementIsAViolation) {
   ChangePublisher publisher;
   desk.loop.scheduleRepeating(60s, [&] { publisher.send(); });
   desk.close();
-  EXPECT_THAT(caught.sentences(), complaint("an announcement"));
+  EXPECT_THAT(caught.messages(), oneViolation("an announcement"));
 }
 
-TEST_F(SimulatedDeskTest, ComplainsOfASubscriberThatIsLeft) {
+TEST_F(SimulatedDeskTest, RemainingSubscriberIsAViolation) {
   ChangePublisher publisher;
   const Subscription subscription = publisher.subscribe([] {});
   desk.close();
-  EXPECT_THAT(caught.sentences(), complaint("a subscriber"));
+  EXPECT_THAT(caught.messages(), oneViolation("a subscriber"));
 }
 
 TEST_F(SimulatedDeskTest, NextDeskIsAnotherPlatform) {

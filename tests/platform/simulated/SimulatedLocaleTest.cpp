@@ -14,7 +14,7 @@ class SimulatedLocaleTest : public testing::Test {
   SimulatedLocale locale{journal, loop};
 };
 
-TEST_F(SimulatedLocaleTest, TimeStandsStillAtFirst) {
+TEST_F(SimulatedLocaleTest, TimeIsInitiallyFixed) {
   EXPECT_EQ(locale.shortTime(), "10:42");
   loop.advance(24h);
   EXPECT_EQ(locale.shortTime(), "10:42");
@@ -22,7 +22,7 @@ TEST_F(SimulatedLocaleTest, TimeStandsStillAtFirst) {
   EXPECT_EQ(locale.shortTime(), "10:42 AM");
 }
 
-TEST_F(SimulatedLocaleTest, WallClockGoesWithTheLoopAndRoundMidnight) {
+TEST_F(SimulatedLocaleTest, WallClockFollowsTheLoopPastMidnight) {
   loop.advance(5h);
   locale.setTimeOfDay(23h + 59min + 59s);
   EXPECT_EQ(locale.shortTime(), "23:59");
@@ -32,7 +32,7 @@ TEST_F(SimulatedLocaleTest, WallClockGoesWithTheLoopAndRoundMidnight) {
   EXPECT_EQ(locale.shortTime(), "09:05");
 }
 
-TEST_F(SimulatedLocaleTest, WallClockMayBeSetBackAndForth) {
+TEST_F(SimulatedLocaleTest, WallClockCanBeSetBackAndForward) {
   locale.setTimeOfDay(12h);
   locale.setTimeOfDay(11h);
   EXPECT_EQ(locale.shortTime(), "11:00");

@@ -5,7 +5,7 @@
 namespace hushbox {
 namespace {
 
-TEST(SimulatedLoginItem, JournalTellsWhatWasAskedAndAnswered) {
+TEST(SimulatedLoginItemTest, JournalRecordsCallsAndResults) {
   Journal journal;
   SimulatedMainLoop loop{journal};
   SimulatedLoginItem item{journal, loop};

@@ -22,7 +22,7 @@ class SimulatedMenuBarTest : public testing::Test {
   }
 };
 
-TEST_F(SimulatedMenuBarTest, RowsReadAsAUserReadsThem) {
+TEST_F(SimulatedMenuBarTest, RowLinesShowWhatAUserReads) {
   MenuRow quit = button("Quit Hushbox");
   quit.keyEquivalent = "q";
   MenuRow toggle = button("Launch at login");
@@ -40,7 +40,7 @@ TEST_F(SimulatedMenuBarTest, RowsReadAsAUserReadsThem) {
   EXPECT_THAT(journal.take("menu"), ElementsAre("rows 5"));
 }
 
-TEST_F(SimulatedMenuBarTest, OnlyARowThatCanBeChosenIs) {
+TEST_F(SimulatedMenuBarTest, OnlyEnabledRowsCanBeChosen) {
   menuBar.setRows({{.kind = MenuRow::Kind::text, .text = "text"},
                    button("off", false),
                    button("Quit Hushbox")});

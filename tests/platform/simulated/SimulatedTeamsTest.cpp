@@ -37,7 +37,7 @@ TEST_F(SimulatedTeamsTest, IsListedWhileItRuns) {
                           "applications: 77", "applications:"));
 }
 
-TEST_F(SimulatedTeamsTest, LabelOffersTheOppositeAndFollowsPressesAndTheUser) {
+TEST_F(SimulatedTeamsTest, LabelFollowsPressesAndTheUser) {
   teams.joinMeeting();
   EXPECT_EQ(label(), "Mute mic (⌘+Shift+M)");
   EXPECT_EQ(tree.performAction(teams.microphone(), "AXPress"), 0);
@@ -48,7 +48,7 @@ TEST_F(SimulatedTeamsTest, LabelOffersTheOppositeAndFollowsPressesAndTheUser) {
   EXPECT_EQ(teams.pressCount(), 1U);
 }
 
-TEST_F(SimulatedTeamsTest, LabelMayFollowAPressLater) {
+TEST_F(SimulatedTeamsTest, LabelMayChangeAfterADelay) {
   teams.joinMeeting();
   teams.setPressLatency(0.05s);
   EXPECT_EQ(tree.performAction(teams.microphone(), "AXPress"), 0);
@@ -67,7 +67,7 @@ TEST_F(SimulatedTeamsTest, FailedPressChangesNothing) {
   EXPECT_EQ(teams.pressCount(), 0U);
 }
 
-TEST_F(SimulatedTeamsTest, LeavingTheMeetingTakesItsWindowAndTheNextOneHasAnother) {
+TEST_F(SimulatedTeamsTest, EachMeetingHasItsOwnWindow) {
   teams.joinMeeting();
   const auto button = teams.microphone();
   teams.leaveMeeting();

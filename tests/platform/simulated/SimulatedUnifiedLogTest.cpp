@@ -5,7 +5,7 @@
 namespace hushbox {
 namespace {
 
-TEST(SimulatedUnifiedLog, KeepsWholeRecordsAndTellsThemApartByCategory) {
+TEST(SimulatedUnifiedLogTest, KeepsRecordsAndFiltersThemByCategory) {
   Journal journal;
   SimulatedUnifiedLog log{journal};
   log.write("org.example", "jabra", LogLevel::info, "one");

@@ -36,7 +36,7 @@ class SimulatedUserNotificationsTest : public testing::Test {
   Lines answers;
 };
 
-TEST_F(SimulatedUserNotificationsTest, AnswersInALaterTurnOnAnotherThread) {
+TEST_F(SimulatedUserNotificationsTest, CompletesInALaterTurnOnAnotherThread) {
   ask();
   post("one");
   EXPECT_THAT(answers, IsEmpty());
@@ -44,7 +44,7 @@ TEST_F(SimulatedUserNotificationsTest, AnswersInALaterTurnOnAnotherThread) {
   EXPECT_THAT(answers, ElementsAre("granted none off main", "added none off main"));
 }
 
-TEST_F(SimulatedUserNotificationsTest, AnswersAsScriptedAtTheTimeOfTheCall) {
+TEST_F(SimulatedUserNotificationsTest, CompletesWithTheResultScriptedAtTheTimeOfTheCall) {
   notifications.setAuthorization(false, "not allowed");
   ask();
   notifications.setAddError("no service");
@@ -54,7 +54,7 @@ TEST_F(SimulatedUserNotificationsTest, AnswersAsScriptedAtTheTimeOfTheCall) {
   EXPECT_THAT(answers, ElementsAre("refused not allowed off main", "added no service off main"));
 }
 
-TEST_F(SimulatedUserNotificationsTest, AnswersAfterTheDelayOrAtOnceOrWhenAskedTo) {
+TEST_F(SimulatedUserNotificationsTest, CompletesAfterTheDelayOrAtOnceOrOnRequest) {
   notifications.setAnswers(Answers::later, 3s);
   ask();
   loop.advance(2.9s);
@@ -75,7 +75,7 @@ TEST_F(SimulatedUserNotificationsTest, AnswersAfterTheDelayOrAtOnceOrWhenAskedTo
   EXPECT_EQ(answers.back(), "granted none off main");
 }
 
-TEST_F(SimulatedUserNotificationsTest, JournalAndRequestsTellWhatWasAskedFor) {
+TEST_F(SimulatedUserNotificationsTest, JournalAndRequestsRecordEveryCall) {
   ask();
   post("one");
   EXPECT_THAT(journal.take("notifications"),

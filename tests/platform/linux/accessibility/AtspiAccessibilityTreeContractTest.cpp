@@ -15,7 +15,7 @@ class AtspiDriver final : public AccessibilityDriver {
     return std::chrono::time_point_cast<Instant::duration>(
         Instant{std::chrono::steady_clock::now().time_since_epoch()});
   }
-  void putUpMeeting(bool muted) override {
+  void openMeeting(bool muted) override {
     rehearsal::MeetingPage::Options options;
     options.muted = muted;
     meeting_ = std::make_unique<rehearsal::MeetingPage>(desk_.browser(), options);

@@ -8,14 +8,14 @@ namespace {
 
 class SpawnedChildProcessDriver final : public ChildProcessDriver {
  public:
-  ChildProcessFactory& processes() override { return processes_; }
+  ChildProcessFactory& factory() override { return factory_; }
   bool waitFor(const std::function<bool()>& condition, TimeInterval limit) override {
     return rehearsal::holdsWithin(condition,
                                   std::chrono::duration_cast<rehearsal::Milliseconds>(limit));
   }
 
  private:
-  SpawnedChildProcessFactory processes_{ChildProcessRules{}};
+  SpawnedChildProcessFactory factory_{ChildProcessRules{}};
 };
 
 INSTANTIATE_TEST_SUITE_P(Linux, ChildProcessContract, driverFactory<ChildProcessDriver>([] {

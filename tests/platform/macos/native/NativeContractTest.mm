@@ -18,13 +18,13 @@ namespace {
 
 class NativeChildProcessDriver final : public ChildProcessDriver {
  public:
-  ChildProcessFactory& processes() override { return processes_; }
+  ChildProcessFactory& factory() override { return factory_; }
   bool waitFor(const std::function<bool()>& condition, TimeInterval limit) override {
     return runUntil(condition, limit);
   }
 
  private:
-  TaskChildProcessFactory processes_;
+  TaskChildProcessFactory factory_;
 };
 
 class NativeMainLoopDriver final : public MainLoopDriver {

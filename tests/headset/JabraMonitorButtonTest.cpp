@@ -11,9 +11,9 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class JabraButton : public JabraMonitorFixture {};
+class JabraMonitorButtonTest : public JabraMonitorFixture {};
 
-TEST_F(JabraButton, EventsHaveTheirOrdinals) {
+TEST_F(JabraMonitorButtonTest, EventsHaveTheExpectedOrdinals) {
   EXPECT_EQ(static_cast<int>(ButtonEvent::muted), 0);
   EXPECT_EQ(static_cast<int>(ButtonEvent::unmuted), 1);
   EXPECT_EQ(static_cast<int>(ButtonEvent::toggled), 2);
@@ -21,7 +21,7 @@ TEST_F(JabraButton, EventsHaveTheirOrdinals) {
 
 // A drop that stays
 
-TEST_F(JabraButton, DropThatStaysRaisesMutedAfterExactly300Milliseconds) {
+TEST_F(JabraMonitorButtonTest, DropThatStaysRaisesMutedAfterExactly300Milliseconds) {
   startWithSpeakerphone();
   setVolume(0);
   desk.advance(299'999'999ns);
@@ -34,7 +34,7 @@ TEST_F(JabraButton, DropThatStaysRaisesMutedAfterExactly300Milliseconds) {
   EXPECT_THAT(takeEvents(), IsEmpty());
 }
 
-TEST_F(JabraButton, DropThatStaysIsReadLoggedAndWaitedOutInThatOrder) {
+TEST_F(JabraMonitorButtonTest, DropTakesItsStepsInOrder) {
   startWithSpeakerphone();
   setVolume(0);
   EXPECT_THAT(desk.journal.take(),
@@ -43,11 +43,11 @@ TEST_F(JabraButton, DropThatStaysIsReadLoggedAndWaitedOutInThatOrder) {
                           "selfInitiated=false",
                           "loop: after 0.3 s"));
   desk.advance(300ms);
-  // The device is not looked at again, and firing leaves no record.
+  // The volume is not read again, and nothing is logged.
   EXPECT_THAT(desk.journal.take(), ElementsAre("monitor: will change", "monitor: button muted"));
 }
 
-TEST_F(JabraButton, StateIsMutedAlreadyWhenMutedIsRaised) {
+TEST_F(JabraMonitorButtonTest, StateIsMutedWhenMutedIsRaised) {
   startWithSpeakerphone();
   std::optional<bool> seen;
   monitor->onButton = [&](ButtonEvent) { seen = monitor->isMuted(); };
@@ -56,7 +56,7 @@ TEST_F(JabraButton, StateIsMutedAlreadyWhenMutedIsRaised) {
   EXPECT_EQ(seen, true);
 }
 
-TEST_F(JabraButton, DropFromAnUnknownStateStaysUnknownUntilItCounts) {
+TEST_F(JabraMonitorButtonTest, DropInAnUnknownStateStaysUnknownForTheWindow) {
   startWithUnknownState();
   setVolume(0);
   desk.advance(299ms);
@@ -66,7 +66,7 @@ TEST_F(JabraButton, DropFromAnUnknownStateStaysUnknownUntilItCounts) {
   EXPECT_EQ(monitor->isMuted(), true);
 }
 
-TEST_F(JabraButton, FirstDropsWindowKeepsRunning) {
+TEST_F(JabraMonitorButtonTest, SecondDropDoesNotRestartTheWindow) {
   startWithSpeakerphone();
   setVolume(0);
   desk.advance(200ms);
@@ -80,7 +80,7 @@ TEST_F(JabraButton, FirstDropsWindowKeepsRunning) {
   EXPECT_THAT(takeEvents(), IsEmpty());
 }
 
-TEST_F(JabraButton, RepeatedZeroWhileMutedIsNoPress) {
+TEST_F(JabraMonitorButtonTest, RepeatedZeroWhileMutedIsNotAPress) {
   startWithSpeakerphone(0);
   announceVolume();
   desk.advance(10s);
@@ -93,7 +93,7 @@ TEST_F(JabraButton, RepeatedZeroWhileMutedIsNoPress) {
 
 // A drop that bounces
 
-TEST_F(JabraButton, BounceRaisesExactlyOneToggled) {
+TEST_F(JabraMonitorButtonTest, BounceRaisesExactlyOneToggled) {
   startWithSpeakerphone();
   setVolume(0);
   desk.advance(100ms);
@@ -112,7 +112,7 @@ TEST_F(JabraButton, BounceRaisesExactlyOneToggled) {
   EXPECT_EQ(monitor->isMuted(), false);
 }
 
-TEST_F(JabraButton, BounceLeavesAnUnknownStateUnknown) {
+TEST_F(JabraMonitorButtonTest, BounceKeepsAnUnknownState) {
   startWithUnknownState();
   setVolume(0);
   setVolume(0.8F);
@@ -121,7 +121,7 @@ TEST_F(JabraButton, BounceLeavesAnUnknownStateUnknown) {
   EXPECT_EQ(monitor->isMuted(), std::nullopt);
 }
 
-TEST_F(JabraButton, BounceJustInsideTheWindowIsStillAToggle) {
+TEST_F(JabraMonitorButtonTest, BounceJustInsideTheWindowIsAToggle) {
   startWithSpeakerphone();
   setVolume(0);
   desk.advance(299'999'999ns);
@@ -130,7 +130,7 @@ TEST_F(JabraButton, BounceJustInsideTheWindowIsStillAToggle) {
   EXPECT_THAT(takeEvents(), ElementsAre("button toggled"));
 }
 
-TEST_F(JabraButton, ReturnAtTheEndOfTheWindowIsAMuteAndAnUnmute) {
+TEST_F(JabraMonitorButtonTest, ReturnAtTheEndOfTheWindowIsAMuteAndAnUnmute) {
   startWithSpeakerphone();
   setVolume(0);
   desk.advance(300ms);
@@ -139,7 +139,7 @@ TEST_F(JabraButton, ReturnAtTheEndOfTheWindowIsAMuteAndAnUnmute) {
   EXPECT_EQ(monitor->isMuted(), false);
 }
 
-TEST_F(JabraButton, DropAfterABounceHasAWindowOfItsOwn) {
+TEST_F(JabraMonitorButtonTest, DropAfterABounceStartsANewWindow) {
   startWithSpeakerphone();
   setVolume(0);
   desk.advance(200ms);
@@ -151,7 +151,7 @@ TEST_F(JabraButton, DropAfterABounceHasAWindowOfItsOwn) {
   EXPECT_THAT(takeEvents(), ElementsAre("button muted"));
 }
 
-TEST_F(JabraButton, HostThatPutsTheVolumeBackMakesEachPressAToggle) {
+TEST_F(JabraMonitorButtonTest, ProgramThatRestoresTheVolumeMakesEachPressAToggle) {
   startWithSpeakerphone();
   desk.audio.setPutsVolumeBackAfter(50ms);
   for (int press = 0; press < 3; ++press) {
@@ -163,7 +163,7 @@ TEST_F(JabraButton, HostThatPutsTheVolumeBackMakesEachPressAToggle) {
 
 // A volume above zero
 
-TEST_F(JabraButton, ReturnFromMutedRaisesUnmuted) {
+TEST_F(JabraMonitorButtonTest, ReturnFromMutedRaisesUnmuted) {
   startWithSpeakerphone(0);
   setVolume(0.4F);
   EXPECT_THAT(desk.journal.take(),
@@ -174,7 +174,7 @@ TEST_F(JabraButton, ReturnFromMutedRaisesUnmuted) {
   EXPECT_EQ(monitor->isMuted(), false);
 }
 
-TEST_F(JabraButton, StateIsUnmutedAlreadyWhenUnmutedIsRaised) {
+TEST_F(JabraMonitorButtonTest, StateIsUnmutedWhenUnmutedIsRaised) {
   startWithSpeakerphone(0);
   std::optional<bool> seen;
   monitor->onButton = [&](ButtonEvent) { seen = monitor->isMuted(); };
@@ -182,14 +182,14 @@ TEST_F(JabraButton, StateIsUnmutedAlreadyWhenUnmutedIsRaised) {
   EXPECT_EQ(seen, false);
 }
 
-TEST_F(JabraButton, FirstVolumeAboveZeroFromAnUnknownStateRaisesUnmuted) {
+TEST_F(JabraMonitorButtonTest, FirstVolumeAboveZeroInAnUnknownStateRaisesUnmuted) {
   startWithUnknownState();
   setVolume(0.5F);
   EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
   EXPECT_EQ(monitor->isMuted(), false);
 }
 
-TEST_F(JabraButton, ChangeBetweenTwoLevelsAboveZeroIsNoPressButIsRemembered) {
+TEST_F(JabraMonitorButtonTest, ChangeBetweenTwoLevelsAboveZeroIsStoredButIsNotAPress) {
   startWithSpeakerphone(0.8F);
   setVolume(0.5F);
   desk.advance(10s);
@@ -205,7 +205,7 @@ TEST_F(JabraButton, ChangeBetweenTwoLevelsAboveZeroIsNoPressButIsRemembered) {
   EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.5 -> 0"));
 }
 
-TEST_F(JabraButton, AnyLevelAboveZeroHoweverSmallIsNotMuted) {
+TEST_F(JabraMonitorButtonTest, AnyLevelAboveZeroIsUnmuted) {
   startWithSpeakerphone(0);
   setVolume(1e-30F);
   EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
@@ -213,7 +213,7 @@ TEST_F(JabraButton, AnyLevelAboveZeroHoweverSmallIsNotMuted) {
               testing::Contains("Jabra input volume 0.000000 -> muted=false selfInitiated=false"));
 }
 
-// Every row of the state table
+// Every transition
 
 struct Transition {
   const char* name;
@@ -229,10 +229,10 @@ void PrintTo(const Transition& row, std::ostream* out) {
   *out << row.name;
 }
 
-class JabraButtonTransition : public JabraMonitorFixture,
-                              public testing::WithParamInterface<Transition> {};
+class JabraMonitorButtonTransitionTest : public JabraMonitorFixture,
+                                         public testing::WithParamInterface<Transition> {};
 
-TEST_P(JabraButtonTransition, HappensAsTheTableSays) {
+TEST_P(JabraMonitorButtonTransitionTest, FollowsTheTable) {
   const Transition& row = GetParam();
   const bool startsAtZero = row.from == true;
   if (row.from) {
@@ -256,7 +256,7 @@ TEST_P(JabraButtonTransition, HappensAsTheTableSays) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Table, JabraButtonTransition,
+    Table, JabraMonitorButtonTransitionTest,
     testing::Values(
         Transition{"UnknownDrops", std::nullopt, false, 0, std::nullopt, {}},
         Transition{"UnmutedDrops", false, false, 0, false, {}},
@@ -270,9 +270,9 @@ INSTANTIATE_TEST_SUITE_P(
             "PendingFromUnknownRises", std::nullopt, true, 0.5F, std::nullopt, {"button toggled"}}),
     [](const auto& info) { return info.param.name; });
 
-// Nobody listening, nothing to listen to
+// No callback, no device, no volume
 
-TEST_F(JabraButton, WithoutACallbackTheStateMovesAllTheSame) {
+TEST_F(JabraMonitorButtonTest, StateChangesWithoutACallback) {
   startWithSpeakerphone();
   monitor->onButton = nullptr;
   setVolume(0);
@@ -286,7 +286,7 @@ TEST_F(JabraButton, WithoutACallbackTheStateMovesAllTheSame) {
   EXPECT_EQ(monitor->isMuted(), false);
 }
 
-TEST_F(JabraButton, VolumeThatCannotBeReadChangesAndLogsNothing) {
+TEST_F(JabraMonitorButtonTest, UnreadableVolumeChangesAndLogsNothing) {
   startWithSpeakerphone();
   desk.audio.addFault({.status = audio::hardwareNotRunning});
   setVolume(0);
@@ -295,7 +295,7 @@ TEST_F(JabraButton, VolumeThatCannotBeReadChangesAndLogsNothing) {
   EXPECT_EQ(monitor->isMuted(), false);
 }
 
-TEST_F(JabraButton, VolumeThatCannotBeReadLeavesAPendingMuteWaiting) {
+TEST_F(JabraMonitorButtonTest, UnreadableVolumeKeepsAPendingMute) {
   startWithSpeakerphone();
   setVolume(0);
   desk.audio.addFault({.status = audio::hardwareNotRunning});
@@ -304,7 +304,7 @@ TEST_F(JabraButton, VolumeThatCannotBeReadLeavesAPendingMuteWaiting) {
   EXPECT_THAT(takeEvents(), ElementsAre("button muted"));
 }
 
-TEST_F(JabraButton, NotificationAfterTheDeviceWentIsNotEvenRead) {
+TEST_F(JabraMonitorButtonTest, LateNotificationOfAnUnpluggedDeviceReadsNothing) {
   startWithSpeakerphone();
   desk.audio.setAnnouncementDelay(1s);
   desk.audio.setInputVolume(speakerphone, 0);
@@ -317,7 +317,7 @@ TEST_F(JabraButton, NotificationAfterTheDeviceWentIsNotEvenRead) {
   EXPECT_THAT(desk.journal.take(), IsEmpty());
 }
 
-TEST_F(JabraButton, PendingMuteOutlivesUnplugging) {
+TEST_F(JabraMonitorButtonTest, PendingMuteSurvivesUnplugging) {
   startWithSpeakerphone();
   setVolume(0);
   desk.advance(100ms);
@@ -331,7 +331,7 @@ TEST_F(JabraButton, PendingMuteOutlivesUnplugging) {
   EXPECT_EQ(monitor->deviceName(), std::nullopt);
 }
 
-TEST_F(JabraButton, PendingMuteFollowsToTheNextDevice) {
+TEST_F(JabraMonitorButtonTest, PendingMuteSurvivesAChangeOfDevice) {
   startWithSpeakerphone();
   setVolume(0);
   desk.audio.unplug(speakerphone);
@@ -342,7 +342,7 @@ TEST_F(JabraButton, PendingMuteFollowsToTheNextDevice) {
   EXPECT_THAT(takeEvents(), ElementsAre("button toggled"));
 }
 
-TEST_F(JabraButton, PendingMuteOfAMonitorThatIsGoneDoesNothing) {
+TEST_F(JabraMonitorButtonTest, PendingMuteOfADestroyedMonitorDoesNothing) {
   startWithSpeakerphone();
   setVolume(0);
   release();

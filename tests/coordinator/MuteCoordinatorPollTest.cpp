@@ -13,9 +13,9 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class CoordinatorPoll : public MuteCoordinatorFixture {
+class MuteCoordinatorPollTest : public MuteCoordinatorFixture {
  protected:
-  /// A call with Teams in a meeting, before the first poll.
+  /// Starts a call with a Teams meeting, before the first poll.
   void startCall(float volume, bool teamsMuted) {
     startWithSpeakerphone(volume);
     desk.teams.joinMeeting(teamsMuted);
@@ -23,7 +23,7 @@ class CoordinatorPoll : public MuteCoordinatorFixture {
     desk.journal.take();
   }
 
-  /// At which seconds Teams was looked for during the next `seconds`.
+  /// Advances by `seconds` and returns the times, in seconds, at which Teams was looked for.
   std::vector<double> secondsOfTeamsCalls(int seconds) {
     std::vector<double> found;
     takeTeamsCalls();
@@ -49,9 +49,9 @@ const Lines sixReads = {
     "accessibility: copy microphone AXHelp -> -25205",
     "accessibility: copy microphone AXDOMIdentifier: \"microphone-button\" -> 0"};
 
-// No call
+// Outside a call
 
-TEST_F(CoordinatorPoll, AnnouncesOnceASecondWhileNoCallIsUp) {
+TEST_F(MuteCoordinatorPollTest, AnnouncesOncePerSecondOutsideACall) {
   startWithSpeakerphone();
   desk.teams.joinMeeting(true);
   desk.advance(999'999'999ns);
@@ -62,7 +62,7 @@ TEST_F(CoordinatorPoll, AnnouncesOnceASecondWhileNoCallIsUp) {
   EXPECT_EQ(desk.journal.take(), Lines(30, "coordinator: will change"));
 }
 
-TEST_F(CoordinatorPoll, ForgetsTeamsAtTheFirstTickAfterTheCall) {
+TEST_F(MuteCoordinatorPollTest, ForgetsTeamsStateAtTheFirstPollAfterTheCall) {
   startCall(0.8F, false);
   desk.advance(1s);
   setInCall(false);
@@ -72,7 +72,7 @@ TEST_F(CoordinatorPoll, ForgetsTeamsAtTheFirstTickAfterTheCall) {
   EXPECT_EQ(coordinator->teamsMuted(), std::nullopt);
 }
 
-TEST_F(CoordinatorPoll, ForgetsWhatAPressFoundOutsideACall) {
+TEST_F(MuteCoordinatorPollTest, ForgetsThePressedStateAtTheNextPollOutsideACall) {
   startWithSpeakerphone();
   desk.teams.joinMeeting(false);
   press(ButtonEvent::muted);
@@ -81,7 +81,7 @@ TEST_F(CoordinatorPoll, ForgetsWhatAPressFoundOutsideACall) {
   EXPECT_EQ(coordinator->teamsMuted(), std::nullopt);
 }
 
-TEST_F(CoordinatorPoll, ForgetsTeamsWhenTheHeadsetGoes) {
+TEST_F(MuteCoordinatorPollTest, ForgetsTeamsStateWhenTheHeadsetIsUnplugged) {
   startCall(0.8F, false);
   desk.advance(1s);
   desk.audio.unplug(speakerphone);
@@ -89,9 +89,9 @@ TEST_F(CoordinatorPoll, ForgetsTeamsWhenTheHeadsetGoes) {
   EXPECT_EQ(coordinator->teamsMuted(), std::nullopt);
 }
 
-// A call that Teams takes part in
+// A call with Teams
 
-TEST_F(CoordinatorPoll, ReadsTeamsAtTheFirstTickOfACall) {
+TEST_F(MuteCoordinatorPollTest, ReadsTeamsAtTheFirstPollOfACall) {
   startWithSpeakerphone();
   desk.advance(30s);
   desk.teams.joinMeeting(false);
@@ -106,12 +106,12 @@ TEST_F(CoordinatorPoll, ReadsTeamsAtTheFirstTickOfACall) {
   EXPECT_EQ(coordinator->teamsMuted(), false);
 }
 
-TEST_F(CoordinatorPoll, ReadsTeamsEverySecondWithoutAPauseWhileItIsFound) {
+TEST_F(MuteCoordinatorPollTest, ReadsTeamsEverySecondWhileItIsFound) {
   startCall(0.8F, false);
   EXPECT_THAT(secondsOfTeamsCalls(6), ElementsAre(1, 2, 3, 4, 5, 6));
 }
 
-TEST_F(CoordinatorPoll, StateThatHasNotChangedCostsSixReadsAndNothingElse) {
+TEST_F(MuteCoordinatorPollTest, UnchangedStateCostsSixReadsAndNothingElse) {
   startCall(0.8F, false);
   desk.advance(1s);
   desk.journal.take();
@@ -119,7 +119,7 @@ TEST_F(CoordinatorPoll, StateThatHasNotChangedCostsSixReadsAndNothingElse) {
   EXPECT_EQ(desk.journal.take(), sixReads);
 }
 
-TEST_F(CoordinatorPoll, HeadsetFollowsAMuteMadeInTeamsStepByStep) {
+TEST_F(MuteCoordinatorPollTest, HeadsetFollowsAMuteInTeams) {
   startCall(0.8F, false);
   desk.advance(1s);
   desk.teams.setMuted(true);
@@ -135,7 +135,7 @@ TEST_F(CoordinatorPoll, HeadsetFollowsAMuteMadeInTeamsStepByStep) {
                           "log: jabra info: Set Jabra input volume to 0.000000 (status 0)",
                           "log: coordinator info: Teams muted → Jabra",
                           "coordinator: will change",  // the status line
-                          // The headset's echo of the write.
+                          // The echo of the write.
                           "audio: get 2 input volume (4 bytes): 0 -> 0",
                           "log: jabra info: Jabra input volume 0.000000 -> muted=true "
                           "selfInitiated=true"));
@@ -145,7 +145,7 @@ TEST_F(CoordinatorPoll, HeadsetFollowsAMuteMadeInTeamsStepByStep) {
   EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0);
 }
 
-TEST_F(CoordinatorPoll, HeadsetFollowsAnUnmuteMadeInTeams) {
+TEST_F(MuteCoordinatorPollTest, HeadsetFollowsAnUnmuteInTeams) {
   startCall(0.8F, false);
   desk.advance(1s);
   desk.teams.setMuted(true);
@@ -158,7 +158,7 @@ TEST_F(CoordinatorPoll, HeadsetFollowsAnUnmuteMadeInTeams) {
   EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.8F);
 }
 
-TEST_F(CoordinatorPoll, WhatTeamsChangedIsNotPressedBackIntoTeams) {
+TEST_F(MuteCoordinatorPollTest, ChangeInTeamsIsNotPressedBackIntoTeams) {
   startCall(0.8F, false);
   for (int change = 0; change < 6; ++change) {
     desk.advance(1s);
@@ -168,14 +168,14 @@ TEST_F(CoordinatorPoll, WhatTeamsChangedIsNotPressedBackIntoTeams) {
   EXPECT_EQ(desk.teams.pressCount(), 0U);
 }
 
-TEST_F(CoordinatorPoll, HeadsetFollowsTeamsAtTheStartOfACallAsWell) {
+TEST_F(MuteCoordinatorPollTest, HeadsetFollowsTeamsAtTheStartOfACall) {
   startCall(0.8F, true);
   desk.advance(1s);
   EXPECT_EQ(coordinator->lastEvent(), "10:42  Teams muted → Jabra");
   EXPECT_EQ(coordinator->jabra().isMuted(), true);
 }
 
-TEST_F(CoordinatorPoll, StateThatMatchesTheHeadsetIsOnlyRemembered) {
+TEST_F(MuteCoordinatorPollTest, StateThatMatchesTheHeadsetIsOnlyStored) {
   startCall(0, true);
   desk.advance(1s);
   EXPECT_EQ(coordinator->teamsMuted(), true);
@@ -184,7 +184,7 @@ TEST_F(CoordinatorPoll, StateThatMatchesTheHeadsetIsOnlyRemembered) {
   EXPECT_EQ(coordinator->lastEvent(), "Waiting for Jabra button…");
 }
 
-TEST_F(CoordinatorPoll, ChangeThatMatchesTheHeadsetIsOnlyRemembered) {
+TEST_F(MuteCoordinatorPollTest, ChangeThatMatchesTheHeadsetIsOnlyStored) {
   startCall(0.8F, false);
   desk.advance(1s);
   desk.teams.setPressStatus(accessibility::failure);
@@ -198,7 +198,7 @@ TEST_F(CoordinatorPoll, ChangeThatMatchesTheHeadsetIsOnlyRemembered) {
   EXPECT_EQ(coordinator->lastEvent(), "10:42  Mute — no Teams meeting found");
 }
 
-TEST_F(CoordinatorPoll, HeadsetInAnUnknownStateIsMadeToFollowEitherWay) {
+TEST_F(MuteCoordinatorPollTest, HeadsetInAnUnknownStateFollowsTeams) {
   desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
   startCall(0.8F, false);
   ASSERT_EQ(coordinator->jabra().isMuted(), std::nullopt);
@@ -209,7 +209,7 @@ TEST_F(CoordinatorPoll, HeadsetInAnUnknownStateIsMadeToFollowEitherWay) {
               testing::Contains("Set Jabra input volume to 0.600000 (status 0)"));
 }
 
-TEST_F(CoordinatorPoll, TickAfterAPressFindsTheSameStateAndDoesNothing) {
+TEST_F(MuteCoordinatorPollTest, PollAfterAPressFindsTheSameStateAndDoesNothing) {
   startCall(0.8F, false);
   desk.advance(1s);
   press(ButtonEvent::muted);
@@ -222,14 +222,14 @@ TEST_F(CoordinatorPoll, TickAfterAPressFindsTheSameStateAndDoesNothing) {
 
 // A call without Teams
 
-TEST_F(CoordinatorPoll, ReadsTeamsAgainExactlyFiveSecondsAfterEachFailure) {
+TEST_F(MuteCoordinatorPollTest, ReadsTeamsAgainExactlyFiveSecondsAfterEachFailure) {
   startWithSpeakerphone();
   setInCall(true);
   EXPECT_THAT(secondsOfTeamsCalls(22), ElementsAre(1, 6, 11, 16, 21));
   EXPECT_EQ(coordinator->teamsMuted(), std::nullopt);
 }
 
-TEST_F(CoordinatorPoll, EachFailureAnnouncesOnceAndThePauseNothing) {
+TEST_F(MuteCoordinatorPollTest, EachFailureAnnouncesOnceAndThePauseDoesNot) {
   startWithSpeakerphone();
   setInCall(true);
   takeAnnouncements();
@@ -241,7 +241,7 @@ TEST_F(CoordinatorPoll, EachFailureAnnouncesOnceAndThePauseNothing) {
   EXPECT_THAT(announcements, ElementsAre(1, 0, 0, 0, 0, 1, 0));
 }
 
-TEST_F(CoordinatorPoll, EveryReasonNotToReadTeamsPauses) {
+TEST_F(MuteCoordinatorPollTest, EveryReasonForAFailedReadPausesThePoll) {
   startCall(0.8F, false);
   desk.advance(1s);
   desk.teams.leaveMeeting();
@@ -262,7 +262,7 @@ TEST_F(CoordinatorPoll, EveryReasonNotToReadTeamsPauses) {
   EXPECT_EQ(coordinator->teamsMuted(), false);
 }
 
-TEST_F(CoordinatorPoll, PauseGoesOnAcrossTheEndOfACall) {
+TEST_F(MuteCoordinatorPollTest, PauseContinuesAcrossTheEndOfACall) {
   startWithSpeakerphone();
   setInCall(true);
   desk.advance(1s);
@@ -273,14 +273,14 @@ TEST_F(CoordinatorPoll, PauseGoesOnAcrossTheEndOfACall) {
   EXPECT_THAT(secondsOfTeamsCalls(5), ElementsAre(6, 7));
 }
 
-TEST_F(CoordinatorPoll, TickOutsideACallBeginsNoPause) {
+TEST_F(MuteCoordinatorPollTest, PollOutsideACallStartsNoPause) {
   startWithSpeakerphone();
   desk.advance(3s);
   setInCall(true);
   EXPECT_THAT(secondsOfTeamsCalls(2), ElementsAre(4));
 }
 
-TEST_F(CoordinatorPoll, PressDuringThePauseReachesTeamsAllTheSame) {
+TEST_F(MuteCoordinatorPollTest, PressDuringThePauseReachesTeams) {
   startWithSpeakerphone();
   setInCall(true);
   desk.advance(1s);
@@ -291,11 +291,11 @@ TEST_F(CoordinatorPoll, PressDuringThePauseReachesTeamsAllTheSame) {
   EXPECT_THAT(secondsOfTeamsCalls(6), testing::SizeIs(2));
 }
 
-TEST_F(CoordinatorPoll, PauseBeginsWhenAFrozenTeamsHasTimedOut) {
+TEST_F(MuteCoordinatorPollTest, PauseStartsWhenAFrozenTeamsHasTimedOut) {
   startCall(0.8F, false);
   desk.teams.freeze();
   desk.advance(1s);
-  // Two settings, the role and the children of the application: one second each.
+  // Two attribute writes, the role and the children of the application: one second each.
   EXPECT_EQ(now(), TimeInterval(5s));
   EXPECT_THAT(secondsOfTeamsCalls(4), IsEmpty());
   desk.teams.thaw();
@@ -303,7 +303,7 @@ TEST_F(CoordinatorPoll, PauseBeginsWhenAFrozenTeamsHasTimedOut) {
   EXPECT_EQ(coordinator->teamsMuted(), false);
 }
 
-TEST_F(CoordinatorPoll, SleepIsFollowedByOnePoll) {
+TEST_F(MuteCoordinatorPollTest, WakingRunsOnePoll) {
   startCall(0.8F, false);
   desk.advance(1s);
   takeTeamsCalls();
@@ -314,7 +314,7 @@ TEST_F(CoordinatorPoll, SleepIsFollowedByOnePoll) {
 
 // The thread
 
-TEST(CoordinatorPollDeathTest, PollOffTheMainThreadEndsTheProgram) {
+TEST(MuteCoordinatorPollDeathTest, PollOffTheMainThreadAborts) {
   SimulatedDesk desk;
   const MuteCoordinator coordinator;
   desk.loop.runUntilIdle();

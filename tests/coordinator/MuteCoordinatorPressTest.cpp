@@ -13,9 +13,9 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class CoordinatorPress : public MuteCoordinatorFixture {
+class MuteCoordinatorPressTest : public MuteCoordinatorFixture {
  protected:
-  /// A call that Teams takes part in, with its state polled once.
+  /// Starts a call with a Teams meeting and polls once.
   void startInMeeting(bool muted) {
     startWithSpeakerphone(muted ? 0 : 0.8F);
     desk.teams.joinMeeting(muted);
@@ -35,7 +35,7 @@ struct Case {
   ButtonEvent event;
   Teams teams;
   const char* status;
-  /// Teams' state as far as known after the press; unknown before.
+  /// The coordinator's `teamsMuted` after the press; before, it is unknown.
   std::optional<bool> teamsMuted;
 };
 
@@ -43,7 +43,8 @@ void PrintTo(const Case& one, std::ostream* out) {
   *out << one.name;
 }
 
-class CoordinatorPressTable : public CoordinatorPress, public testing::WithParamInterface<Case> {
+class MuteCoordinatorPressResultTest : public MuteCoordinatorPressTest,
+                                       public testing::WithParamInterface<Case> {
  protected:
   void bringAbout(Teams teams, ButtonEvent event) {
     const bool wanted = event == ButtonEvent::muted;
@@ -66,7 +67,7 @@ class CoordinatorPressTable : public CoordinatorPress, public testing::WithParam
   }
 };
 
-TEST_P(CoordinatorPressTable, BecomesTheStatus) {
+TEST_P(MuteCoordinatorPressResultTest, SetsTheStatusLine) {
   const Case& row = GetParam();
   startWithSpeakerphone(row.event == ButtonEvent::unmuted ? 0 : 0.8F);
   bringAbout(row.teams, row.event);
@@ -75,14 +76,14 @@ TEST_P(CoordinatorPressTable, BecomesTheStatus) {
   EXPECT_THAT(desk.log.texts("coordinator"), ElementsAre(row.status));
   EXPECT_EQ(coordinator->teamsMuted(), row.teamsMuted);
   EXPECT_EQ(desk.teams.pressCount(), row.teams == Teams::pressed ? 1U : 0U);
-  // The headset's own change where there is one, Teams' state where it is assigned, the status.
+  // The headset's state if it changes, Teams' state if it is assigned, and the status line.
   const std::size_t headset = row.event == ButtonEvent::toggled ? 0 : 1;
   const std::size_t assigned = row.teamsMuted ? 1 : 0;
   EXPECT_EQ(takeAnnouncements(), headset + assigned + 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Results, CoordinatorPressTable,
+    Results, MuteCoordinatorPressResultTest,
     testing::Values(
         Case{"MutePressed", ButtonEvent::muted, Teams::pressed, "Mute → Teams", true},
         Case{"MuteInSync", ButtonEvent::muted, Teams::alreadySynced, "Mute — Teams already in sync",
@@ -117,33 +118,33 @@ INSTANTIATE_TEST_SUITE_P(
              "Toggle — no Teams meeting found", std::nullopt}),
     [](const auto& info) { return info.param.name; });
 
-// What becomes of a state that is known
+// A known state
 
-TEST_F(CoordinatorPress, MuteMakesAKnownStateMuted) {
+TEST_F(MuteCoordinatorPressTest, MuteSetsAKnownStateToMuted) {
   startInMeeting(false);
   press(ButtonEvent::muted);
   EXPECT_EQ(coordinator->teamsMuted(), true);
   EXPECT_TRUE(desk.teams.isMuted());
 }
 
-TEST_F(CoordinatorPress, UnmuteMakesAKnownStateUnmuted) {
+TEST_F(MuteCoordinatorPressTest, UnmuteSetsAKnownStateToUnmuted) {
   startInMeeting(true);
   press(ButtonEvent::unmuted);
   EXPECT_EQ(coordinator->teamsMuted(), false);
   EXPECT_FALSE(desk.teams.isMuted());
 }
 
-TEST_F(CoordinatorPress, ToggleNegatesAKnownState) {
+TEST_F(MuteCoordinatorPressTest, ToggleNegatesAKnownState) {
   startInMeeting(false);
   press(ButtonEvent::toggled);
   EXPECT_EQ(coordinator->teamsMuted(), true);
-  // Jabra follows at the next poll only if Teams says otherwise; the press itself leaves it alone.
+  // The press does not touch the headset's state; a poll would, if Teams' state differed.
   EXPECT_EQ(coordinator->jabra().isMuted(), false);
   press(ButtonEvent::toggled);
   EXPECT_EQ(coordinator->teamsMuted(), false);
 }
 
-TEST_F(CoordinatorPress, ToggleThatPressedAnUnknownStateAssignsNothing) {
+TEST_F(MuteCoordinatorPressTest, ToggleOfAnUnknownStateAssignsNothing) {
   startWithSpeakerphone();
   desk.teams.joinMeeting(false);
   setVolume(0);
@@ -154,7 +155,7 @@ TEST_F(CoordinatorPress, ToggleThatPressedAnUnknownStateAssignsNothing) {
   EXPECT_EQ(takeAnnouncements(), 1U);
 }
 
-TEST_F(CoordinatorPress, ResultsOtherThanPressedLeaveAKnownStateAlone) {
+TEST_F(MuteCoordinatorPressTest, ResultsOtherThanPressedKeepAKnownState) {
   startInMeeting(false);
   desk.teams.setPressStatus(accessibility::failure);
   press(ButtonEvent::muted);
@@ -164,7 +165,7 @@ TEST_F(CoordinatorPress, ResultsOtherThanPressedLeaveAKnownStateAlone) {
   EXPECT_EQ(coordinator->teamsMuted(), false);
 }
 
-TEST_F(CoordinatorPress, MuteWhileTeamsIsMutedAlreadyAssignsNothing) {
+TEST_F(MuteCoordinatorPressTest, MuteWhileTeamsIsMutedAssignsNothing) {
   startInMeeting(false);
   desk.teams.setMuted(true);
   press(ButtonEvent::muted);
@@ -173,9 +174,9 @@ TEST_F(CoordinatorPress, MuteWhileTeamsIsMutedAlreadyAssignsNothing) {
   EXPECT_EQ(takeAnnouncements(), 2U);
 }
 
-// The press from end to end
+// The whole press
 
-TEST_F(CoordinatorPress, PressStepsInOrder) {
+TEST_F(MuteCoordinatorPressTest, PressTakesItsStepsInOrder) {
   startInMeeting(false);
   setVolume(0);
   desk.journal.take();
@@ -199,7 +200,7 @@ TEST_F(CoordinatorPress, PressStepsInOrder) {
                   "coordinator: will change"));
 }
 
-TEST_F(CoordinatorPress, OnePressIsOnePressOfTeamsHoweverLongItLasts) {
+TEST_F(MuteCoordinatorPressTest, OnePressOfTheDevicePressesTeamsOnce) {
   startInMeeting(false);
   press(ButtonEvent::muted);
   desk.advance(60s);
@@ -207,7 +208,7 @@ TEST_F(CoordinatorPress, OnePressIsOnePressOfTeamsHoweverLongItLasts) {
   EXPECT_TRUE(desk.teams.isMuted());
 }
 
-TEST_F(CoordinatorPress, NothingIsRetried) {
+TEST_F(MuteCoordinatorPressTest, NothingIsRetried) {
   startWithSpeakerphone();
   desk.teams.launch();
   press(ButtonEvent::muted);
@@ -218,7 +219,7 @@ TEST_F(CoordinatorPress, NothingIsRetried) {
   EXPECT_EQ(desk.teams.pressCount(), 0U);
 }
 
-TEST_F(CoordinatorPress, HeadsetIsNotWritten) {
+TEST_F(MuteCoordinatorPressTest, HeadsetIsNotWritten) {
   startInMeeting(false);
   for (const ButtonEvent event :
        {ButtonEvent::muted, ButtonEvent::unmuted, ButtonEvent::toggled, ButtonEvent::toggled}) {
@@ -230,7 +231,7 @@ TEST_F(CoordinatorPress, HeadsetIsNotWritten) {
   }
 }
 
-TEST_F(CoordinatorPress, WithoutPermissionEveryPressSaysSo) {
+TEST_F(MuteCoordinatorPressTest, EveryPressReportsAMissingPermission) {
   startWithSpeakerphone(0.8F);
   desk.accessibility.setTrusted(false);
   press(ButtonEvent::muted);
@@ -243,20 +244,20 @@ TEST_F(CoordinatorPress, WithoutPermissionEveryPressSaysSo) {
   EXPECT_EQ(desk.accessibility.promptCount(), 0U);
 }
 
-TEST_F(CoordinatorPress, FrozenTeamsHoldsThePressForItsTimeOutsOnly) {
+TEST_F(MuteCoordinatorPressTest, FrozenTeamsDelaysThePressOnlyByItsTimeouts) {
   startInMeeting(false);
   desk.teams.freeze();
   setVolume(0);
   const TimeInterval before = now();
   desk.advance(300ms);
-  // Two settings, the button found last, then the role and the children of the application.
+  // Two attribute writes, the cached button, then the role and the children of the application.
   EXPECT_EQ(now() - before, TimeInterval(5300ms));
   EXPECT_EQ(coordinator->lastEvent(), "10:42  Mute — no Teams meeting found");
 }
 
 // The status line
 
-TEST_F(CoordinatorPress, StatusBeginsWithTheTimeInTheUsersStyle) {
+TEST_F(MuteCoordinatorPressTest, StatusStartsWithTheTimeInTheUsersStyle) {
   startWithSpeakerphone();
   desk.locale.setShortTime("9:05 PM");
   press(ButtonEvent::muted);
@@ -266,7 +267,7 @@ TEST_F(CoordinatorPress, StatusBeginsWithTheTimeInTheUsersStyle) {
   EXPECT_EQ(coordinator->lastEvent(), "21.06  Unmute — Teams not running");
 }
 
-TEST_F(CoordinatorPress, StatusGoesToTheLogWithoutTheTime) {
+TEST_F(MuteCoordinatorPressTest, StatusGoesToTheLogWithoutTheTime) {
   startWithSpeakerphone();
   press(ButtonEvent::muted);
   EXPECT_THAT(desk.log.records(),

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/teams/TeamsFixture.h"
+#include "tests/teams/TeamsUIFixture.h"
 
 namespace hushbox {
 namespace {
@@ -17,9 +17,9 @@ constexpr std::optional<bool> notTheButton;
 constexpr std::optional<bool> muted = true;
 constexpr std::optional<bool> unmuted = false;
 
-class TeamsRecognition : public TeamsFixture {
+class TeamsUIRecognitionTest : public TeamsUIFixture {
  protected:
-  /// What the state is told as when this is the only element beside the application.
+  /// Returns Teams' mute state when this is the only element below the application.
   std::optional<bool> stateWith(Attributes attributes) {
     app->removeChildren();
     app->append("element", std::move(attributes));
@@ -40,7 +40,7 @@ class TeamsRecognition : public TeamsFixture {
   }
 };
 
-TEST_F(TeamsRecognition, BareWordIsTheButton) {
+TEST_F(TeamsUIRecognitionTest, BareWordIdentifiesTheButton) {
   expectStates({{"Mute", unmuted},
                 {"Unmute", muted},
                 {"mute", unmuted},
@@ -49,7 +49,7 @@ TEST_F(TeamsRecognition, BareWordIsTheButton) {
                 {"UNMUTE", muted}});
 }
 
-TEST_F(TeamsRecognition, LabelThatNamesTheMicrophoneOrTheShortcutIsTheButton) {
+TEST_F(TeamsUIRecognitionTest, LabelWithTheMicrophoneOrTheShortcutIdentifiesTheButton) {
   expectStates({{"Mute mic", unmuted},
                 {"Unmute Mic", muted},
                 {"MUTE MIC", unmuted},
@@ -63,7 +63,7 @@ TEST_F(TeamsRecognition, LabelThatNamesTheMicrophoneOrTheShortcutIsTheButton) {
                 {"Unmutemic", muted}});
 }
 
-TEST_F(TeamsRecognition, LabelOfAnotherMuteIsNotTheButton) {
+TEST_F(TeamsUIRecognitionTest, LabelOfAnotherMuteIsNotTheButton) {
   expectStates({{"Mute all participants", notTheButton},
                 {"Unmute everyone", notTheButton},
                 {"Mute Ann", notTheButton},
@@ -74,7 +74,7 @@ TEST_F(TeamsRecognition, LabelOfAnotherMuteIsNotTheButton) {
                 {"Mute (Ctrl+M)", notTheButton}});
 }
 
-TEST_F(TeamsRecognition, WordMustStandAtTheBeginning) {
+TEST_F(TeamsUIRecognitionTest, WordMustBeAtTheStart) {
   expectStates({{"Please mute mic", notTheButton},
                 {" Mute mic", notTheButton},
                 {"(Un)mute mic", notTheButton},
@@ -85,11 +85,11 @@ TEST_F(TeamsRecognition, WordMustStandAtTheBeginning) {
                 {"⌘", notTheButton}});
 }
 
-TEST_F(TeamsRecognition, PrefixIsATestOfLettersNotOfWords) {
+TEST_F(TeamsUIRecognitionTest, PrefixNeedNotBeAWholeWord) {
   expectStates({{"Muted mic", unmuted}, {"Mutex mic", unmuted}, {"Unmuted mic", muted}});
 }
 
-TEST_F(TeamsRecognition, CombiningMarksMakeOtherCharacters) {
+TEST_F(TeamsUIRecognitionTest, CombiningMarksMakeOtherCharacters) {
   expectStates({{"Mute\u0301 mic", notTheButton},
                 {"Unmute\u0301 mic", notTheButton},
                 {"Mute\u0301", notTheButton},
@@ -100,7 +100,7 @@ TEST_F(TeamsRecognition, CombiningMarksMakeOtherCharacters) {
                 {"Mute M\u0130C", notTheButton}});
 }
 
-TEST_F(TeamsRecognition, DomIdentifierNamesTheMicrophoneToo) {
+TEST_F(TeamsUIRecognitionTest, DomIdentifierMayNameTheMicrophone) {
   const Attributes named = {{"AXDOMIdentifier", std::string("microphone-button")}};
   expectStates({{"Mute all participants", unmuted},
                 {"Unmute everyone", muted},
@@ -112,7 +112,7 @@ TEST_F(TeamsRecognition, DomIdentifierNamesTheMicrophoneToo) {
                named);
 }
 
-TEST_F(TeamsRecognition, DomIdentifierMustBeExactlyThat) {
+TEST_F(TeamsUIRecognitionTest, DomIdentifierMustMatchExactly) {
   for (const char* identifier :
        {"microphone-button2", "Microphone-Button", "microphone", "", "microphone-button ",
         "microphone-button\u0301", "my-microphone-button"}) {
@@ -122,7 +122,7 @@ TEST_F(TeamsRecognition, DomIdentifierMustBeExactlyThat) {
   }
 }
 
-TEST_F(TeamsRecognition, DomIdentifierIsALabelAsWell) {
+TEST_F(TeamsUIRecognitionTest, DomIdentifierIsAlsoALabel) {
   const auto withIdentifierOnly = [this](std::string identifier) {
     return stateWith({{"AXRole", std::string("AXButton")}, {"AXDOMIdentifier", identifier}});
   };
@@ -132,7 +132,7 @@ TEST_F(TeamsRecognition, DomIdentifierIsALabelAsWell) {
   EXPECT_EQ(withIdentifierOnly("microphone-button"), notTheButton);
 }
 
-TEST_F(TeamsRecognition, RoleMustBeButtonOrCheckBox) {
+TEST_F(TeamsUIRecognitionTest, RoleMustBeButtonOrCheckBox) {
   const auto withRole = [this](SimulatedAttribute role) {
     Attributes attributes = button("Mute mic");
     attributes["AXRole"] = std::move(role);
@@ -150,7 +150,7 @@ TEST_F(TeamsRecognition, RoleMustBeButtonOrCheckBox) {
   EXPECT_EQ(stateWith({{"AXDescription", std::string("Mute mic")}}), notTheButton);
 }
 
-TEST_F(TeamsRecognition, WithoutAnyLabelItIsNotTheButton) {
+TEST_F(TeamsUIRecognitionTest, ElementWithoutALabelIsNotTheButton) {
   EXPECT_EQ(stateWith({{"AXRole", std::string("AXButton")}}), notTheButton);
   EXPECT_EQ(stateWith({{"AXRole", std::string("AXButton")},
                        {"AXDescription", std::string()},
@@ -160,7 +160,7 @@ TEST_F(TeamsRecognition, WithoutAnyLabelItIsNotTheButton) {
             notTheButton);
 }
 
-TEST_F(TeamsRecognition, FirstLabelThatQualifiesDecides) {
+TEST_F(TeamsUIRecognitionTest, FirstMatchingLabelDecides) {
   struct Case {
     SimulatedAttribute description, title, help, identifier;
     std::optional<bool> state;
@@ -189,7 +189,7 @@ TEST_F(TeamsRecognition, FirstLabelThatQualifiesDecides) {
   }
 }
 
-TEST_F(TeamsRecognition, LabelsThatAreEmptyOrNoTextAreLeftOut) {
+TEST_F(TeamsUIRecognitionTest, LabelsThatAreEmptyOrNotTextAreSkipped) {
   for (const SimulatedAttribute& useless :
        {SimulatedAttribute(std::string()), SimulatedAttribute(OtherAttributeValue()),
         SimulatedAttribute(std::monostate()), SimulatedAttribute(accessibility::cannotComplete)}) {
@@ -200,14 +200,14 @@ TEST_F(TeamsRecognition, LabelsThatAreEmptyOrNoTextAreLeftOut) {
   }
 }
 
-TEST_F(TeamsRecognition, OtherAttributesAreNoLabels) {
+TEST_F(TeamsUIRecognitionTest, OtherAttributesAreNotLabels) {
   EXPECT_EQ(stateWith({{"AXRole", std::string("AXButton")},
                        {"AXValue", std::string("Mute mic")},
                        {"AXLabel", std::string("Mute mic")}}),
             notTheButton);
 }
 
-TEST_F(TeamsRecognition, AttributesAreReadInOrder) {
+TEST_F(TeamsUIRecognitionTest, AttributesAreReadInOrder) {
   app->append("element", button("Mute mic"));
   TeamsUI::currentMuteState();
   Lines reads;
@@ -221,7 +221,7 @@ TEST_F(TeamsRecognition, AttributesAreReadInOrder) {
                                  "copy element AXDOMIdentifier -> -25205"));
 }
 
-TEST_F(TeamsRecognition, ElementOfAnotherRoleCostsOneReadBesideItsChildren) {
+TEST_F(TeamsUIRecognitionTest, ElementOfAnotherRoleCostsOneReadPlusItsChildren) {
   app->append("group", {{"AXRole", std::string("AXGroup")}});
   TeamsUI::currentMuteState();
   Lines reads;

@@ -11,9 +11,9 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class JabraAttachment : public JabraMonitorFixture {
+class JabraMonitorAttachmentTest : public JabraMonitorFixture {
  protected:
-  /// Tells what the members were at each announcement.
+  /// Journals the values of the members at each announcement.
   void journalMembers() {
     subscription = monitor->objectWillChange.subscribe([this] {
       hear("name " + monitor->deviceName().value_or("none") + ", muted " +
@@ -23,9 +23,9 @@ class JabraAttachment : public JabraMonitorFixture {
   }
 };
 
-// Coming and going
+// Plugging and unplugging
 
-TEST_F(JabraAttachment, DeviceThatIsPluggedInLaterIsAttached) {
+TEST_F(JabraMonitorAttachmentTest, AttachesToADeviceThatIsPluggedInLater) {
   start();
   journalMembers();
   desk.plugSpeakerphone(0);
@@ -46,7 +46,7 @@ TEST_F(JabraAttachment, DeviceThatIsPluggedInLaterIsAttached) {
           "log: jabra info: Attached to Jabra Speak2 75 (id 2)"));
 }
 
-TEST_F(JabraAttachment, UnpluggingForgetsTheDeviceStepByStep) {
+TEST_F(JabraMonitorAttachmentTest, UnpluggingTakesItsStepsInOrder) {
   startWithSpeakerphone();
   desk.audio.setRunning(speakerphone, true);
   desk.loop.runUntilIdle();
@@ -67,7 +67,7 @@ TEST_F(JabraAttachment, UnpluggingForgetsTheDeviceStepByStep) {
   EXPECT_FALSE(monitor->isInCall());
 }
 
-TEST_F(JabraAttachment, DeviceThatStaysAwayIsReportedOnce) {
+TEST_F(JabraMonitorAttachmentTest, MissingDeviceIsReportedOnce) {
   startWithSpeakerphone();
   desk.audio.unplug(speakerphone);
   desk.loop.runUntilIdle();
@@ -78,13 +78,13 @@ TEST_F(JabraAttachment, DeviceThatStaysAwayIsReportedOnce) {
   EXPECT_THAT(desk.journal.take("monitor"), IsEmpty());
 }
 
-TEST_F(JabraAttachment, DeviceThatLosesItsInputVolumeIsGone) {
+TEST_F(JabraMonitorAttachmentTest, DeviceThatLosesItsInputVolumeIsDetached) {
   startWithSpeakerphone();
   desk.audio.addFault({.operation = AudioOperation::hasProperty});
   desk.audio.announce(audio::systemObject, audio::deviceList);
   desk.loop.runUntilIdle();
   EXPECT_EQ(monitor->deviceName(), std::nullopt);
-  // Still plugged in: this time the listeners are really taken away.
+  // The device is still plugged in, so the removals succeed.
   EXPECT_THAT(desk.journal.take("audio"), testing::IsSupersetOf({
                                               "remove listener 2 input volume -> 0",
                                               "remove listener 2 running -> 0",
@@ -92,7 +92,7 @@ TEST_F(JabraAttachment, DeviceThatLosesItsInputVolumeIsGone) {
   EXPECT_EQ(desk.audio.listenerCount(), 1U);
 }
 
-TEST_F(JabraAttachment, ListChangeWithTheSameDeviceChangesAndLogsNothing) {
+TEST_F(JabraMonitorAttachmentTest, ListChangeWithTheSameDeviceChangesAndLogsNothing) {
   startWithSpeakerphone(0);
   setVolume(0.5F);
   plug("Microphone");
@@ -105,7 +105,7 @@ TEST_F(JabraAttachment, ListChangeWithTheSameDeviceChangesAndLogsNothing) {
   EXPECT_EQ(desk.audio.listenerCount(), 3U);
 }
 
-TEST_F(JabraAttachment, AnotherDeviceTakesThePlaceOfTheFirst) {
+TEST_F(JabraMonitorAttachmentTest, DeviceEarlierInTheListReplacesTheAttachedOne) {
   startWithSpeakerphone(0);
   journalMembers();
   desk.audio.plug({"Jabra next", 0.5F, true}, 0);
@@ -127,7 +127,7 @@ TEST_F(JabraAttachment, AnotherDeviceTakesThePlaceOfTheFirst) {
   EXPECT_TRUE(monitor->isInCall());
 }
 
-TEST_F(JabraAttachment, ListenerThatWasRefusedIsNotRemoved) {
+TEST_F(JabraMonitorAttachmentTest, ListenerThatCouldNotBeAddedIsNotRemoved) {
   speakerphone = desk.plugSpeakerphone();
   desk.audio.addFault({.operation = AudioOperation::addPropertyListener});
   start();
@@ -139,7 +139,7 @@ TEST_F(JabraAttachment, ListenerThatWasRefusedIsNotRemoved) {
                           "remove listener 2 running -> !obj"));
 }
 
-TEST_F(JabraAttachment, LateNotificationOfTheFormerDeviceReadsThePresentOne) {
+TEST_F(JabraMonitorAttachmentTest, LateNotificationOfTheFormerDeviceReadsTheCurrentOne) {
   startWithSpeakerphone(0.8F);
   desk.audio.setAnnouncementDelay(1s);
   desk.audio.setInputVolume(speakerphone, 0);
@@ -155,7 +155,7 @@ TEST_F(JabraAttachment, LateNotificationOfTheFormerDeviceReadsThePresentOne) {
 
 // Calls
 
-TEST_F(JabraAttachment, UseOfTheDeviceIsACall) {
+TEST_F(JabraMonitorAttachmentTest, UseOfTheDeviceIsACall) {
   startWithSpeakerphone();
   desk.audio.setRunning(speakerphone, true);
   desk.loop.runUntilIdle();
@@ -165,7 +165,7 @@ TEST_F(JabraAttachment, UseOfTheDeviceIsACall) {
   EXPECT_TRUE(monitor->isInCall());
 }
 
-TEST_F(JabraAttachment, EndOfUseEndsTheCallWithoutACallback) {
+TEST_F(JabraMonitorAttachmentTest, EndOfUseEndsTheCallWithoutACallback) {
   startWithSpeakerphone();
   desk.audio.setRunning(speakerphone, true);
   desk.loop.runUntilIdle();
@@ -178,7 +178,7 @@ TEST_F(JabraAttachment, EndOfUseEndsTheCallWithoutACallback) {
   EXPECT_FALSE(monitor->isInCall());
 }
 
-TEST_F(JabraAttachment, UseThatHasNotChangedIsNotAnnounced) {
+TEST_F(JabraMonitorAttachmentTest, UnchangedUseIsNotAnnounced) {
   startWithSpeakerphone();
   for (const bool running : {false, true}) {
     desk.audio.setRunning(speakerphone, running);
@@ -190,7 +190,7 @@ TEST_F(JabraAttachment, UseThatHasNotChangedIsNotAnnounced) {
   }
 }
 
-TEST_F(JabraAttachment, EachNewUseIsANewCallStart) {
+TEST_F(JabraMonitorAttachmentTest, EachNewUseIsACallStart) {
   startWithSpeakerphone();
   for (const bool running : {true, false, true, false}) {
     desk.audio.setRunning(speakerphone, running);
@@ -199,7 +199,7 @@ TEST_F(JabraAttachment, EachNewUseIsANewCallStart) {
   EXPECT_THAT(takeEvents(), ElementsAre("call started", "call started"));
 }
 
-TEST_F(JabraAttachment, UseThatCanNoLongerBeReadEndsTheCall) {
+TEST_F(JabraMonitorAttachmentTest, UnreadableUseEndsTheCall) {
   startWithSpeakerphone();
   desk.audio.setRunning(speakerphone, true);
   desk.loop.runUntilIdle();
@@ -210,7 +210,7 @@ TEST_F(JabraAttachment, UseThatCanNoLongerBeReadEndsTheCall) {
   EXPECT_EQ(lastRecord(), "Jabra mic in use -> false");
 }
 
-TEST_F(JabraAttachment, CallIsUpAlreadyWhenItsStartIsTold) {
+TEST_F(JabraMonitorAttachmentTest, IsInCallIsTrueWhenTheCallbackRuns) {
   startWithSpeakerphone();
   bool seen = false;
   monitor->onCallStarted = [&] { seen = monitor->isInCall(); };
@@ -219,7 +219,7 @@ TEST_F(JabraAttachment, CallIsUpAlreadyWhenItsStartIsTold) {
   EXPECT_TRUE(seen);
 }
 
-TEST_F(JabraAttachment, WithoutACallbackACallIsACallAllTheSame) {
+TEST_F(JabraMonitorAttachmentTest, EmptyCallStartCallbackIsFine) {
   startWithSpeakerphone();
   monitor->onCallStarted = nullptr;
   desk.audio.setRunning(speakerphone, true);
@@ -227,7 +227,7 @@ TEST_F(JabraAttachment, WithoutACallbackACallIsACallAllTheSame) {
   EXPECT_TRUE(monitor->isInCall());
 }
 
-TEST_F(JabraAttachment, UseAfterTheDeviceWentIsNotEvenRead) {
+TEST_F(JabraMonitorAttachmentTest, LateUseNotificationOfAnUnpluggedDeviceReadsNothing) {
   startWithSpeakerphone();
   desk.audio.setAnnouncementDelay(1s);
   desk.audio.setRunning(speakerphone, true);
@@ -239,9 +239,9 @@ TEST_F(JabraAttachment, UseAfterTheDeviceWentIsNotEvenRead) {
   EXPECT_THAT(desk.journal.take(), IsEmpty());
 }
 
-// The end
+// Destruction
 
-TEST_F(JabraAttachment, ListenersOfAMonitorThatIsGoneStayInPlaceAndDoNothing) {
+TEST_F(JabraMonitorAttachmentTest, ListenersOfADestroyedMonitorStayAndDoNothing) {
   startWithSpeakerphone();
   release();
   EXPECT_EQ(desk.audio.listenerCount(), 3U);

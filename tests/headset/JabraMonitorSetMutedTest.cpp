@@ -9,11 +9,11 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class JabraSetMuted : public JabraMonitorFixture {};
+class JabraMonitorSetMutedTest : public JabraMonitorFixture {};
 
-// What is done
+// The write
 
-TEST_F(JabraSetMuted, MutingReadsAnnouncesWritesAndLogsInThatOrder) {
+TEST_F(JabraMonitorSetMutedTest, MutingTakesItsStepsInOrder) {
   startWithSpeakerphone(0.7F);
   monitor->setMuted(true);
   EXPECT_THAT(desk.journal.take(),
@@ -24,7 +24,7 @@ TEST_F(JabraSetMuted, MutingReadsAnnouncesWritesAndLogsInThatOrder) {
   EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0);
 }
 
-TEST_F(JabraSetMuted, UnmutingAnnouncesWritesAndLogsWithoutReading) {
+TEST_F(JabraMonitorSetMutedTest, UnmutingTakesItsStepsInOrderWithoutReading) {
   startWithSpeakerphone(0);
   monitor->setMuted(false);
   EXPECT_THAT(desk.journal.take(),
@@ -33,7 +33,7 @@ TEST_F(JabraSetMuted, UnmutingAnnouncesWritesAndLogsWithoutReading) {
   EXPECT_EQ(monitor->isMuted(), false);
 }
 
-TEST_F(JabraSetMuted, AnnouncesBeforeTheStateChanges) {
+TEST_F(JabraMonitorSetMutedTest, AnnouncesBeforeTheStateChanges) {
   startWithSpeakerphone();
   std::optional<std::optional<bool>> seen;
   subscription = monitor->objectWillChange.subscribe([&] { seen = monitor->isMuted(); });
@@ -41,7 +41,7 @@ TEST_F(JabraSetMuted, AnnouncesBeforeTheStateChanges) {
   EXPECT_EQ(seen, std::optional<bool>(false));
 }
 
-TEST_F(JabraSetMuted, DoesNothingWhenTheDeviceIsKnownToBeInThatState) {
+TEST_F(JabraMonitorSetMutedTest, DoesNothingIfTheDeviceIsKnownToBeInThatState) {
   startWithSpeakerphone(0.8F);
   monitor->setMuted(false);
   EXPECT_THAT(desk.journal.take(), IsEmpty());
@@ -51,14 +51,14 @@ TEST_F(JabraSetMuted, DoesNothingWhenTheDeviceIsKnownToBeInThatState) {
   EXPECT_THAT(desk.journal.take(), IsEmpty());
 }
 
-TEST_F(JabraSetMuted, WritesEitherWayWhileTheStateIsUnknown) {
+TEST_F(JabraMonitorSetMutedTest, UnmutesInAnUnknownState) {
   startWithUnknownState(0.8F);
   monitor->setMuted(false);
   EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.6 -> 0"));
   EXPECT_EQ(monitor->isMuted(), false);
 }
 
-TEST_F(JabraSetMuted, MutesFromAnUnknownState) {
+TEST_F(JabraMonitorSetMutedTest, MutesInAnUnknownState) {
   startWithUnknownState(0.8F);
   monitor->setMuted(true);
   EXPECT_THAT(desk.journal.take("audio"), ElementsAre("get 2 input volume (4 bytes): 0.8 -> 0",
@@ -66,7 +66,7 @@ TEST_F(JabraSetMuted, MutesFromAnUnknownState) {
   EXPECT_EQ(monitor->isMuted(), true);
 }
 
-TEST_F(JabraSetMuted, DoesNothingWithoutADevice) {
+TEST_F(JabraMonitorSetMutedTest, DoesNothingWithoutADevice) {
   start();
   desk.journal.take();
   monitor->setMuted(true);
@@ -75,7 +75,7 @@ TEST_F(JabraSetMuted, DoesNothingWithoutADevice) {
   EXPECT_EQ(monitor->isMuted(), std::nullopt);
 }
 
-TEST_F(JabraSetMuted, NeverRaisesAButtonEvent) {
+TEST_F(JabraMonitorSetMutedTest, NeverRaisesAButtonEvent) {
   startWithSpeakerphone();
   for (const bool muted : {true, false, true}) {
     monitor->setMuted(muted);
@@ -86,7 +86,7 @@ TEST_F(JabraSetMuted, NeverRaisesAButtonEvent) {
 
 // The level that unmuting writes
 
-TEST_F(JabraSetMuted, UnmutingBringsBackTheLevelThatMutingFound) {
+TEST_F(JabraMonitorSetMutedTest, UnmutingRestoresTheLevelReadWhenMuting) {
   startWithSpeakerphone(0.8F);
   desk.audio.setAnnouncementDelay(1h);
   desk.audio.setInputVolume(speakerphone, 0.7F);
@@ -96,15 +96,15 @@ TEST_F(JabraSetMuted, UnmutingBringsBackTheLevelThatMutingFound) {
   EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.7 -> 0"));
 }
 
-TEST_F(JabraSetMuted, UnmutingWritesSixTenthsWhenNoLevelWasEverSeen) {
+TEST_F(JabraMonitorSetMutedTest, UnmutingWritesSixTenthsIfNoLevelWasSeen) {
   startWithSpeakerphone(0);
   monitor->setMuted(false);
   EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.6F);
 }
 
-TEST_F(JabraSetMuted, MutingAtZeroKeepsTheLevelFromBefore) {
+TEST_F(JabraMonitorSetMutedTest, MutingAtZeroKeepsTheEarlierLevel) {
   startWithSpeakerphone(0.8F);
-  // A drop that is still pending: the state is not muted yet, the volume is zero already.
+  // The mute is pending: the volume is zero, but the state is not muted yet.
   setVolume(0);
   monitor->setMuted(true);
   desk.journal.take();
@@ -112,7 +112,7 @@ TEST_F(JabraSetMuted, MutingAtZeroKeepsTheLevelFromBefore) {
   EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.8 -> 0"));
 }
 
-TEST_F(JabraSetMuted, MutingWithoutBeingAbleToReadWritesZeroAndKeepsTheLevelFromBefore) {
+TEST_F(JabraMonitorSetMutedTest, MutingWithAnUnreadableVolumeWritesZeroAndKeepsTheEarlierLevel) {
   startWithSpeakerphone(0.8F);
   desk.audio.setAnnouncementDelay(1h);
   desk.audio.setInputVolume(speakerphone, 0.3F);
@@ -126,7 +126,7 @@ TEST_F(JabraSetMuted, MutingWithoutBeingAbleToReadWritesZeroAndKeepsTheLevelFrom
   EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.8 -> 0"));
 }
 
-TEST_F(JabraSetMuted, AChangeInsideTheEchoWindowCountsForTheLevel) {
+TEST_F(JabraMonitorSetMutedTest, ChangeInsideTheEchoWindowUpdatesTheLevel) {
   startWithSpeakerphone(0);
   monitor->setMuted(false);
   desk.advance(100ms);
@@ -141,7 +141,7 @@ TEST_F(JabraSetMuted, AChangeInsideTheEchoWindowCountsForTheLevel) {
 
 // The echo of the write
 
-TEST_F(JabraSetMuted, ItsOwnEchoIsLoggedAndIgnored) {
+TEST_F(JabraMonitorSetMutedTest, EchoOfItsOwnWriteIsLoggedAndIgnored) {
   startWithSpeakerphone(0.8F);
   monitor->setMuted(true);
   desk.journal.take();
@@ -154,7 +154,7 @@ TEST_F(JabraSetMuted, ItsOwnEchoIsLoggedAndIgnored) {
   EXPECT_THAT(desk.journal.take(), IsEmpty());
 }
 
-TEST_F(JabraSetMuted, NotificationAt490MillisecondsIsOurOwnEchoAnd500IsAPress) {
+TEST_F(JabraMonitorSetMutedTest, EchoWindowEndsAt500Milliseconds) {
   for (const auto& [after, events] : {std::pair<TimeInterval, Lines>{490ms, {}},
                                       {499'999'999ns, {}},
                                       {500ms, {"button unmuted"}},
@@ -172,7 +172,7 @@ TEST_F(JabraSetMuted, NotificationAt490MillisecondsIsOurOwnEchoAnd500IsAPress) {
   }
 }
 
-TEST_F(JabraSetMuted, DropInsideTheEchoWindowStartsNoPendingMute) {
+TEST_F(JabraMonitorSetMutedTest, DropInsideTheEchoWindowStartsNoPendingMute) {
   startWithSpeakerphone(0);
   monitor->setMuted(false);
   desk.loop.runUntilIdle();
@@ -184,9 +184,9 @@ TEST_F(JabraSetMuted, DropInsideTheEchoWindowStartsNoPendingMute) {
   EXPECT_EQ(monitor->isMuted(), false);
 }
 
-TEST_F(JabraSetMuted, EchoWindowBeginsBeforeTheAnnouncementAndTheWrite) {
+TEST_F(JabraMonitorSetMutedTest, EchoWindowStartsBeforeTheAnnouncementAndTheWrite) {
   startWithSpeakerphone(0.8F);
-  // A subscriber that takes its time: the window must not begin only after it.
+  // The subscriber takes 200 ms; the window starts before it is called.
   subscription = monitor->objectWillChange.subscribe([&] { desk.loop.sleep(200ms); });
   monitor->setMuted(true);
   subscription = {};
@@ -196,16 +196,16 @@ TEST_F(JabraSetMuted, EchoWindowBeginsBeforeTheAnnouncementAndTheWrite) {
   EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
 }
 
-TEST_F(JabraSetMuted, CallWithoutEffectBeginsNoEchoWindow) {
+TEST_F(JabraMonitorSetMutedTest, CallWithoutEffectStartsNoEchoWindow) {
   startWithSpeakerphone(0);
   monitor->setMuted(true);
   setVolume(0.8F);
   EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
 }
 
-// A write that is refused
+// A failed write
 
-TEST_F(JabraSetMuted, RefusedWriteShowsInTheLogOnly) {
+TEST_F(JabraMonitorSetMutedTest, FailedWriteIsOnlyLogged) {
   startWithSpeakerphone(0.8F);
   desk.audio.addFault({.operation = AudioOperation::setPropertyData, .status = -50});
   monitor->setMuted(true);
@@ -216,7 +216,7 @@ TEST_F(JabraSetMuted, RefusedWriteShowsInTheLogOnly) {
   EXPECT_THAT(desk.journal.take(), IsEmpty());
 }
 
-TEST_F(JabraSetMuted, RefusedWriteBeginsAnEchoWindowAllTheSame) {
+TEST_F(JabraMonitorSetMutedTest, FailedWriteStartsAnEchoWindow) {
   startWithSpeakerphone(0.8F);
   desk.audio.addFault({.operation = AudioOperation::setPropertyData, .status = -50});
   monitor->setMuted(true);
@@ -227,9 +227,9 @@ TEST_F(JabraSetMuted, RefusedWriteBeginsAnEchoWindowAllTheSame) {
   EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
 }
 
-// A mute that is waiting out the bounce window
+// A pending mute
 
-TEST_F(JabraSetMuted, MutingDoesNotCancelAPendingMute) {
+TEST_F(JabraMonitorSetMutedTest, MutingDoesNotCancelAPendingMute) {
   startWithSpeakerphone(0.8F);
   setVolume(0);
   desk.advance(100ms);
@@ -244,7 +244,7 @@ TEST_F(JabraSetMuted, MutingDoesNotCancelAPendingMute) {
   EXPECT_EQ(monitor->isMuted(), true);
 }
 
-TEST_F(JabraSetMuted, UnmutingDoesNotCancelAPendingMute) {
+TEST_F(JabraMonitorSetMutedTest, UnmutingDoesNotCancelAPendingMute) {
   startWithUnknownState(0.8F);
   setVolume(0);
   desk.advance(100ms);
@@ -257,7 +257,7 @@ TEST_F(JabraSetMuted, UnmutingDoesNotCancelAPendingMute) {
   EXPECT_EQ(monitor->isMuted(), true);
 }
 
-TEST_F(JabraSetMuted, CallWithoutEffectDoesNotCancelAPendingMute) {
+TEST_F(JabraMonitorSetMutedTest, CallWithoutEffectDoesNotCancelAPendingMute) {
   startWithSpeakerphone(0.8F);
   setVolume(0);
   monitor->setMuted(false);
@@ -265,7 +265,7 @@ TEST_F(JabraSetMuted, CallWithoutEffectDoesNotCancelAPendingMute) {
   EXPECT_THAT(takeEvents(), ElementsAre("button muted"));
 }
 
-TEST_F(JabraSetMuted, MayBeCalledFromInsideAButtonEvent) {
+TEST_F(JabraMonitorSetMutedTest, MayBeCalledFromTheButtonCallback) {
   startWithSpeakerphone(0.8F);
   monitor->onButton = [&](ButtonEvent) { monitor->setMuted(false); };
   setVolume(0);

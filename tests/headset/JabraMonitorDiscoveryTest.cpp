@@ -12,11 +12,11 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class JabraDiscovery : public JabraMonitorFixture {};
+class JabraMonitorDiscoveryTest : public JabraMonitorFixture {};
 
 // Finding the device
 
-TEST_F(JabraDiscovery, StartsUnattachedAndSilentWithoutADevice) {
+TEST_F(JabraMonitorDiscoveryTest, StartsUnattachedWithoutADevice) {
   start();
   EXPECT_THAT(desk.journal.take(), ElementsAre("audio: add listener 1 device list -> added",
                                                "audio: size 1 device list: 0 bytes -> 0",
@@ -26,7 +26,7 @@ TEST_F(JabraDiscovery, StartsUnattachedAndSilentWithoutADevice) {
   EXPECT_FALSE(monitor->isInCall());
 }
 
-TEST_F(JabraDiscovery, AttachStepsInOrder) {
+TEST_F(JabraMonitorDiscoveryTest, AttachingTakesItsStepsInOrder) {
   plug("Built-in Microphone");
   plug("Jabra Speak2 75", 0.8F);
   start();
@@ -47,21 +47,21 @@ TEST_F(JabraDiscovery, AttachStepsInOrder) {
   EXPECT_FALSE(monitor->isInCall());
 }
 
-TEST_F(JabraDiscovery, RecordsGoToTheLogOfTheApplication) {
+TEST_F(JabraMonitorDiscoveryTest, LogsUnderTheApplicationsSubsystem) {
   startWithSpeakerphone();
   EXPECT_THAT(desk.log.records(),
               ElementsAre(LogRecord{"org.hushbox.Hushbox", "jabra", LogLevel::info,
                                     "Attached to Jabra Speak2 75 (id 2)"}));
 }
 
-TEST_F(JabraDiscovery, DeviceWithoutInputVolumeIsSkipped) {
+TEST_F(JabraMonitorDiscoveryTest, DeviceWithoutInputVolumeIsSkipped) {
   plug("Jabra Speak2 75", std::nullopt);
   plug("Jabra Evolve");
   start();
   EXPECT_EQ(monitor->deviceName(), "Jabra Evolve");
 }
 
-TEST_F(JabraDiscovery, FirstMatchInTheListWinsAndEndsTheSearch) {
+TEST_F(JabraMonitorDiscoveryTest, SearchStopsAtTheFirstMatchInTheList) {
   plug("Jabra one");
   plug("Jabra two");
   start();
@@ -71,7 +71,7 @@ TEST_F(JabraDiscovery, FirstMatchInTheListWinsAndEndsTheSearch) {
   }
 }
 
-TEST_F(JabraDiscovery, NameMustContainTheWordAsWritten) {
+TEST_F(JabraMonitorDiscoveryTest, NameMustContainTheExactWord) {
   const std::vector<std::pair<std::string, bool>> cases = {{"Jabra", true},
                                                            {"My Jabra Link", true},
                                                            {"GN Jabras", true},
@@ -91,7 +91,7 @@ TEST_F(JabraDiscovery, NameMustContainTheWordAsWritten) {
   }
 }
 
-TEST_F(JabraDiscovery, DeviceWhoseNameCannotBeReadIsSkipped) {
+TEST_F(JabraMonitorDiscoveryTest, DeviceWithAnUnreadableNameIsSkipped) {
   desk.audio.plug({.name = std::nullopt, .inputVolume = 0.5F});
   desk.audio.addFault({.operation = AudioOperation::getPropertyText,
                        .address = audio::deviceName,
@@ -102,7 +102,7 @@ TEST_F(JabraDiscovery, DeviceWhoseNameCannotBeReadIsSkipped) {
   EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
 }
 
-TEST_F(JabraDiscovery, SizeOfTheDeviceListThatCannotBeReadMeansNoDevices) {
+TEST_F(JabraMonitorDiscoveryTest, UnreadableSizeOfTheDeviceListMeansNoDevices) {
   desk.audio.addFault({.operation = AudioOperation::getPropertyDataSize,
                        .address = audio::deviceList,
                        .status = audio::hardwareNotRunning});
@@ -114,7 +114,7 @@ TEST_F(JabraDiscovery, SizeOfTheDeviceListThatCannotBeReadMeansNoDevices) {
   EXPECT_EQ(monitor->deviceName(), std::nullopt);
 }
 
-TEST_F(JabraDiscovery, DeviceListThatCannotBeReadIsZerosThatMatchNothing) {
+TEST_F(JabraMonitorDiscoveryTest, UnreadableDeviceListMatchesNothing) {
   desk.audio.addFault({.operation = AudioOperation::getPropertyData,
                        .address = audio::deviceList,
                        .status = audio::hardwareNotRunning});
@@ -128,7 +128,7 @@ TEST_F(JabraDiscovery, DeviceListThatCannotBeReadIsZerosThatMatchNothing) {
   EXPECT_EQ(monitor->deviceName(), std::nullopt);
 }
 
-TEST_F(JabraDiscovery, StatusesOfTheDeviceListAreIgnoredEvenBesideGoodValues) {
+TEST_F(JabraMonitorDiscoveryTest, StatusesOfTheDeviceListAreIgnored) {
   desk.audio.addFault({.operation = AudioOperation::getPropertyDataSize,
                        .address = audio::deviceList,
                        .status = audio::hardwareNotRunning,
@@ -138,7 +138,7 @@ TEST_F(JabraDiscovery, StatusesOfTheDeviceListAreIgnoredEvenBesideGoodValues) {
   EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
 }
 
-TEST_F(JabraDiscovery, DeviceListHasAsManyEntriesAsFitItsSize) {
+TEST_F(JabraMonitorDiscoveryTest, DeviceListHasAsManyEntriesAsItsSizeHolds) {
   for (const auto& [size, line] : {std::pair{3U, "get 1 device list (0 bytes):  -> 0"},
                                    {4U, "get 1 device list (4 bytes): 2 -> 0"},
                                    {7U, "get 1 device list (4 bytes): 2 -> 0"},
@@ -160,9 +160,9 @@ TEST_F(JabraDiscovery, DeviceListHasAsManyEntriesAsFitItsSize) {
   }
 }
 
-// What attaching reads
+// Values read when attaching
 
-TEST_F(JabraDiscovery, VolumeOfExactlyZeroIsMutedAndAnyOtherIsNot) {
+TEST_F(JabraMonitorDiscoveryTest, OnlyAVolumeOfExactlyZeroIsMuted) {
   for (const auto& [volume, muted] : {std::pair{0.0F, true}, {1e-30F, false}, {1.0F, false}}) {
     const AudioObjectID id = desk.plugSpeakerphone(volume);
     start();
@@ -173,7 +173,7 @@ TEST_F(JabraDiscovery, VolumeOfExactlyZeroIsMutedAndAnyOtherIsNot) {
   }
 }
 
-TEST_F(JabraDiscovery, VolumeAboveZeroIsWhatUnmutingBringsBack) {
+TEST_F(JabraMonitorDiscoveryTest, UnmutingRestoresTheVolumeSeenWhenAttaching) {
   startWithSpeakerphone(0.3F);
   desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
   monitor->setMuted(true);
@@ -181,7 +181,7 @@ TEST_F(JabraDiscovery, VolumeAboveZeroIsWhatUnmutingBringsBack) {
   EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.3F);
 }
 
-TEST_F(JabraDiscovery, VolumeThatCannotBeReadLeavesTheStateUnknown) {
+TEST_F(JabraMonitorDiscoveryTest, UnreadableVolumeLeavesTheStateUnknown) {
   startWithUnknownState(0.3F);
   EXPECT_EQ(monitor->isMuted(), std::nullopt);
   EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
@@ -189,7 +189,7 @@ TEST_F(JabraDiscovery, VolumeThatCannotBeReadLeavesTheStateUnknown) {
   EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.6F);
 }
 
-TEST_F(JabraDiscovery, VolumeOfTheNextDeviceThatCannotBeReadLeavesTheStateAsItWas) {
+TEST_F(JabraMonitorDiscoveryTest, UnreadableVolumeOfTheNextDeviceKeepsTheState) {
   startWithSpeakerphone(0);
   const AudioObjectID next = desk.audio.plug({"Jabra next", 0.5F}, 0);
   desk.audio.addFault({.status = audio::hardwareNotRunning, .object = next});
@@ -198,7 +198,7 @@ TEST_F(JabraDiscovery, VolumeOfTheNextDeviceThatCannotBeReadLeavesTheStateAsItWa
   EXPECT_EQ(monitor->isMuted(), true);
 }
 
-TEST_F(JabraDiscovery, AttachingToADeviceInUseIsACallWithoutACallStart) {
+TEST_F(JabraMonitorDiscoveryTest, AttachingToADeviceInUseIsACallButNotACallStart) {
   start();
   desk.audio.plug({.name = "Jabra Speak2 75", .inputVolume = 0.5F, .running = true});
   desk.loop.runUntilIdle();
@@ -207,15 +207,15 @@ TEST_F(JabraDiscovery, AttachingToADeviceInUseIsACallWithoutACallStart) {
   EXPECT_THAT(desk.log.texts("jabra"), ElementsAre("Attached to Jabra Speak2 75 (id 2)"));
 }
 
-TEST_F(JabraDiscovery, UseThatCannotBeReadIsNoCall) {
+TEST_F(JabraMonitorDiscoveryTest, UnreadableUseIsNotACall) {
   desk.audio.addFault({.address = audio::runningSomewhere, .status = audio::hardwareNotRunning});
   desk.audio.plug({.name = "Jabra Speak2 75", .inputVolume = 0.5F, .running = true});
   start();
   EXPECT_FALSE(monitor->isInCall());
 }
 
-TEST_F(JabraDiscovery, NameThatCanNoLongerBeReadIsEmpty) {
-  // Good for the search, gone when it is asked for again.
+TEST_F(JabraMonitorDiscoveryTest, NameThatBecomesUnreadableIsEmpty) {
+  // The first read, by the search, succeeds; the second fails.
   desk.audio.addFault({.operation = AudioOperation::getPropertyText,
                        .address = audio::deviceName,
                        .status = audio::noError,
@@ -229,7 +229,7 @@ TEST_F(JabraDiscovery, NameThatCanNoLongerBeReadIsEmpty) {
   EXPECT_THAT(desk.log.texts("jabra"), ElementsAre("Attached to  (id 2)"));
 }
 
-/// The desk's audio hardware, but a read that fails leaves rubbish behind.
+/// The desk's audio hardware, except that a failed read writes garbage to its output.
 class ScribblingAudioHardware final : public AudioHardware {
  public:
   explicit ScribblingAudioHardware(AudioHardware& real) : real_(real) {}
@@ -250,7 +250,7 @@ class ScribblingAudioHardware final : public AudioHardware {
   AudioStatus getPropertyText(AudioObjectID object, const AudioPropertyAddress& address,
                               std::string& text) override {
     const AudioStatus status = real_.getPropertyText(object, address, text);
-    if (status != audio::noError) text = "Jabra rubbish";
+    if (status != audio::noError) text = "Jabra garbage";
     return status;
   }
   AudioStatus setPropertyData(AudioObjectID object, const AudioPropertyAddress& address,
@@ -270,7 +270,7 @@ class ScribblingAudioHardware final : public AudioHardware {
   AudioHardware& real_;
 };
 
-TEST_F(JabraDiscovery, WhatAFailedReadLeavesBehindIsNotUsed) {
+TEST_F(JabraMonitorDiscoveryTest, OutputOfAFailedReadIsNotUsed) {
   desk.close();
   ScribblingAudioHardware scribbling(desk.audio);
   const PlatformScope scope({desk.loop, scribbling, desk.accessibility, desk.workspace,

@@ -9,7 +9,7 @@ class SimulatedAccessibilityDriver final : public AccessibilityDriver {
   AccessibilityTree& tree() override { return tree_; }
   Workspace& workspace() override { return workspace_; }
   Instant now() override { return loop_.now(); }
-  void putUpMeeting(bool muted) override { teams_.joinMeeting(muted); }
+  void openMeeting(bool muted) override { teams_.joinMeeting(muted); }
   void leaveMeeting() override { teams_.leaveMeeting(); }
   void quit() override { teams_.quit(); }
   bool isMuted() override { return teams_.isMuted(); }

@@ -13,9 +13,9 @@ using testing::IsEmpty;
 
 constexpr const char* noStatus = "Waiting for Jabra button…";
 
-class CoordinatorBattery : public MuteCoordinatorFixture {
+class MuteCoordinatorBatteryTest : public MuteCoordinatorFixture {
  protected:
-  /// Starts with a good battery; it is as described when the call starts.
+  /// Starts with a good battery and then a call, at whose start the tool prints `report`.
   void startCallWith(const std::string& report) {
     desk.setBattery(90);
     startWithSpeakerphone();
@@ -24,7 +24,7 @@ class CoordinatorBattery : public MuteCoordinatorFixture {
   }
 };
 
-TEST_F(CoordinatorBattery, LowBatteryWarnsStepByStep) {
+TEST_F(MuteCoordinatorBatteryTest, WarningTakesItsStepsInOrder) {
   startCallWith("Jabra 29%; discharging");
   EXPECT_THAT(
       desk.journal.take(),
@@ -40,7 +40,7 @@ TEST_F(CoordinatorBattery, LowBatteryWarnsStepByStep) {
   EXPECT_EQ(coordinator->lastEvent(), "10:42  Call started — battery 29%, notified");
 }
 
-TEST_F(CoordinatorBattery, WarnsBelow30PercentOnly) {
+TEST_F(MuteCoordinatorBatteryTest, WarnsOnlyBelow30Percent) {
   struct Case {
     const char* report;
     const char* title;
@@ -77,7 +77,7 @@ TEST_F(CoordinatorBattery, WarnsBelow30PercentOnly) {
   }
 }
 
-TEST_F(CoordinatorBattery, ToolThatCannotBeLaunchedGivesNoWarning) {
+TEST_F(MuteCoordinatorBatteryTest, FailedLaunchOfTheToolCausesNoWarning) {
   desk.setBattery(5);
   startWithSpeakerphone();
   desk.childProcesses.uninstall("/usr/bin/pmset");
@@ -86,7 +86,7 @@ TEST_F(CoordinatorBattery, ToolThatCannotBeLaunchedGivesNoWarning) {
   EXPECT_EQ(coordinator->lastEvent(), noStatus);
 }
 
-TEST_F(CoordinatorBattery, EveryCallStartReadsTheBattery) {
+TEST_F(MuteCoordinatorBatteryTest, EveryCallStartReadsTheBattery) {
   startWithSpeakerphone();
   for (const bool inCall : {true, false, true, false}) {
     desk.journal.take();
@@ -95,7 +95,7 @@ TEST_F(CoordinatorBattery, EveryCallStartReadsTheBattery) {
   }
 }
 
-TEST_F(CoordinatorBattery, EveryCallStartOnALowBatteryWarnsAnew) {
+TEST_F(MuteCoordinatorBatteryTest, EveryCallStartOnALowBatteryWarnsAgain) {
   startCallWith("Jabra 29%; discharging");
   setInCall(false);
   desk.setBattery(28);
@@ -104,14 +104,14 @@ TEST_F(CoordinatorBattery, EveryCallStartOnALowBatteryWarnsAnew) {
   EXPECT_EQ(desk.notifications.requests()[1].title, "Jabra battery low: 28%");
 }
 
-TEST_F(CoordinatorBattery, PollingTheBatteryNeverWarns) {
+TEST_F(MuteCoordinatorBatteryTest, PollingTheBatteryNeverWarns) {
   desk.setBattery(5);
   startWithSpeakerphone();
   desk.advance(300s);
   EXPECT_THAT(desk.notifications.requests(), IsEmpty());
 }
 
-TEST_F(CoordinatorBattery, WarnsWhenTheReadingIsInHoweverLongItTakes) {
+TEST_F(MuteCoordinatorBatteryTest, WarnsWhenTheReadingArrivesHoweverLongItTakes) {
   desk.setBattery(90);
   startWithSpeakerphone();
   desk.loop.setUtilityLatency(8s);
@@ -123,7 +123,7 @@ TEST_F(CoordinatorBattery, WarnsWhenTheReadingIsInHoweverLongItTakes) {
   EXPECT_EQ(coordinator->lastEvent(), "10:42  Call started — battery 12%, notified");
 }
 
-TEST_F(CoordinatorBattery, FailedNotificationIsOnlyLogged) {
+TEST_F(MuteCoordinatorBatteryTest, FailedNotificationIsOnlyLogged) {
   desk.notifications.setAddError("The daemon is away");
   startCallWith("Jabra 29%; discharging");
   EXPECT_EQ(coordinator->lastEvent(), "10:42  Call started — battery 29%, notified");
@@ -131,12 +131,12 @@ TEST_F(CoordinatorBattery, FailedNotificationIsOnlyLogged) {
                                                           "away"));
 }
 
-TEST_F(CoordinatorBattery, CoordinatorThatIsGoneWarnsNobody) {
+TEST_F(MuteCoordinatorBatteryTest, DestroyedCoordinatorDoesNotWarn) {
   desk.setBattery(5);
   startWithSpeakerphone();
   desk.loop.holdUtilityQueue();
   setInCall(true);
-  // Keeps the battery monitor, so that its part of the work is done to the end.
+  // Finish the reading first, so that only its completion is left.
   desk.loop.releaseUtilityBlock();
   release();
   desk.journal.take();

@@ -2,22 +2,22 @@
 
 #include <string>
 
-#include "tests/teams/TeamsFixture.h"
+#include "tests/teams/TeamsUIFixture.h"
 
 namespace hushbox {
 namespace {
 
 using testing::ElementsAre;
 
-class TeamsWalk : public TeamsFixture {
+class TeamsUIWalkTest : public TeamsUIFixture {
  protected:
-  /// Elements that are not the button, the cheapest ones there are.
+  /// Appends elements that are not the button and have no attributes.
   void appendPlain(int count) {
     for (int i = 0; i < count; ++i) app->append("plain");
   }
 };
 
-TEST_F(TeamsWalk, IsBreadthFirstInTheOrderGiven) {
+TEST_F(TeamsUIWalkTest, IsBreadthFirstInTheOrderGiven) {
   const auto a = app->append("a");
   const auto b = app->append("b");
   const auto a1 = a->append("a1");
@@ -28,20 +28,20 @@ TEST_F(TeamsWalk, IsBreadthFirstInTheOrderGiven) {
   EXPECT_THAT(takeVisited(), ElementsAre("application 501", "a", "b", "a1", "a2", "b1", "a11"));
 }
 
-TEST_F(TeamsWalk, ShallowButtonIsFoundBeforeADeepOne) {
+TEST_F(TeamsUIWalkTest, ShallowButtonIsFoundBeforeADeepOne) {
   app->append("a")->append("a1", button("Mute"));
   app->append("b", button("Unmute"));
   EXPECT_EQ(TeamsUI::currentMuteState(), true);
   EXPECT_THAT(takeVisited(), ElementsAre("application 501", "a", "b"));
 }
 
-TEST_F(TeamsWalk, FirstOfTwoButtonsOfOneDepthIsFound) {
+TEST_F(TeamsUIWalkTest, FirstOfTwoButtonsOfOneDepthIsFound) {
   app->append("a", button("Unmute"));
   app->append("b", button("Mute"));
   EXPECT_EQ(TeamsUI::currentMuteState(), true);
 }
 
-TEST_F(TeamsWalk, EndsAtTheButtonWithoutReadingItsChildren) {
+TEST_F(TeamsUIWalkTest, StopsAtTheButtonWithoutReadingItsChildren) {
   app->append("a", button("Unmute"))->append("icon");
   app->append("b");
   TeamsUI::currentMuteState();
@@ -50,13 +50,13 @@ TEST_F(TeamsWalk, EndsAtTheButtonWithoutReadingItsChildren) {
   EXPECT_EQ(lines.back(), "copy a AXDOMIdentifier -> -25205");
 }
 
-TEST_F(TeamsWalk, ApplicationItselfIsVisitedFirst) {
+TEST_F(TeamsUIWalkTest, ApplicationItselfIsVisitedFirst) {
   app->attributes = button("Unmute");
   app->append("a", button("Mute"));
   EXPECT_EQ(TeamsUI::currentMuteState(), true);
 }
 
-TEST_F(TeamsWalk, ElementIsVisitedBeforeItsChildrenAreRead) {
+TEST_F(TeamsUIWalkTest, ElementIsVisitedBeforeItsChildrenAreRead) {
   app->append("a");
   TeamsUI::currentMuteState();
   Lines lines = desk.journal.take("accessibility");
@@ -66,7 +66,7 @@ TEST_F(TeamsWalk, ElementIsVisitedBeforeItsChildrenAreRead) {
                                  "copy a AXRole -> -25205", "copy a AXChildren: 0 elements -> 0"));
 }
 
-TEST_F(TeamsWalk, ChildrenThatCannotBeReadAreNone) {
+TEST_F(TeamsUIWalkTest, UnreadableChildrenAreSkipped) {
   for (const SimulatedAttribute& children :
        {SimulatedAttribute(accessibility::cannotComplete), SimulatedAttribute(std::monostate()),
         SimulatedAttribute(std::string("a1")), SimulatedAttribute(OtherAttributeValue())}) {
@@ -81,43 +81,44 @@ TEST_F(TeamsWalk, ChildrenThatCannotBeReadAreNone) {
   }
 }
 
-TEST_F(TeamsWalk, ApplicationWhoseChildrenCannotBeReadIsAlone) {
+TEST_F(TeamsUIWalkTest, UnreadableChildrenOfTheApplicationEndTheWalk) {
   app->attributes["AXChildren"] = accessibility::cannotComplete;
   app->append("a", button("Mute"));
   EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
   EXPECT_THAT(takeVisited(), ElementsAre("application 501"));
 }
 
-TEST_F(TeamsWalk, ButtonAsThe40000thElementIsFound) {
+TEST_F(TeamsUIWalkTest, ButtonAsThe40000thElementIsFound) {
   desk.journal.keepLines(false);
   appendPlain(39'998);
   app->append("button", button("Unmute"));
   EXPECT_EQ(TeamsUI::currentMuteState(), true);
 }
 
-TEST_F(TeamsWalk, ButtonAsThe40001stElementIsNotFound) {
+TEST_F(TeamsUIWalkTest, ButtonAsThe40001stElementIsNotFound) {
   desk.journal.keepLines(false);
   appendPlain(39'999);
   app->append("button", button("Unmute"));
   EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
-  // The permission, the application and its three settings, then a role and the children of each.
+  // The permission, the application, its timeout and two attributes; then a role and the children
+  // per element.
   EXPECT_EQ(desk.journal.callCount("accessibility"), 5U + 2 * 40'000U);
 }
 
-TEST_F(TeamsWalk, VisitsCountAcrossDepths) {
+TEST_F(TeamsUIWalkTest, LimitCountsVisitsAtAllDepths) {
   desk.journal.keepLines(false);
   appendPlain(39'997);
   app->children.front()->append("last but one")->append("button", button("Unmute"));
   EXPECT_EQ(TeamsUI::currentMuteState(), true);
   app->append("one more");
-  // A new button in the old one's place, so that there is a walk.
+  // Replace the cached button, so that there is a walk.
   const auto parent = app->children.front()->children.front();
   parent->removeChildren();
   parent->append("button", button("Unmute"));
   EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
 }
 
-TEST_F(TeamsWalk, HasNoLimitOfDepth) {
+TEST_F(TeamsUIWalkTest, DepthIsUnlimited) {
   desk.journal.keepLines(false);
   auto deepest = app;
   for (int depth = 1; depth < 39'999; ++depth) {
@@ -130,7 +131,7 @@ TEST_F(TeamsWalk, HasNoLimitOfDepth) {
   EXPECT_EQ(TeamsUI::currentMuteState(), true);
 }
 
-TEST_F(TeamsWalk, TreeThatContainsItselfEndsAtTheLimit) {
+TEST_F(TeamsUIWalkTest, WalkOfATreeThatContainsItselfEndsAtTheLimit) {
   desk.journal.keepLines(false);
   const auto loop = app->append("loop");
   loop->children.push_back(loop);

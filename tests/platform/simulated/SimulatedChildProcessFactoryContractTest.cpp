@@ -9,11 +9,11 @@ namespace {
 
 class SimulatedChildProcessDriver final : public ChildProcessDriver {
  public:
-  ChildProcessFactory& processes() override { return processes_; }
+  ChildProcessFactory& factory() override { return factory_; }
   void script(const std::string& path, const std::vector<std::string>& arguments,
               const std::string& output) override {
     outputs_[{path, arguments}] = output;
-    processes_.install(path, [this, path](const auto& given) -> std::optional<std::string> {
+    factory_.install(path, [this, path](const auto& given) -> std::optional<std::string> {
       const auto found = outputs_.find({path, given});
       if (found == outputs_.end()) return std::nullopt;
       return found->second;
@@ -26,7 +26,7 @@ class SimulatedChildProcessDriver final : public ChildProcessDriver {
  private:
   Journal journal_;
   SimulatedMainLoop loop_{journal_};
-  SimulatedChildProcessFactory processes_{journal_, loop_};
+  SimulatedChildProcessFactory factory_{journal_, loop_};
   std::map<std::pair<std::string, std::vector<std::string>>, std::string> outputs_;
 };
 
