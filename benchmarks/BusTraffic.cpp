@@ -9,9 +9,9 @@ constexpr const char* busName = "org.freedesktop.DBus";
 constexpr const char* busPath = "/org/freedesktop/DBus";
 
 std::vector<std::string> namesOf(const rehearsal::BusConnection& bus, int process) {
-  const rehearsal::Variant answer = bus.call(busName, busPath, busName, "ListNames", nullptr);
+  const rehearsal::Variant reply = bus.call(busName, busPath, busName, "ListNames", nullptr);
   GVariantIter* names = nullptr;
-  g_variant_get(answer.get(), "(as)", &names);
+  g_variant_get(reply.get(), "(as)", &names);
   std::vector<std::string> found;
   const char* name = nullptr;
   while (g_variant_iter_next(names, "&s", &name)) {
@@ -25,7 +25,7 @@ std::vector<std::string> namesOf(const rehearsal::BusConnection& bus, int proces
 
 BusTraffic::BusTraffic(const std::string& busAddress, int process)
     : bus_(busAddress), senders_(namesOf(bus_, process)) {
-  filter_ = g_dbus_connection_add_filter(bus_.get(), overhear, this, nullptr);
+  filter_ = g_dbus_connection_add_filter(bus_.get(), onMessage, this, nullptr);
   bus_.call(busName, busPath, "org.freedesktop.DBus.Monitoring", "BecomeMonitor",
             g_variant_new("(asu)", nullptr, 0));
 }
@@ -35,8 +35,8 @@ BusTraffic::~BusTraffic() {
   g_dbus_connection_remove_filter(bus_.get(), filter_);
 }
 
-GDBusMessage* BusTraffic::overhear(GDBusConnection*, GDBusMessage* message, gboolean incoming,
-                                   gpointer self) {
+GDBusMessage* BusTraffic::onMessage(GDBusConnection*, GDBusMessage* message, gboolean incoming,
+                                    gpointer self) {
   if (!incoming) return message;
   auto* traffic = static_cast<BusTraffic*>(self);
   const char* sender = g_dbus_message_get_sender(message);
@@ -47,7 +47,7 @@ GDBusMessage* BusTraffic::overhear(GDBusConnection*, GDBusMessage* message, gboo
   if (type == G_DBUS_MESSAGE_TYPE_METHOD_RETURN || type == G_DBUS_MESSAGE_TYPE_ERROR) {
     return message;
   }
-  // A monitor must not answer calls that are meant for others.
+  // A monitor receives calls that are addressed to others and must not reply to them.
   g_object_unref(message);
   return nullptr;
 }

@@ -8,22 +8,23 @@
 
 namespace hushbox {
 
-/// Counts the messages that one process sends on a bus, whatever they are and whoever they are for.
+/// Counts all messages that a process sends on a bus, to any destination.
 class BusTraffic {
  public:
-  /// Counts from now on those of the connections that the process has at present. Throws DeskError
-  /// when the bus cannot be reached or does not let itself be monitored.
+  /// Starts counting, for the connections that the process has now. Throws DeskError if the bus
+  /// cannot be reached or refuses to be monitored.
   BusTraffic(const std::string& busAddress, int process);
   ~BusTraffic();
   BusTraffic(const BusTraffic&) = delete;
   BusTraffic& operator=(const BusTraffic&) = delete;
 
+  /// How many connections of the process are counted.
   std::size_t connections() const { return senders_.size(); }
   unsigned long messages() const { return messages_; }
 
  private:
-  static GDBusMessage* overhear(GDBusConnection* connection, GDBusMessage* message,
-                                gboolean incoming, gpointer self);
+  static GDBusMessage* onMessage(GDBusConnection* connection, GDBusMessage* message,
+                                 gboolean incoming, gpointer self);
 
   rehearsal::BusConnection bus_;
   std::vector<std::string> senders_;

@@ -1,4 +1,5 @@
-// What the core itself costs per event, the platform simulated: times to compare within one run.
+// The time that the core takes per event on the simulated platform. Compare times within one run
+// only.
 
 #include <benchmark/benchmark.h>
 

@@ -1,5 +1,6 @@
-// core_instructions presses|polls N: runs that many on the simulated desk. The difference of two
-// runs under `valgrind --tool=callgrind`, divided by the difference of N, is the cost of one.
+// core_instructions presses|polls N: does N presses or polls on the simulated desk. Run it twice
+// under `valgrind --tool=callgrind`: the difference in instructions, divided by the difference in
+// N, is the cost of one.
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,7 +1,7 @@
-// idle_cost PROGRAM [SECONDS]: what Hushbox costs while nothing happens (the speakerphone plugged
-// in, no call), beside two other items of the same panel, pasystray and volumeicon, in the same
-// run: private memory, voluntary context switches, and the messages that Hushbox sends on the
-// session bus. Exits with 1 where a limit is exceeded.
+// idle_cost PROGRAM [SECONDS]: measures Hushbox while nothing happens (the speakerphone plugged in,
+// no call): private memory, voluntary context switches, and messages sent on the session bus. For
+// comparison it measures two other items of the same panel, pasystray and volumeicon, in the same
+// run. Exits with 1 if a limit is exceeded.
 
 #include <algorithm>
 #include <cstdio>
@@ -22,16 +22,17 @@
 namespace hushbox::rehearsal {
 namespace {
 
-/// Time for everybody to come to rest.
-constexpr Milliseconds settling{15'000};
-/// Often enough to see a thread that reads the battery, which lives for some milliseconds.
-constexpr Milliseconds samplePause{4};
+/// How long the programs get to finish starting.
+constexpr Milliseconds settlingTime{15'000};
+/// Short enough to see the thread that reads the battery, which runs for some milliseconds.
+constexpr Milliseconds sampleInterval{4};
 
-/// In seconds: how often the poll of Teams and the reading of the battery are due.
-constexpr int pollInterval = 1;
-constexpr int batteryInterval = 60;
-constexpr int switchesPerFiring = 2;
-constexpr double memoryLimit = 0.35;
+/// How often Teams is polled and the battery is read, in seconds.
+constexpr int pollSeconds = 1;
+constexpr int batterySeconds = 60;
+constexpr int maxSwitchesPerTimer = 2;
+/// Private memory relative to pasystray's.
+constexpr double maxMemoryRatio = 0.35;
 
 struct Measured {
   std::string name;
@@ -49,14 +50,14 @@ void sampleFor(std::vector<Measured>& all, std::chrono::seconds span) {
   const auto end = std::chrono::steady_clock::now() + span;
   while (std::chrono::steady_clock::now() < end) {
     for (Measured& one : all) one.cost.sample();
-    letPass(samplePause);
+    letPass(sampleInterval);
   }
   for (const Measured& one : all) {
-    if (one.server && !one.server->isRunning()) throw DeskError(one.name + " has ended");
+    if (one.server && !one.server->isRunning()) throw DeskError(one.name + " has exited");
   }
 }
 
-int judge(const std::vector<Measured>& all, const BusTraffic& traffic, int seconds) {
+int report(const std::vector<Measured>& all, const BusTraffic& traffic, int seconds) {
   std::printf("%d idle seconds            private memory   voluntary switches\n", seconds);
   for (const Measured& one : all) {
     std::printf("%-24s %11ld KiB %20ld\n", one.name.c_str(), one.cost.privateMemory(),
@@ -65,17 +66,17 @@ int judge(const std::vector<Measured>& all, const BusTraffic& traffic, int secon
   const ProcessCost& hushbox = all.front().cost;
   const double ratio = static_cast<double>(hushbox.privateMemory()) /
                        static_cast<double>(all[1].cost.privateMemory());
-  const int firings = seconds / pollInterval + (seconds + batteryInterval - 1) / batteryInterval;
-  const double perFiring = static_cast<double>(hushbox.switches()) / firings;
-  std::printf("memory, of %s's      %6.3f   (limit %.2f)\n", all[1].name.c_str(), ratio,
-              memoryLimit);
-  std::printf("switches a timer firing     %6.3f   (limit %d; %d firings)\n", perFiring,
-              switchesPerFiring, firings);
+  const int timers = seconds / pollSeconds + (seconds + batterySeconds - 1) / batterySeconds;
+  const double perTimer = static_cast<double>(hushbox.switches()) / timers;
+  std::printf("memory / %s's        %6.3f   (limit %.2f)\n", all[1].name.c_str(), ratio,
+              maxMemoryRatio);
+  std::printf("switches per timer firing   %6.3f   (limit %d; %d firings)\n", perTimer,
+              maxSwitchesPerTimer, timers);
   std::printf("messages on the session bus %6lu   (limit 0; %zu connections)\n", traffic.messages(),
               traffic.connections());
-  const bool good = ratio <= memoryLimit && perFiring <= switchesPerFiring &&
-                    traffic.messages() == 0 && traffic.connections() > 0;
-  return good ? 0 : 1;
+  const bool withinLimits = ratio <= maxMemoryRatio && perTimer <= maxSwitchesPerTimer &&
+                            traffic.messages() == 0 && traffic.connections() > 0;
+  return withinLimits ? 0 : 1;
 }
 
 int measure(const std::string& program, int seconds) {
@@ -92,10 +93,10 @@ int measure(const std::string& program, int seconds) {
   all.push_back(start(desk.session(), "pasystray"));
   all.push_back(start(desk.session(), "volumeicon"));
   panel.waitForItem();
-  letPass(settling);
+  letPass(settlingTime);
   const BusTraffic traffic(desk.session().busAddress(), hushbox.pid());
   sampleFor(all, std::chrono::seconds(seconds));
-  return judge(all, traffic, seconds);
+  return report(all, traffic, seconds);
 }
 
 }  // namespace

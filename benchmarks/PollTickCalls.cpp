@@ -1,5 +1,6 @@
-// How many D-Bus calls one poll of Teams' mute state makes on a real browser, the button cached,
-// and how many the first look and a press make.
+// Counts the D-Bus calls that a poll of Teams' mute state makes on a real browser while the button
+// is cached, and those of the first search and of a press. Exits with 1 if a poll exceeds its
+// limit.
 
 #include <cstdio>
 #include <exception>
@@ -24,6 +25,9 @@ namespace {
 
 using rehearsal::Milliseconds;
 
+/// Per poll.
+constexpr unsigned long long callLimit = 12;
+
 int measure() {
   rehearsal::Desk desk;
   rehearsal::MeetingPage meeting(desk.browser());
@@ -45,21 +49,22 @@ int measure() {
     return static_cast<unsigned long long>(tree.callCount() - before);
   };
   std::optional<bool> state;
-  std::printf("first look at Teams:        %3llu calls\n",
+  std::printf("first search for Teams:     %3llu calls\n",
               count([&] { state = TeamsUI::currentMuteState(); }));
   if (state != std::optional(false)) {
     std::fprintf(stderr, "Teams was not found.\n");
     return 1;
   }
-  unsigned long long most = 0;
+  unsigned long long maxCalls = 0;
   for (int tick = 0; tick < 20; ++tick) {
     rehearsal::letPass(Milliseconds{200});
-    most = std::max(most, count([] { TeamsUI::currentMuteState(); }));
+    maxCalls = std::max(maxCalls, count([] { TeamsUI::currentMuteState(); }));
   }
-  std::printf("poll with cached button:    %3llu calls at most (limit 12)\n", most);
+  std::printf("poll with cached button:    %3llu calls at most (limit %llu)\n", maxCalls,
+              callLimit);
   std::printf("press with cached button:   %3llu calls\n",
               count([] { TeamsUI::setMuted(std::nullopt); }));
-  return most <= 12 ? 0 : 1;
+  return maxCalls <= callLimit ? 0 : 1;
 }
 
 }  // namespace

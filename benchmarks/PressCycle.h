@@ -7,7 +7,7 @@
 
 namespace hushbox {
 
-/// A call on the simulated desk, for pressing the speakerphone's button again and again.
+/// A call on the simulated desk in which the speakerphone's button can be pressed repeatedly.
 class PressCycle {
  public:
   PressCycle() {
@@ -19,7 +19,7 @@ class PressCycle {
     desk_.advance(TimeInterval{1.5});
   }
 
-  /// Mute and unmute, each with everything that follows: two presses of Teams' button.
+  /// Mutes and unmutes, each with all its effects: two presses of Teams' button.
   void run() {
     desk_.audio.setInputVolume(device_, 0.0F);
     desk_.advance(TimeInterval{0.5});
@@ -27,7 +27,7 @@ class PressCycle {
     desk_.advance(TimeInterval{0.5});
   }
 
-  /// One second of a call in which nothing happens: one poll.
+  /// Advances one second of the call in which nothing happens but one poll.
   void idleSecond() { desk_.advance(TimeInterval{1.0}); }
 
   std::size_t presses() const { return desk_.teams.pressCount(); }

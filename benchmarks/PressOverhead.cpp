@@ -1,7 +1,7 @@
-// press_overhead PROGRAM [PRESSES]: how long after the speakerphone's volume was written a press
-// arrives in the meeting page, by way of Hushbox (less its bounce window of 0.3 s) and by way of
-// the shell loop that people write instead (pactl subscribe, pactl get-source-volume, xdotool key),
-// in one run on one desk, in turns.
+// press_overhead PROGRAM [PRESSES]: measures the time from a change of the speakerphone's volume to
+// the press in the meeting page, through Hushbox (without its bounce window of 0.3 s) and through
+// the shell loop that people write instead (pactl subscribe, pactl get-source-volume, xdotool key).
+// Both take turns in one run on one desk.
 
 #include <algorithm>
 #include <cstdio>
@@ -21,7 +21,7 @@ namespace {
 using Clock = std::chrono::system_clock;
 using Times = std::vector<double>;
 
-constexpr double bounceWindow = 300.0;
+constexpr double bounceWindowMilliseconds = 300.0;
 
 constexpr const char* shellLoop = R"(#!/bin/sh
 export LC_ALL=C
@@ -35,26 +35,26 @@ pactl subscribe | while read -r line; do
 done
 )";
 
-/// Milliseconds from the write to the press's arrival in the page.
+/// Milliseconds from the change of the volume to the press in the page.
 double press(Desk& desk, MeetingPage& meeting, double volume) {
   const std::size_t before = meeting.presses().size();
   const auto start = Clock::now();
   desk.audio().setVolume(volume);
   meeting.waitForPresses(before + 1);
   const std::chrono::duration<double, std::milli> taken = meeting.presses().back() - start;
-  // The shell loop takes a while to look again.
+  // The shell loop needs some time until it reads the next event.
   letPass(Milliseconds{150});
   return taken.count();
 }
 
-double percentile(Times times, double part) {
+double percentile(Times times, double fraction) {
   std::sort(times.begin(), times.end());
-  return times[static_cast<std::size_t>(part * static_cast<double>(times.size() - 1) + 0.5)];
+  return times[static_cast<std::size_t>(fraction * static_cast<double>(times.size() - 1) + 0.5)];
 }
 
 int measure(const std::string& program, int presses) {
   Desk desk({.display = true, .headlessBrowser = false, .speakerphone = true});
-  // As desktops have one; see CompositingManager.
+  // Desktops have a compositing manager; CompositingManager says why that matters.
   const auto compositingManager = desk.session().start("xcompmgr.log", {"xcompmgr"});
   MeetingPage meeting(desk.browser(), MeetingPage::Options{.window = WindowKind::App});
   const auto call = desk.audio().record();
@@ -68,7 +68,7 @@ int measure(const std::string& program, int presses) {
       hushbox.waitForLog("Attached to");
       letPass(Milliseconds{2500});
       for (int i = 0; i < 5; ++i) {
-        ours.push_back(press(desk, meeting, 0.0) - bounceWindow);
+        ours.push_back(press(desk, meeting, 0.0) - bounceWindowMilliseconds);
         ours.push_back(press(desk, meeting, 1.0));
       }
       hushbox.quit();
@@ -81,8 +81,8 @@ int measure(const std::string& program, int presses) {
     }
   }
   const double ratio = percentile(ours, 0.5) / percentile(theirs, 0.5);
-  std::printf("%zu presses each way, milliseconds   median    99th\n", ours.size());
-  std::printf("Hushbox, less the 0.3 s window     %8.2f %8.2f\n", percentile(ours, 0.5),
+  std::printf("%zu presses each, milliseconds       median    99th\n", ours.size());
+  std::printf("Hushbox, without the 0.3 s window  %8.2f %8.2f\n", percentile(ours, 0.5),
               percentile(ours, 0.99));
   std::printf("shell loop                         %8.2f %8.2f\n", percentile(theirs, 0.5),
               percentile(theirs, 0.99));

@@ -8,7 +8,7 @@
 namespace hushbox {
 namespace {
 
-/// The sum of all numbers behind labels that begin so: "Private_Dirty:   12 kB".
+/// Sums the numbers in all lines whose label starts with `label`, such as "Private_Dirty:   12 kB".
 long sumOf(const std::filesystem::path& file, std::string_view label) {
   std::ifstream lines(file);
   long sum = 0;
@@ -32,7 +32,7 @@ void ProcessCost::sample() {
   for (const auto& entry : std::filesystem::directory_iterator(folder_ + "/task", gone)) {
     const long count = sumOf(entry.path() / "status", "voluntary_ctxt_switches");
     const auto [thread, isNew] = threads_.try_emplace(entry.path().filename());
-    // A thread that came later has made all of its switches since the first call.
+    // A thread that started after the first sample made all its switches since then.
     if (isNew && !sampled_) thread->second.first = count;
     thread->second.last = std::max(thread->second.last, count);
   }

@@ -7,17 +7,18 @@
 
 namespace hushbox {
 
-/// What a running process costs, from /proc.
+/// The memory and the context switches of a running process, from /proc.
 class ProcessCost {
  public:
   explicit ProcessCost(pid_t process) : folder_("/proc/" + std::to_string(process)) {}
 
-  /// The memory that it has for itself alone, in KiB.
+  /// The memory that the process does not share with others, in KiB.
   long privateMemory() const;
 
-  /// Counts voluntary context switches from the first call on. The kernel forgets a thread's when
-  /// the thread ends, so the more often this is called, the less is missed of short-lived ones.
+  /// Reads every thread's count of voluntary context switches. The kernel drops a thread's count
+  /// when the thread exits, so call this often to miss little of short-lived threads.
   void sample();
+  /// Voluntary context switches of all threads between the first and the last sample().
   long switches() const;
 
  private:
