@@ -6,15 +6,7 @@
 #include <exception>
 #include <optional>
 
-#include "platform/Platform.h"
-#include "platform/linux/accessibility/AtspiAccessibilityTree.h"
-#include "platform/linux/audio/PulseAudioHardware.h"
-#include "platform/linux/locale/SessionLocale.h"
-#include "platform/linux/mainloop/GLibMainLoop.h"
-#include "platform/linux/menubar/StatusNotifierMenuBar.h"
-#include "platform/linux/processes/SpawnedChildProcessFactory.h"
-#include "platform/linux/session/AutostartLoginItem.h"
-#include "platform/linux/session/DesktopNotifications.h"
+#include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/session/JournalLog.h"
 #include "rehearsal/Desk.h"
 #include "rehearsal/Waiting.h"
@@ -31,18 +23,10 @@ constexpr unsigned long long callLimit = 12;
 int measure() {
   rehearsal::Desk desk;
   rehearsal::MeetingPage meeting(desk.browser());
-  GLibMainLoop mainLoop;
+  SessionBusConnection bus;
   JournalLog log;
-  PulseAudioHardware audio;
-  AtspiAccessibilityTree tree;
-  SpawnedChildProcessFactory childProcesses{ChildProcessRules{}};
-  DesktopNotifications notifications(mainLoop);
-  AutostartLoginItem loginItem(AutostartLoginItem::sessionFolder(),
-                               AutostartLoginItem::runningProgram());
-  StatusNotifierMenuBar menuBar(log);
-  SessionLocale locale;
-  const PlatformScope scope({mainLoop, audio, tree, tree.workspace(), childProcesses, notifications,
-                             loginItem, menuBar, log, locale});
+  LinuxPlatform linuxPlatform(bus, log);
+  const AtspiAccessibilityTree& tree = linuxPlatform.accessibility;
   const auto count = [&tree](auto operation) {
     const auto before = tree.callCount();
     operation();

@@ -1,4 +1,4 @@
-// Hushbox on the Linux desktop: puts the platform together and runs the application on it.
+// Hushbox on the Linux desktop: sets up the platform and runs the application on it.
 
 #include <malloc.h>
 
@@ -7,15 +7,7 @@
 #include <filesystem>
 
 #include "app/HushboxApp.h"
-#include "platform/Platform.h"
-#include "platform/linux/accessibility/AtspiAccessibilityTree.h"
-#include "platform/linux/audio/PulseAudioHardware.h"
-#include "platform/linux/locale/SessionLocale.h"
-#include "platform/linux/mainloop/GLibMainLoop.h"
-#include "platform/linux/menubar/StatusNotifierMenuBar.h"
-#include "platform/linux/processes/SpawnedChildProcessFactory.h"
-#include "platform/linux/session/AutostartLoginItem.h"
-#include "platform/linux/session/DesktopNotifications.h"
+#include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/session/JournalLog.h"
 #include "platform/linux/session/SingleInstance.h"
 
@@ -34,37 +26,24 @@ std::string powerReport() {
 }
 
 int run() {
-  const SingleInstance instance;
+  SessionBusConnection bus;
+  const SingleInstance instance(bus);
   if (!instance.isFirst()) {
     std::fprintf(stderr, "Hushbox is running in this session already.\n");
     return 0;
   }
-  GLibMainLoop mainLoop;
   JournalLog log;
-  PulseAudioHardware audio;
-  AtspiAccessibilityTree accessibility;
-  SpawnedChildProcessFactory childProcesses({.standIns = {{"/usr/bin/pmset", powerReport()}}});
-  DesktopNotifications notifications(mainLoop);
-  AutostartLoginItem loginItem(AutostartLoginItem::sessionFolder(),
-                               AutostartLoginItem::runningProgram());
-  StatusNotifierMenuBar menuBar(log);
-  SessionLocale locale;
-  const PlatformScope scope({mainLoop, audio, accessibility, accessibility.workspace(),
-                             childProcesses, notifications, loginItem, menuBar, log, locale});
-  // What only the start needed goes back to the system once it is over.
-  mainLoop.mainAsyncAfter(std::chrono::seconds(10), WorkItem([] { malloc_trim(0); }));
-  const int status = HushboxApp::main();
-  // A battery reading may be under way on another thread, which still needs the platform.
-  childProcesses.endAll();
-  mainLoop.finishUtilityWork();
-  return status;
+  LinuxPlatform platform(bus, log, {.standIns = {{"/usr/bin/pmset", powerReport()}}});
+  // Return the memory that only the start needed to the system.
+  platform.mainLoop.mainAsyncAfter(std::chrono::seconds(10), WorkItem([] { malloc_trim(0); }));
+  return HushboxApp::main();
 }
 
 }  // namespace
 }  // namespace hushbox
 
 int main() {
-  // A pool of memory for each of the few threads would be held for ever and used seldom.
+  // One memory arena for all threads: an arena per thread is never returned, and rarely used.
   mallopt(M_ARENA_MAX, 1);
   return hushbox::run();
 }

@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "platform/linux/bus/AsyncCallback.h"
+#include "platform/linux/bus/IterateContext.h"
+#include "platform/linux/bus/ThreadDefaultContext.h"
 
 namespace hushbox {
 
@@ -14,45 +16,7 @@ using std::chrono::milliseconds;
 constexpr auto busFlags = static_cast<GDBusConnectionFlags>(
     G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
 
-gint64 moment(milliseconds fromNow) {
-  return g_get_monotonic_time() + std::chrono::microseconds(fromNow).count();
-}
-
-BusReply::Outcome outcomeOf(const GError& error) {
-  using Outcome = BusReply::Outcome;
-  if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) return Outcome::silent;
-  if (error.domain == G_DBUS_ERROR) {
-    switch (error.code) {
-      case G_DBUS_ERROR_SERVICE_UNKNOWN:
-      case G_DBUS_ERROR_NAME_HAS_NO_OWNER:
-      case G_DBUS_ERROR_NO_REPLY:
-      case G_DBUS_ERROR_DISCONNECTED:
-        return Outcome::gone;
-      default:
-        return Outcome::refused;
-    }
-  }
-  // An answer of the wrong type is reported as an invalid argument; what else GIO reports by
-  // itself is about the connection.
-  if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_INVALID_ARGUMENT)) return Outcome::refused;
-  return Outcome::gone;
-}
-
 }  // namespace
-
-/// Makes the connection's own context the thread's default for a scope, so that GIO answers there.
-class BoundedBusConnection::InContext {
- public:
-  explicit InContext(GMainContext* context) : context_(context) {
-    g_main_context_push_thread_default(context_);
-  }
-  ~InContext() { g_main_context_pop_thread_default(context_); }
-  InContext(const InContext&) = delete;
-  InContext& operator=(const InContext&) = delete;
-
- private:
-  GMainContext* const context_;
-};
 
 /// The calls of one ask(); gone when nobody waits for them any more.
 struct BoundedBusConnection::Batch {
@@ -89,15 +53,16 @@ bool BoundedBusConnection::open(const std::string& address, milliseconds wait) {
   };
   const auto opening = std::make_shared<Opening>();
   cancellable_.reset(g_cancellable_new());
-  const InContext inContext(context_);
+  const ThreadDefaultContext scope(context_);
   g_dbus_connection_new_for_address(
       address.c_str(), busFlags, nullptr, cancellable_.get(), AsyncCallback::invoke,
       AsyncCallback::data([opening](GObject*, GAsyncResult* result) {
         opening->connection.reset(g_dbus_connection_new_for_address_finish(result, nullptr));
         opening->ended = true;
       }));
-  const gint64 until = moment(wait);
-  iterate([&] { return opening->ended; }, [&] { return until; });
+  const gint64 until = momentAfter(wait);
+  iterateContext(
+      context_, [&] { return opening->ended; }, [&] { return until; });
   if (!opening->ended) g_cancellable_cancel(cancellable_.get());
   connection_ = std::move(opening->connection);
   if (!connection_) return false;
@@ -128,8 +93,9 @@ void BoundedBusConnection::close() {
     g_dbus_connection_signal_unsubscribe(connection_.get(), subscription);
   direct_.clear();
   // Cancelled calls end at once, yet only by way of the context.
-  const gint64 until = moment(milliseconds{1000});
-  iterate([this] { return unanswered_->total == 0; }, [&] { return until; });
+  const gint64 until = momentAfter(milliseconds{1000});
+  iterateContext(
+      context_, [this] { return unanswered_->total == 0; }, [&] { return until; });
   dispatch();
   unanswered_->overdue.clear();
   if (connection_) g_dbus_connection_close(connection_.get(), nullptr, nullptr, nullptr);
@@ -142,11 +108,12 @@ std::vector<BusReply> BoundedBusConnection::ask(std::vector<BusCall> calls) {
   batch->replies.resize(calls.size());
   batch->waits.resize(calls.size());
   const gint64 began = g_get_monotonic_time();
-  const InContext inContext(context_);
+  const ThreadDefaultContext scope(context_);
   for (const auto& [busName, direct] : direct_) direct->giveUp(answerLimit);
   for (std::size_t i = 0; i < calls.size(); ++i) start(calls[i], batch, i);
-  for (const auto& [busName, direct] : direct_) direct->flush(calls.front().wait);
-  iterate([&] { return batch->isComplete(); }, [&] { return batch->lastWait(); });
+  for (const auto& [busName, direct] : direct_) direct->flush(calls.front().timeout);
+  iterateContext(
+      context_, [&] { return batch->isComplete(); }, [&] { return batch->lastWait(); });
   for (std::size_t i = 0; i < calls.size(); ++i)
     if (batch->waits[i] != 0) ++unanswered_->overdue[calls[i].object.busName];
   if (!batch->isComplete()) lostTime_ += std::chrono::microseconds(g_get_monotonic_time() - began);
@@ -161,16 +128,14 @@ void BoundedBusConnection::start(const BusCall& call, const std::shared_ptr<Batc
     return;
   }
   if (isSilent(call.object.busName)) return;
-  batch->waits[index] = moment(call.wait);
+  batch->waits[index] = momentAfter(call.timeout);
   ++callCount_;
   ++unanswered_->total;
   auto answered = [waiting = std::weak_ptr(batch), index, unanswered = unanswered_,
                    peer = call.object.busName](VariantPointer value, const GError* error) {
     --unanswered->total;
     if (const auto batch = waiting.lock()) {
-      BusReply& reply = batch->replies[index];
-      reply.outcome = value ? BusReply::Outcome::answered : outcomeOf(*error);
-      reply.value = std::move(value);
+      batch->replies[index] = BusReply::of(std::move(value), error);
       batch->waits[index] = 0;
     } else if (const auto overdue = unanswered->overdue.find(peer);
                overdue != unanswered->overdue.end() && --overdue->second == 0) {
@@ -205,7 +170,7 @@ PeerConnection* BoundedBusConnection::directTo(const std::string& busName) {
 
 void BoundedBusConnection::send(const BusCall& call) {
   if (!isOpen()) return;
-  const InContext inContext(context_);
+  const ThreadDefaultContext scope(context_);
   ++callCount_;
   g_dbus_connection_call(connection_.get(), call.object.busName.c_str(), call.object.path.c_str(),
                          call.interface, call.method, call.arguments.get(), nullptr,
@@ -220,7 +185,7 @@ void BoundedBusConnection::subscribe(const char* sender, const char* interface, 
                                      const char* argument0,
                                      std::function<void(GVariant*)> handler) {
   using Handler = std::function<void(GVariant*)>;
-  const InContext inContext(context_);
+  const ThreadDefaultContext scope(context_);
   subscriptions_.push_back(g_dbus_connection_signal_subscribe(
       connection_.get(), sender, interface, member, nullptr, argument0, G_DBUS_SIGNAL_FLAGS_NONE,
       [](GDBusConnection*, const char*, const char*, const char*, const char*, GVariant* arguments,
@@ -230,24 +195,8 @@ void BoundedBusConnection::subscribe(const char* sender, const char* interface, 
 
 void BoundedBusConnection::dispatch() {
   constexpr int sourcesAtOnce = 1000;
-  const InContext inContext(context_);
+  const ThreadDefaultContext scope(context_);
   for (int i = 0; i < sourcesAtOnce && g_main_context_iteration(context_, FALSE); ++i) continue;
-}
-
-void BoundedBusConnection::iterate(const std::function<bool()>& ended,
-                                   const std::function<gint64()>& until) {
-  GSource* const alarm = g_timeout_source_new(0);
-  g_source_set_callback(
-      alarm, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr, nullptr);
-  g_source_attach(alarm, context_);
-  while (!ended()) {
-    const gint64 end = until();
-    if (g_get_monotonic_time() >= end) break;
-    g_source_set_ready_time(alarm, end);
-    g_main_context_iteration(context_, TRUE);
-  }
-  g_source_destroy(alarm);
-  g_source_unref(alarm);
 }
 
 }  // namespace hushbox

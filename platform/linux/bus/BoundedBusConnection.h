@@ -75,16 +75,12 @@ class BoundedBusConnection {
   std::uint64_t callCount() const { return callCount_; }
 
  private:
-  class InContext;
   struct Batch;
   struct Unanswered;
 
   /// The connection straight to a peer; null when there is none any more.
   PeerConnection* directTo(const std::string& busName);
   void start(const BusCall& call, const std::shared_ptr<Batch>& batch, std::size_t index);
-  /// Iterates the context until `ended` holds or the moment that `until` names has come.
-  void iterate(const std::function<bool()>& ended, const std::function<gint64()>& until);
-
   GMainContext* const context_;
   ConnectionPointer connection_;
   /// Straight to peers, by their names on the bus.

@@ -7,20 +7,23 @@
 
 namespace hushbox {
 
-/// One method call on a bus, with how long its answer is waited for.
+/// One method call on a bus.
 struct BusCall {
   BusObject object;
   /// Literals, like the next two.
   const char* interface;
   const char* method;
-  /// The type of a proper answer, such as "(u)"; any other answer counts as a refusal.
+  /// The type of a valid reply, such as "(u)"; a reply of any other type counts as refused.
   const char* replyType;
-  std::chrono::milliseconds wait;
+  /// How long to wait for the reply.
+  std::chrono::milliseconds timeout;
   /// Null for none.
   VariantPointer arguments;
+  /// Whether the bus may start the program that owns the name.
+  bool startsOwner = false;
 };
 
-/// A floating tuple of arguments, as g_variant_new() makes it, taken into possession.
+/// Takes ownership of a floating tuple of arguments, as g_variant_new() makes it.
 inline VariantPointer takeArguments(GVariant* floating) {
   return VariantPointer(g_variant_ref_sink(floating));
 }

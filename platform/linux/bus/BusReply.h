@@ -1,21 +1,28 @@
 #pragma once
 
+#include <string>
+
 #include "platform/linux/bus/GLibPointers.h"
 
 namespace hushbox {
 
-/// What became of one call.
+/// The outcome of one call.
 struct BusReply {
   enum class Outcome {
     answered,
-    refused,  ///< An error, or an answer of the wrong type.
-    gone,     ///< Nobody has that name any more, or the connection is broken.
-    silent,   ///< No answer in time, or not asked because an earlier question is unanswered.
+    refused,  ///< An error, or a reply of the wrong type.
+    gone,     ///< The name has no owner, or the connection is closed.
+    silent,   ///< No reply in time, or not called because an earlier call got no reply.
   };
 
+  /// The reply to a finished GDBus call: `value` if it is set, else `error`.
+  static BusReply of(VariantPointer value, const GError* error);
+
   Outcome outcome = Outcome::silent;
-  /// The tuple of results; set when answered, and only then.
-  VariantPointer value;
+  /// The tuple of results; set only when answered.
+  VariantPointer value{};
+  /// Why there is no value, for a person to read, without the bus's own prefix.
+  std::string error{};
 
   explicit operator bool() const { return outcome == Outcome::answered; }
 };

@@ -2,53 +2,90 @@
 
 #include <gio/gio.h>
 
+#include <chrono>
 #include <functional>
+#include <memory>
 #include <string>
+#include <vector>
 
+#include "platform/linux/bus/BusCall.h"
+#include "platform/linux/bus/BusReply.h"
 #include "platform/linux/bus/GLibPointers.h"
 #include "support/Lifetime.h"
+#include "support/Subscription.h"
 
 namespace hushbox {
 
-/// A connection of its own to the session bus, made in the background: nothing waits for the bus,
-/// and the bus's end does not end the program. Main thread only.
+/// The program's connection to the session bus, shared by all who export objects there or call
+/// other programs without waiting for them. Main thread and default main context only.
 ///
-/// The bus is the one in DBUS_SESSION_BUS_ADDRESS, else the one that lies in XDG_RUNTIME_DIR; none
-/// is ever started.
+/// It is the connection that GLib shares in the process, so that settings storage uses it too. The
+/// end of the bus closes it without ending the program. GLib keeps returning that closed connection
+/// as long as anything in the process holds it; the next one is then private.
+///
+/// The bus is the one that sessionBusAddress() names; none is ever started.
 class SessionBusConnection {
  public:
-  /// A bus that was not there is not asked for again sooner than this after the last attempt.
-  static constexpr gint64 restMicroseconds = gint64{5} * G_USEC_PER_SEC;
+  using Connected = std::function<void(GDBusConnection* connection)>;
+  using Lost = std::function<void(const std::string& reason)>;
+  using Replied = std::function<void(BusReply reply)>;
 
-  /// `connected` is called with the connection once it is up; `lost` with the reason when there is
-  /// none to be had or when it has ended. Both from the main context, never inside `connect()`.
-  SessionBusConnection(std::function<void(GDBusConnection*)> connected,
-                       std::function<void(const std::string& reason)> lost);
-  /// Closes it, having written what was to be sent; calls back no more.
+  /// The shortest time between two attempts to connect.
+  static constexpr std::chrono::seconds retryInterval{5};
+  /// How long the destructor waits at most for the bus to read what has been sent.
+  static constexpr std::chrono::milliseconds closeTimeout{1000};
+
+  SessionBusConnection();
+  /// Sends what is waiting to be sent and closes the connection; calls nothing back.
   ~SessionBusConnection();
   SessionBusConnection(const SessionBusConnection&) = delete;
   SessionBusConnection& operator=(const SessionBusConnection&) = delete;
 
-  /// Begins to connect. Does nothing when there is a connection, when one is being made, or when
-  /// the last attempt was a moment ago: call it as often as one is wanted. False when neither is
-  /// there a connection nor is one being made, so that nothing will be called back.
+  /// Calls `connected` with each connection, also with one that is open already, before this
+  /// returns; and `lost` with the reason when it is closed or when connecting failed.
+  [[nodiscard]] Subscription observe(Connected connected, Lost lost);
+
+  /// Starts to connect in the background. Does nothing when connected or connecting, or when the
+  /// last attempt failed less than `retryInterval` ago: call it whenever a connection is needed.
+  /// Returns false when there is no connection and none is being made.
   bool connect();
 
   bool isConnected() const { return connection_ != nullptr; }
 
+  /// Makes a call, connecting first if need be, and passes on its reply. Without a bus the outcome
+  /// is `gone`, possibly before this returns.
+  void call(BusCall call, Replied replied);
+
+  /// Makes a call and waits for its reply, at most for the call's timeout, connecting included.
+  /// Iterates the default main context meanwhile, so it is for the time before the main loop runs.
+  BusReply callAndWait(BusCall call);
+
  private:
+  struct Observer {
+    Connected connected;
+    Lost lost;
+  };
+  struct WaitingCall {
+    BusCall call;
+    Replied replied;
+  };
+
   static void closedSignal(GDBusConnection* connection, gboolean peer, GError* error,
                            gpointer self);
 
-  void finish(GAsyncResult* result);
-  void end(const std::string& reason);
+  void connectPrivately(const std::string& address);
+  void finishConnecting(ConnectionPointer connection, const ErrorPointer& error);
+  void disconnect(const std::string& reason);
+  void start(const BusCall& call, Replied replied) const;
+  std::vector<std::shared_ptr<const Observer>> observers();
 
-  const std::function<void(GDBusConnection*)> connected_;
-  const std::function<void(const std::string&)> lost_;
   const CancellablePointer cancellable_;
   ConnectionPointer connection_;
   bool connecting_ = false;
-  gint64 restUntil_ = 0;
+  gint64 retryMoment_ = 0;
+  std::string lastReason_;
+  std::vector<std::weak_ptr<const Observer>> observers_;
+  std::vector<WaitingCall> waitingCalls_;
   Lifetime lifetime_;
 };
 

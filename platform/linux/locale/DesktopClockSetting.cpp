@@ -3,9 +3,6 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/linux/bus/AsyncCallback.h"
-#include "platform/linux/bus/SessionBusAddress.h"
-
 namespace hushbox {
 namespace {
 
@@ -19,29 +16,22 @@ bool isGnome() {
 
 }  // namespace
 
-DesktopClockSetting::DesktopClockSetting() {
-  if (sessionBusAddress().empty()) return;
-  // The settings' storage listens for changes on the connection that all of GLib shares, which ends
-  // the program together with the bus unless it is told not to, and before.
-  g_bus_get(G_BUS_TYPE_SESSION, cancellable_.get(), AsyncCallback::invoke,
-            AsyncCallback::data([connected = lifetime_.weakly([this](GAsyncResult* result) {
-              bus_.reset(g_bus_get_finish(result, nullptr));
-              if (!bus_) return;
-              g_dbus_connection_set_exit_on_close(bus_.get(), FALSE);
-              open(nullptr);
-            })](GObject*, GAsyncResult* result) { connected(result); }));
-}
+DesktopClockSetting::DesktopClockSetting(SessionBusConnection& bus)
+    // The storage of the settings listens for changes on the connection that GLib shares. It must
+    // not be the first to use it: until `bus` has changed that, the end of the bus would end the
+    // program.
+    : busSubscription_(bus.observe(
+          [this](GDBusConnection*) {
+            if (!settings_) open(nullptr);
+          },
+          [](const std::string&) {})) {}
 
 DesktopClockSetting::DesktopClockSetting(GSettingsBackend* backend) {
   open(backend);
 }
 
-DesktopClockSetting::~DesktopClockSetting() {
-  g_cancellable_cancel(cancellable_.get());
-}
-
 void DesktopClockSetting::open(GSettingsBackend* backend) {
-  // To ask for a schema or a key that is not installed ends the program.
+  // GIO ends the program when a schema or key is not installed, so look them up first.
   GSettingsSchemaSource* const source = g_settings_schema_source_get_default();
   if (!source) return;
   GSettingsSchema* const schema = g_settings_schema_source_lookup(source, schemaName, TRUE);

@@ -2,42 +2,35 @@
 
 #include <gio/gio.h>
 
-#include <memory>
 #include <optional>
 
 #include "platform/linux/bus/GLibPointers.h"
+#include "platform/linux/bus/SessionBusConnection.h"
 #include "platform/linux/locale/ClockStyle.h"
-#include "support/Lifetime.h"
+#include "support/Subscription.h"
 
 namespace hushbox {
 
-/// The desktop's own setting of its clock ("clock-format" in org.gnome.desktop.interface), which
-/// wins over the locale for those who set it. Main thread only.
+/// The clock format of the desktop's own settings ("clock-format" in org.gnome.desktop.interface),
+/// which takes precedence over the locale where the user has set it. Main thread only.
 class DesktopClockSetting {
  public:
-  /// Takes the settings of the session, a moment later from the main context; none without a
-  /// session bus.
-  DesktopClockSetting();
-  /// Takes those of `backend`, now.
+  /// Opens the session's settings as soon as `bus` is connected; until then there are none.
+  explicit DesktopClockSetting(SessionBusConnection& bus);
+  /// Opens those of `backend`, at once.
   explicit DesktopClockSetting(GSettingsBackend* backend);
-  ~DesktopClockSetting();
   DesktopClockSetting(const DesktopClockSetting&) = delete;
   DesktopClockSetting& operator=(const DesktopClockSetting&) = delete;
 
-  /// Empty where there is no such setting, or where nobody chose it: on desktops that do not have
-  /// it in their own settings, the schema's default says nothing about the user.
+  /// Returns nullopt where there is no such setting, or where the user has not set it: on desktops
+  /// that do not offer it in their own settings, the schema's default says nothing about the user.
   std::optional<ClockStyle> style() const;
 
  private:
   void open(GSettingsBackend* backend);
 
-  struct Release {
-    void operator()(GSettings* settings) const { g_object_unref(settings); }
-  };
-  const CancellablePointer cancellable_{g_cancellable_new()};
-  ConnectionPointer bus_;
-  std::unique_ptr<GSettings, Release> settings_;
-  Lifetime lifetime_;
+  ObjectPointer<GSettings> settings_;
+  Subscription busSubscription_;
 };
 
 }  // namespace hushbox

@@ -13,7 +13,7 @@
 namespace hushbox {
 namespace {
 
-/// The name of the locale for times, by the order of precedence that POSIX gives the variables.
+/// The name of the locale for times, with the precedence that POSIX gives the variables.
 const char* localeName() {
   for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"})
     if (const char* name = std::getenv(variable); name && *name) return name;
@@ -21,7 +21,7 @@ const char* localeName() {
 }
 
 locale_t openLocale() {
-  // Not by category: the words are in the encoding of the locale that they come from.
+  // Both from the same locale: the words are in its encoding.
   constexpr int categories = LC_TIME_MASK | LC_CTYPE_MASK;
   const locale_t locale = newlocale(categories, localeName(), nullptr);
   return locale ? locale : newlocale(categories, "C", nullptr);
@@ -37,9 +37,10 @@ std::string toUtf8(std::string_view text, const char* codeset) {
 
 }  // namespace
 
-SessionLocale::SessionLocale()
-    : SessionLocale(
-          [setting = std::make_shared<const DesktopClockSetting>()] { return setting->style(); }) {}
+SessionLocale::SessionLocale(SessionBusConnection& bus)
+    : SessionLocale([setting = std::make_shared<const DesktopClockSetting>(bus)] {
+        return setting->style();
+      }) {}
 
 SessionLocale::SessionLocale(DesktopClock desktopClock)
     : desktopClock_(std::move(desktopClock)), locale_(openLocale()) {}
@@ -57,7 +58,7 @@ std::string SessionLocale::shortTime(std::time_t moment) const {
                                     nl_langinfo_l(T_FMT_AMPM, locale_),
                                     *nl_langinfo_l(AM_STR, locale_) != '\0'};
   const std::string format = shortTimeFormat(conventions, desktopClock_());
-  // For those who travel: localtime_r() alone need not look at the time zone again.
+  // localtime_r() alone need not notice that the time zone has changed.
   tzset();
   std::tm local{};
   localtime_r(&moment, &local);

@@ -13,17 +13,17 @@
 
 namespace hushbox {
 
-/// The time conventions of the user's session: the order, the separators and the words of the
-/// locale that LC_ALL, LC_TIME or LANG name, and the desktop's choice of a 12-hour or a 24-hour
-/// clock where it has one. A locale that is not installed reads as "C".
+/// The time conventions of the user's session: the order, separators and words of the locale that
+/// LC_ALL, LC_TIME or LANG names, and a 12-hour or 24-hour clock as the desktop's settings say, if
+/// they do. A locale that is not installed counts as "C".
 ///
-/// The process's own locale is neither used nor changed. Main thread only.
+/// It neither uses nor changes the locale of the process. Main thread only.
 class SessionLocale final : public Locale {
  public:
   using DesktopClock = std::function<std::optional<ClockStyle>()>;
 
-  /// Reads the environment once, here; asks for the desktop's choice at each time.
-  SessionLocale();
+  /// Reads the environment once, here, and the desktop's setting at each call of shortTime().
+  explicit SessionLocale(SessionBusConnection& bus);
   explicit SessionLocale(DesktopClock desktopClock);
   ~SessionLocale() override;
   SessionLocale(const SessionLocale&) = delete;
@@ -31,7 +31,7 @@ class SessionLocale final : public Locale {
 
   std::string shortTime() override;
 
-  /// The same for any moment, in the local time zone.
+  /// The same for the given moment, in the local time zone.
   std::string shortTime(std::time_t moment) const;
 
  private:

@@ -3,8 +3,6 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/bus/AsyncCallback.h"
-
 namespace hushbox {
 namespace {
 
@@ -13,14 +11,15 @@ constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
 constexpr const char* settings = "org.freedesktop.portal.Settings";
 constexpr const char* appearance = "org.freedesktop.appearance";
 constexpr const char* colorScheme = "color-scheme";
-constexpr int timeoutMilliseconds = 5000;
+constexpr std::chrono::milliseconds timeout{5000};
 
 }  // namespace
 
-ColorSchemeSetting::ColorSchemeSetting(GDBusConnection* connection,
-                                       std::function<void(ColorScheme)> told)
-    : connection_(g_object_ref(connection)),
-      told_(std::move(told)),
+ColorSchemeSetting::ColorSchemeSetting(SessionBusConnection& bus, GDBusConnection* connection,
+                                       std::function<void(ColorScheme)> changed)
+    : bus_(bus),
+      connection_(g_object_ref(connection)),
+      changed_(std::move(changed)),
       subscription_(g_dbus_connection_signal_subscribe(
           connection, portal, settings, "SettingChanged", portalPath, appearance,
           G_DBUS_SIGNAL_FLAGS_NONE, settingChanged, this, nullptr)),
@@ -47,19 +46,18 @@ void ColorSchemeSetting::settingChanged(GDBusConnection*, const char*, const cha
 }
 
 void ColorSchemeSetting::read() {
-  // "Read", which every version of the portal has; the newer "ReadOne" only unwraps the answer.
-  g_dbus_connection_call(
-      connection_.get(), portal, portalPath, settings, "Read",
-      g_variant_new("(ss)", appearance, colorScheme), G_VARIANT_TYPE("(v)"),
-      G_DBUS_CALL_FLAGS_NO_AUTO_START, timeoutMilliseconds, nullptr, AsyncCallback::invoke,
-      AsyncCallback::data([note = lifetime_.weakly([this](GVariant* value) { this->note(value); })](
-                              GObject* source, GAsyncResult* result) {
-        const VariantPointer answer(
-            g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr));
-        if (!answer) return;
-        const VariantPointer value(g_variant_get_child_value(answer.get(), 0));
-        note(value.get());
-      }));
+  // "Read" exists in every version of the portal; the newer "ReadOne" only unwraps the value.
+  bus_.call({{portal, portalPath},
+             settings,
+             "Read",
+             "(v)",
+             timeout,
+             takeArguments(g_variant_new("(ss)", appearance, colorScheme))},
+            lifetime_.weakly([this](const BusReply& reply) {
+              if (!reply) return;
+              const VariantPointer value(g_variant_get_child_value(reply.value.get(), 0));
+              note(value.get());
+            }));
 }
 
 void ColorSchemeSetting::note(GVariant* value) {
@@ -68,8 +66,8 @@ void ColorSchemeSetting::note(GVariant* value) {
     inner.reset(g_variant_get_variant(inner.get()));
   if (!g_variant_is_of_type(inner.get(), G_VARIANT_TYPE_UINT32)) return;
   const guint32 figure = g_variant_get_uint32(inner.get());
-  // Figures that are not known yet count as no preference, as the portal's documentation asks.
-  told_(figure <= 2 ? static_cast<ColorScheme>(figure) : ColorScheme::noPreference);
+  // Unknown values count as no preference, as the portal's documentation says.
+  changed_(figure <= 2 ? static_cast<ColorScheme>(figure) : ColorScheme::noPreference);
 }
 
 }  // namespace hushbox

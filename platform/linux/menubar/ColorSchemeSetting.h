@@ -5,21 +5,23 @@
 #include <functional>
 
 #include "platform/linux/bus/GLibPointers.h"
+#include "platform/linux/bus/SessionBusConnection.h"
 #include "platform/linux/menubar/ColorScheme.h"
 #include "support/Lifetime.h"
 
 namespace hushbox {
 
-/// What the user wants to be light or dark, as the desktop portal tells it ("color-scheme" in
+/// Whether the user prefers light or dark, from the desktop portal ("color-scheme" in
 /// org.freedesktop.appearance). Main thread only.
 ///
-/// The portal is not started for it. Until one is there, and where it does not know, there is no
-/// preference; when it goes, its last word stands.
+/// It does not start the portal. Without a portal, and where the portal has no such setting, there
+/// is no preference; when the portal exits, its last answer stays valid.
 class ColorSchemeSetting {
  public:
-  /// Asks the portal on that bus, now and whenever one appears, and calls `told` from the main
-  /// context with each answer.
-  ColorSchemeSetting(GDBusConnection* connection, std::function<void(ColorScheme)> told);
+  /// Reads the setting from the portal on `bus`, which must be connected and outlive this, now and
+  /// whenever a portal appears. Calls `changed` from the main context with each answer.
+  ColorSchemeSetting(SessionBusConnection& bus, GDBusConnection* connection,
+                     std::function<void(ColorScheme)> changed);
   ~ColorSchemeSetting();
   ColorSchemeSetting(const ColorSchemeSetting&) = delete;
   ColorSchemeSetting& operator=(const ColorSchemeSetting&) = delete;
@@ -33,8 +35,9 @@ class ColorSchemeSetting {
   void read();
   void note(GVariant* value);
 
+  SessionBusConnection& bus_;
   ConnectionPointer connection_;
-  const std::function<void(ColorScheme)> told_;
+  const std::function<void(ColorScheme)> changed_;
   guint subscription_;
   guint watch_;
   Lifetime lifetime_;

@@ -3,7 +3,6 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/bus/AsyncCallback.h"
 #include "platform/linux/menubar/DBusMenu.h"
 #include "platform/linux/menubar/PanelText.h"
 
@@ -35,17 +34,12 @@ constexpr const char* introspection = R"xml(<node><interface name="org.kde.Statu
 constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
 constexpr const char* watcherPath = "/StatusNotifierWatcher";
 constexpr const char* title = "Hushbox";
+/// A panel that is still starting may take its time.
+constexpr std::chrono::milliseconds registerTimeout{25'000};
 
-/// In pixels: what panels commonly have room for, once and at twice the density. The largest serves
-/// the panels that scale by themselves.
+/// In pixels: the icon sizes of common panels, also at twice the density. Panels that scale icons
+/// themselves take the largest.
 constexpr int sizes[] = {16, 18, 22, 24, 32, 36, 44, 48, 64};
-constexpr int likenessSize = 64;
-
-/// Without regard to the panel's colours, so that an icon is the same on any panel.
-Image withoutRecolouring(Image icon) {
-  icon.isTemplate = false;
-  return icon;
-}
 
 GVariant* noPixmaps() {
   return g_variant_new_array(G_VARIANT_TYPE("(iiay)"), nullptr, 0);
@@ -60,8 +54,11 @@ const GDBusInterfaceVTable StatusNotifierItem::vtable{
     nullptr,
     {}};
 
-StatusNotifierItem::StatusNotifierItem(std::function<void(const std::string&)> refused)
-    : refused_(std::move(refused)), node_(g_dbus_node_info_new_for_xml(introspection, nullptr)) {}
+StatusNotifierItem::StatusNotifierItem(SessionBusConnection& bus,
+                                       std::function<void(const std::string&)> refused)
+    : bus_(bus),
+      refused_(std::move(refused)),
+      node_(g_dbus_node_info_new_for_xml(introspection, nullptr)) {}
 
 StatusNotifierItem::~StatusNotifierItem() {
   withdraw();
@@ -81,23 +78,27 @@ void StatusNotifierItem::withdraw() {
 }
 
 void StatusNotifierItem::setIcon(const Image& icon, const std::string& description) {
-  const bool first = !icon_;
-  IconPixmap likeness =
-      IconPixmap::render(withoutRecolouring(icon), likenessSize, PanelTone::unknown);
-  const bool sameIcon = !first && icon_->isTemplate == icon.isTemplate && likeness == likeness_;
-  const bool sameDescription = description == description_;
+  const bool isFirst = !icon_;
   icon_ = icon;
-  likeness_ = std::move(likeness);
-  description_ = description;
+  const bool hasNewPixels = render();
+  const bool hasNewWords = std::exchange(description_, description) != description;
   if (!object_) return;
-  if (first) return watchForWatcher();
-  if (!sameIcon) object_->emit("NewIcon");
-  if (!sameDescription) object_->emit("NewToolTip");
+  if (isFirst) return watchForWatcher();
+  if (hasNewPixels) object_->emit("NewIcon");
+  if (hasNewWords) object_->emit("NewToolTip");
 }
 
 void StatusNotifierItem::setPanelTone(PanelTone tone) {
-  if (std::exchange(tone_, tone) == tone) return;
-  if (object_ && icon_ && icon_->isTemplate) object_->emit("NewIcon");
+  if (std::exchange(tone_, tone) == tone || !icon_) return;
+  if (render() && object_) object_->emit("NewIcon");
+}
+
+bool StatusNotifierItem::render() {
+  std::vector<IconPixmap> pixmaps;
+  for (const int size : sizes) pixmaps.push_back(IconPixmap::render(*icon_, size, tone_));
+  if (pixmaps == pixmaps_) return false;
+  pixmaps_ = std::move(pixmaps);
+  return true;
 }
 
 GVariant* StatusNotifierItem::property(const std::string& name) const {
@@ -116,12 +117,10 @@ GVariant* StatusNotifierItem::property(const std::string& name) const {
 }
 
 GVariant* StatusNotifierItem::pixmaps() const {
-  if (!icon_) return noPixmaps();
   GVariantBuilder builder;
   g_variant_builder_init(&builder, G_VARIANT_TYPE("a(iiay)"));
-  for (const int size : sizes) {
-    const IconPixmap pixmap = IconPixmap::render(*icon_, size, tone_);
-    g_variant_builder_add(&builder, "(ii@ay)", size, size,
+  for (const IconPixmap& pixmap : pixmaps_) {
+    g_variant_builder_add(&builder, "(ii@ay)", pixmap.size, pixmap.size,
                           g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, pixmap.bytes.data(),
                                                     pixmap.bytes.size(), 1));
   }
@@ -152,27 +151,22 @@ void StatusNotifierItem::watchForWatcher() {
 void StatusNotifierItem::registerWith(const char* watcher) {
   watcher_ = watcher;
   registered_ = false;
-  GDBusConnection* connection = object_->connection();
-  g_dbus_connection_call(
-      connection, watcher, watcherPath, watcherName, "RegisterStatusNotifierItem",
-      g_variant_new("(s)", g_dbus_connection_get_unique_name(connection)), nullptr,
-      G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, AsyncCallback::invoke,
-      AsyncCallback::data(
-          [note = lifetime_.weakly([this, watcher = watcher_](const ErrorPointer& error) {
-            noteAnswer(watcher, error.get());
-          })](GObject* source, GAsyncResult* result) {
-            GError* error = nullptr;
-            const VariantPointer answer(
-                g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error));
-            note(ErrorPointer(error));
-          }));
+  const char* const name = g_dbus_connection_get_unique_name(object_->connection());
+  bus_.call({{watcher_, watcherPath},
+             watcherName,
+             "RegisterStatusNotifierItem",
+             "r",
+             registerTimeout,
+             takeArguments(g_variant_new("(s)", name))},
+            lifetime_.weakly(
+                [this, watcher = watcher_](const BusReply& reply) { noteReply(watcher, reply); }));
 }
 
-void StatusNotifierItem::noteAnswer(const std::string& watcher, const GError* error) {
-  // An answer of one that has gone meanwhile says nothing about the present one.
+void StatusNotifierItem::noteReply(const std::string& watcher, const BusReply& reply) {
+  // The reply of a watcher that has exited since says nothing about the present one.
   if (watcher != watcher_) return;
-  registered_ = !error;
-  if (error) refused_(error->message);
+  registered_ = static_cast<bool>(reply);
+  if (!reply) refused_(reply.error);
 }
 
 }  // namespace hushbox

@@ -5,46 +5,49 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Image.h"
 #include "platform/linux/bus/ExportedObject.h"
 #include "platform/linux/bus/GLibPointers.h"
+#include "platform/linux/bus/SessionBusConnection.h"
 #include "platform/linux/menubar/IconPixmap.h"
 #include "platform/linux/menubar/PanelTone.h"
 #include "support/Lifetime.h"
 
 namespace hushbox {
 
-/// The item as panels read it, over `org.kde.StatusNotifierItem`: an icon in several sizes, a tool
-/// tip and an accessible description that say the state in words, and the path of its menu. Main
-/// thread only.
+/// The item on the session bus, as panels read it (`org.kde.StatusNotifierItem`): an icon in
+/// several sizes, the state in words as tool tip and accessible description, and the path of its
+/// menu. Main thread only.
 ///
-/// Panels are found through the watcher, `org.kde.StatusNotifierWatcher`; the item registers with
-/// each one that appears, be it for the first time or again, from its first icon on.
+/// Once it has an icon, the item registers with the watcher (`org.kde.StatusNotifierWatcher`), and
+/// again each time that a watcher appears.
 ///
-/// The item is nothing but its menu (`ItemIsMenu`), so it has no Activate and no ContextMenu:
-/// panels that call them all the same get the refusal upon which they open the menu.
+/// The item offers only its menu (`ItemIsMenu`), so it has no Activate and no ContextMenu. A panel
+/// that calls one of them gets an error, at which panels open the menu themselves.
 class StatusNotifierItem {
  public:
   static constexpr const char* path = "/StatusNotifierItem";
 
-  /// `refused` is called with the reason when a watcher does not take the item.
-  explicit StatusNotifierItem(std::function<void(const std::string& reason)> refused);
+  /// Calls `refused` with the reason when a watcher refuses the item. `bus` must outlive this.
+  StatusNotifierItem(SessionBusConnection& bus,
+                     std::function<void(const std::string& reason)> refused);
   ~StatusNotifierItem();
   StatusNotifierItem(const StatusNotifierItem&) = delete;
   StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
 
-  /// Offers the item on a bus, in place of the one before, if any.
+  /// Exports the item on a connection, and no longer on the previous one.
   void exportOn(GDBusConnection* connection);
   void withdraw();
 
-  /// Whether a watcher knows of it at present.
+  /// Whether the present watcher has accepted the item.
   bool isRegistered() const { return registered_; }
 
-  /// Tells the panel when the pixels or the words are other than before, and of nothing else.
+  /// Sends the panel a signal only for what has changed: the pixels, the words, or both.
   void setIcon(const Image& icon, const std::string& description);
 
-  /// Recolours a template; see IconPixmap. Until it is called, nothing is known of the panel.
+  /// Recolours a template icon; see IconPixmap. The tone is unknown until this is called.
   void setPanelTone(PanelTone tone);
 
  private:
@@ -53,20 +56,22 @@ class StatusNotifierItem {
   GVariant* property(const std::string& name) const;
   GVariant* pixmaps() const;
   GVariant* toolTip() const;
+  /// Renders the icon in all sizes; returns whether any pixel has changed.
+  bool render();
   void watchForWatcher();
   void registerWith(const char* watcher);
-  void noteAnswer(const std::string& watcher, const GError* error);
+  void noteReply(const std::string& watcher, const BusReply& reply);
 
+  SessionBusConnection& bus_;
   const std::function<void(const std::string&)> refused_;
   NodeInfoPointer node_;
   std::optional<ExportedObject> object_;
   guint watch_ = 0;
-  /// The present owner of the watcher's name; empty while there is none.
+  /// The unique name of the present watcher; empty for none.
   std::string watcher_;
   bool registered_ = false;
   std::optional<Image> icon_;
-  /// What the icon looks like, for telling whether another one looks the same.
-  IconPixmap likeness_;
+  std::vector<IconPixmap> pixmaps_;
   std::string description_;
   PanelTone tone_ = PanelTone::unknown;
   Lifetime lifetime_;

@@ -8,27 +8,29 @@
 
 namespace hushbox {
 
-StatusNotifierMenuBar::StatusNotifierMenuBar(UnifiedLog& log,
-                                             std::chrono::milliseconds panelPatience)
-    : log_(log),
-      patienceTimer_(g_timeout_add(
-          static_cast<guint>(panelPatience.count()),
+StatusNotifierMenuBar::StatusNotifierMenuBar(SessionBusConnection& bus, UnifiedLog& log,
+                                             std::chrono::milliseconds timeout)
+    : bus_(bus),
+      log_(log),
+      panelTimer_(g_timeout_add(
+          static_cast<guint>(timeout.count()),
           [](gpointer self) -> gboolean {
-            static_cast<StatusNotifierMenuBar*>(self)->patienceEnded();
+            static_cast<StatusNotifierMenuBar*>(self)->panelTimedOut();
             return G_SOURCE_REMOVE;
           },
           this)),
-      item_([this](const std::string& reason) {
-        reportAbsence("The panel does not take the item (" + reason + ")");
-      }),
-      bus_([this](GDBusConnection* connection) { connected(connection); },
-           [this](const std::string& reason) { lost(reason); }) {
+      item_(bus,
+            [this](const std::string& reason) {
+              reportAbsence("The panel does not take the item (" + reason + ")");
+            }),
+      busSubscription_(bus.observe([this](GDBusConnection* connection) { connected(connection); },
+                                   [this](const std::string& reason) { lost(reason); })) {
   guessPanel(ColorScheme::noPreference);
   bus_.connect();
 }
 
 StatusNotifierMenuBar::~StatusNotifierMenuBar() {
-  if (patienceTimer_) g_source_remove(patienceTimer_);
+  if (panelTimer_) g_source_remove(panelTimer_);
 }
 
 void StatusNotifierMenuBar::setIcon(const Image& icon, const std::string& description) {
@@ -42,10 +44,10 @@ void StatusNotifierMenuBar::setRows(std::vector<MenuRow> rows) {
 }
 
 void StatusNotifierMenuBar::connected(GDBusConnection* connection) {
-  // The menu first: the item names it.
+  // The menu first: a panel looks for it as soon as it sees the item.
   menu_.exportOn(connection);
   item_.exportOn(connection);
-  colorScheme_.emplace(connection, [this](ColorScheme scheme) { guessPanel(scheme); });
+  colorScheme_.emplace(bus_, connection, [this](ColorScheme scheme) { guessPanel(scheme); });
 }
 
 void StatusNotifierMenuBar::lost(const std::string& reason) {
@@ -60,8 +62,8 @@ void StatusNotifierMenuBar::guessPanel(ColorScheme scheme) {
   item_.setPanelTone(guessPanelTone(scheme, desktop ? desktop : ""));
 }
 
-void StatusNotifierMenuBar::patienceEnded() {
-  patienceTimer_ = 0;
+void StatusNotifierMenuBar::panelTimedOut() {
+  panelTimer_ = 0;
   if (item_.isRegistered()) return;
   if (!bus_.isConnected()) return reportAbsence("The session bus does not answer");
   reportAbsence(

@@ -16,22 +16,21 @@
 
 namespace hushbox {
 
-/// The item in the panel: a StatusNotifierItem with its menu, on a session-bus connection of its
-/// own. Main thread and default main context.
+/// The item in the panel: a StatusNotifierItem with its menu. Main thread and default main context.
 ///
-/// Works with whatever is there. Without a session bus, without a panel that takes items (GNOME's
-/// needs its AppIndicator extension), and after either is gone, the program runs on without an icon
-/// and the log has one line about it; when a panel appears, so does the item. A bus that comes
-/// later is found at the next change of icon or rows. Idle, it has no timer and sends nothing.
+/// Without a session bus, without a panel that shows items (GNOME's needs its AppIndicator
+/// extension), and after either has exited, the program keeps running without an icon and logs one
+/// line. When a panel appears, so does the item. Each change of icon or rows looks for a session
+/// bus again. While nothing changes, it has no timer and sends nothing.
 class StatusNotifierMenuBar final : public MenuBar {
  public:
-  /// How long a starting session may take to bring up its panel before the log says that there is
-  /// none.
-  static constexpr std::chrono::milliseconds patience{10'000};
+  /// How long a session that is starting may take to start its panel; then the log says that there
+  /// is none.
+  static constexpr std::chrono::milliseconds panelTimeout{10'000};
 
-  /// `log` must outlive this.
-  explicit StatusNotifierMenuBar(UnifiedLog& log,
-                                 std::chrono::milliseconds panelPatience = patience);
+  /// `bus` and `log` must outlive this.
+  StatusNotifierMenuBar(SessionBusConnection& bus, UnifiedLog& log,
+                        std::chrono::milliseconds timeout = panelTimeout);
   ~StatusNotifierMenuBar() override;
 
   void setIcon(const Image& icon, const std::string& description) override;
@@ -41,17 +40,18 @@ class StatusNotifierMenuBar final : public MenuBar {
   void connected(GDBusConnection* connection);
   void lost(const std::string& reason);
   void guessPanel(ColorScheme scheme);
-  void patienceEnded();
-  /// Writes the first of all such lines.
+  void panelTimedOut();
+  /// Logs the first such report only.
   void reportAbsence(const std::string& text);
 
+  SessionBusConnection& bus_;
   UnifiedLog& log_;
   bool reported_ = false;
-  guint patienceTimer_;
+  guint panelTimer_;
   DBusMenu menu_;
   StatusNotifierItem item_;
   std::optional<ColorSchemeSetting> colorScheme_;
-  SessionBusConnection bus_;
+  Subscription busSubscription_;
 };
 
 }  // namespace hushbox

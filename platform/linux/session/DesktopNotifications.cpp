@@ -3,7 +3,6 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/bus/AsyncCallback.h"
 #include "support/BundleIdentifier.h"
 #include "support/Text.h"
 
@@ -13,22 +12,17 @@ namespace {
 constexpr const char* daemonName = "org.freedesktop.Notifications";
 constexpr const char* daemonPath = "/org/freedesktop/Notifications";
 
-// As the desktop notifications protocol writes it: an urgency of "normal", and the daemon's own
-// choice of how long to show.
+// From the desktop notifications protocol: urgency "normal", and the daemon chooses how long to
+// show it.
 constexpr guchar normalUrgency = 1;
 constexpr gint32 defaultExpiry = -1;
 
-/// The error as a person would put it, without the bus's own prefix.
-std::string description(ErrorPointer error) {
-  char* const name = g_dbus_error_get_remote_error(error.get());
-  std::string text = name ? name : "unknown error";
-  g_free(name);
-  g_dbus_error_strip_remote_error(error.get());
-  if (*error->message) text = error->message;
-  return text;
+/// What a completion gets: nothing for success, else the reason.
+std::optional<std::string> errorOf(const BusReply& reply) {
+  return reply ? std::nullopt : std::optional(reply.error);
 }
 
-/// The text with its line feeds and without any other control character.
+/// The text with every control character escaped except line feeds.
 std::string cleanLines(std::string_view text) {
   std::string clean;
   for (;;) {
@@ -47,8 +41,8 @@ std::string markupEscaped(const std::string& text) {
   return result;
 }
 
-bool hasCapability(GVariant* answer, std::string_view wanted) {
-  const VariantPointer list(g_variant_get_child_value(answer, 0));
+bool hasCapability(const BusReply& reply, std::string_view wanted) {
+  const VariantPointer list(g_variant_get_child_value(reply.value.get(), 0));
   GVariantIter each;
   g_variant_iter_init(&each, list.get());
   for (const char* capability = nullptr; g_variant_iter_next(&each, "&s", &capability);)
@@ -73,16 +67,11 @@ GVariant* hints(const NotificationRequest& request) {
 
 }  // namespace
 
-DesktopNotifications::DesktopNotifications(MainLoop& loop)
-    : loop_(loop),
-      bus_([this](GDBusConnection* connection) { finishConnecting(connection, std::nullopt); },
-           [this](const std::string& reason) { finishConnecting(nullptr, reason); }) {}
-
 void DesktopNotifications::requestAuthorization(
     unsigned, std::function<void(bool granted, std::optional<std::string> error)> completion) {
   loop_.mainAsync(lifetime_.weakly([this, completion = std::move(completion)] {
-    askForCapabilities([completion](GVariant* answer, Error error) {
-      if (completion) completion(answer != nullptr, std::move(error));
+    getCapabilities([completion](const BusReply& reply) {
+      if (completion) completion(static_cast<bool>(reply), errorOf(reply));
     });
   }));
 }
@@ -91,40 +80,23 @@ void DesktopNotifications::add(NotificationRequest request,
                                std::function<void(std::optional<std::string> error)> completion) {
   loop_.mainAsync(
       lifetime_.weakly([this, request = std::move(request), completion = std::move(completion)] {
-        // Asked for each time: it may be another daemon than the last one.
-        askForCapabilities([this, request, completion](GVariant* answer, Error error) {
-          if (answer)
-            notify(request, hasCapability(answer, "body-markup"), completion);
+        // Asked each time: another daemon may have started since.
+        getCapabilities([this, request, completion](const BusReply& reply) {
+          if (reply)
+            notify(request, hasCapability(reply, "body-markup"), completion);
           else if (completion)
-            completion(std::move(error));
+            completion(errorOf(reply));
         });
       }));
 }
 
-void DesktopNotifications::connected(std::function<void(Error error)> step) {
-  if (connection_)
-    step(std::nullopt);
-  else if (bus_.connect())
-    waiting_.push_back(std::move(step));
-  else
-    step(lastReason_);
+void DesktopNotifications::getCapabilities(Replied replied) {
+  call("GetCapabilities", nullptr, "(as)", std::move(replied));
 }
 
-void DesktopNotifications::finishConnecting(GDBusConnection* connection, const Error& error) {
-  connection_ = connection;
-  if (error) lastReason_ = error;
-  for (const auto& step : std::exchange(waiting_, {})) step(error);
-}
-
-void DesktopNotifications::askForCapabilities(Answer answer) {
-  connected([this, answer = std::move(answer)](Error error) {
-    if (error) return answer(nullptr, std::move(error));
-    call("GetCapabilities", nullptr, "(as)", answer);
-  });
-}
-
-void DesktopNotifications::notify(const NotificationRequest& request, bool markup,
-                                  std::function<void(Error error)> completion) {
+void DesktopNotifications::notify(
+    const NotificationRequest& request, bool markup,
+    std::function<void(std::optional<std::string> error)> completion) {
   const std::string title = text::escapedForTerminal(request.title);
   const std::string plain = cleanLines(request.body);
   const std::string body = markup ? markupEscaped(plain) : plain;
@@ -132,24 +104,22 @@ void DesktopNotifications::notify(const NotificationRequest& request, bool marku
   GVariant* const arguments =
       g_variant_new("(susssas@a{sv}i)", "Hushbox", 0U, icon.c_str(), title.c_str(), body.c_str(),
                     nullptr, hints(request), defaultExpiry);
-  call("Notify", arguments, "(u)", [completion = std::move(completion)](GVariant*, Error error) {
-    if (completion) completion(std::move(error));
-  });
+  call("Notify", takeArguments(arguments), "(u)",
+       [completion = std::move(completion)](const BusReply& reply) {
+         if (completion) completion(errorOf(reply));
+       });
 }
 
-void DesktopNotifications::call(const char* method, GVariant* arguments, const char* answerType,
-                                Answer answer) {
-  g_dbus_connection_call(
-      connection_, daemonName, daemonPath, daemonName, method, arguments,
-      G_VARIANT_TYPE(answerType), G_DBUS_CALL_FLAGS_NONE, timeoutMilliseconds, nullptr,
-      AsyncCallback::invoke,
-      AsyncCallback::data(
-          [answer = lifetime_.weakly(std::move(answer))](GObject* source, GAsyncResult* result) {
-            GError* error = nullptr;
-            const VariantPointer values(
-                g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error));
-            answer(values.get(), error ? Error(description(ErrorPointer(error))) : std::nullopt);
-          }));
+void DesktopNotifications::call(const char* method, VariantPointer arguments, const char* replyType,
+                                Replied replied) {
+  bus_.call({{daemonName, daemonPath},
+             daemonName,
+             method,
+             replyType,
+             callTimeout,
+             std::move(arguments),
+             /*startsOwner=*/true},
+            lifetime_.weakly(std::move(replied)));
 }
 
 }  // namespace hushbox

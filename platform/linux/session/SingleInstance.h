@@ -1,24 +1,26 @@
 #pragma once
 
-#include "platform/linux/bus/BoundedBusConnection.h"
+#include "platform/linux/bus/SessionBusConnection.h"
 
 namespace hushbox {
 
-/// Sees to it that a session has one Hushbox: two would press Teams' button twice.
+/// Tells whether this is the only Hushbox in the session: two would press Teams' button twice.
 ///
-/// It holds the bundle identifier as a name on the session bus for as long as it lives. Main thread
-/// only. Where the bus cannot be asked, nobody can tell, and this one counts as the first.
+/// It owns the bundle identifier as a name on the session bus for as long as `bus` stays connected.
+/// Main thread only. Where the bus does not answer, this one counts as the first.
 class SingleInstance {
  public:
-  /// Asks the bus; blocks for two seconds at most, when the bus does not answer.
-  SingleInstance();
+  /// How long the bus may take to connect and to answer.
+  static constexpr std::chrono::milliseconds timeout{1000};
+
+  /// Requests the name; blocks for `timeout` at most. For the time before the main loop runs.
+  explicit SingleInstance(SessionBusConnection& bus);
 
   /// False when another Hushbox runs in this session.
-  bool isFirst() const { return first_; }
+  bool isFirst() const { return isFirst_; }
 
  private:
-  BoundedBusConnection connection_;
-  bool first_ = true;
+  bool isFirst_ = true;
 };
 
 }  // namespace hushbox

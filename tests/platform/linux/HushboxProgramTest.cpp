@@ -30,6 +30,7 @@ using rehearsal::waitUntil;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 using Clock = std::chrono::steady_clock;
 
@@ -95,6 +96,32 @@ TEST_F(HushboxProgramTest, SendsThePanelNothingWhileNothingChanges) {
   client_->takeSignals();
   letPass(3s);
   EXPECT_THAT(client_->takeSignals(), IsEmpty());
+}
+
+/// The names that the process has on the bus: one per connection.
+class HushboxProgramConnectionTest : public HushboxProgramTest {
+ protected:
+  std::vector<std::string> connectionsOf(pid_t process) const {
+    const auto reply =
+        bus_.call("org.freedesktop.DBus", "/", "org.freedesktop.DBus", "ListNames", nullptr);
+    std::vector<std::string> found;
+    GVariantIter* names = nullptr;
+    g_variant_get(reply.get(), "(as)", &names);
+    for (const char* name = nullptr; g_variant_iter_next(names, "&s", &name);)
+      if (*name == ':' && bus_.processOf(name) == process) found.emplace_back(name);
+    g_variant_iter_free(names);
+    return found;
+  }
+};
+
+TEST_F(HushboxProgramConnectionTest, HasTwoConnectionsToTheSessionBus) {
+  // With the settings that a desktop has: those in memory need no connection.
+  const auto program =
+      session_.start("hushbox.log", {"env", "GSETTINGS_BACKEND=dconf", HUSHBOX_PROGRAM});
+  watcher_->waitForItem();
+  // The first polls of Teams and the first reading of the battery have been made by then.
+  letPass(2500ms);
+  EXPECT_THAT(connectionsOf(program->pid()), SizeIs(2));
 }
 
 TEST_F(HushboxProgramTest, SwitchWritesAnEntryThatStartsTheProgramThatWroteIt) {

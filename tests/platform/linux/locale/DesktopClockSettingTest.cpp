@@ -53,7 +53,9 @@ void outliveTheBus() {
   rehearsal::Session session;
   session.applyToThisProcess();
   unsetenv("GSETTINGS_BACKEND");
-  const DesktopClockSetting setting;
+  SessionBusConnection bus;
+  const DesktopClockSetting setting(bus);
+  bus.connect();
   rehearsal::letPass(300ms);
   setting.style();
   session.bus().kill();
@@ -75,7 +77,9 @@ TEST(DesktopClockSettingSessionTest, WithoutASessionBusThereIsNoChoice) {
   ScopedEnvironment environment;
   environment.set("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
   environment.set("XDG_RUNTIME_DIR", "/nowhere");
-  const DesktopClockSetting setting;
+  SessionBusConnection bus;
+  const DesktopClockSetting setting(bus);
+  bus.connect();
   rehearsal::letPass(20ms);
   EXPECT_EQ(setting.style(), std::nullopt);
 }

@@ -17,7 +17,7 @@ class StatusNotifierMenuBarDriver final : public MenuBarDriver {
     watcher_ = std::make_unique<Watcher>(session_.busAddress());
     client_ = std::make_unique<BusClient>(session_.busAddress());
     bus_ = std::make_unique<rehearsal::BusConnection>(session_.busAddress());
-    menuBar_ = std::make_unique<StatusNotifierMenuBar>(log_);
+    menuBar_ = std::make_unique<StatusNotifierMenuBar>(sessionBus_, log_);
   }
 
   MenuBar& menuBar() override { return *menuBar_; }
@@ -54,6 +54,7 @@ class StatusNotifierMenuBarDriver final : public MenuBarDriver {
   std::unique_ptr<Watcher> watcher_;
   std::unique_ptr<BusClient> client_;
   std::unique_ptr<rehearsal::BusConnection> bus_;
+  SessionBusConnection sessionBus_;
   std::unique_ptr<StatusNotifierMenuBar> menuBar_;
 };
 

@@ -29,8 +29,8 @@ class StatusNotifierMenuBarTest : public PanelFixture {
   void startWatcher(bool refusing = false) {
     watcher_ = std::make_unique<Watcher>(session_.busAddress(), refusing);
   }
-  void startMenuBar(std::chrono::milliseconds panelPatience = 10s) {
-    menuBar_ = std::make_unique<StatusNotifierMenuBar>(log_, panelPatience);
+  void startMenuBar(std::chrono::milliseconds panelTimeout = 10s) {
+    menuBar_ = std::make_unique<StatusNotifierMenuBar>(*sessionBus_, log_, panelTimeout);
     menuBar_->setIcon(icon(), "Not on a call");
     menuBar_->setRows({{.kind = MenuRow::Kind::text, .text = "Not on a call"}});
   }
@@ -67,7 +67,7 @@ TEST_F(StatusNotifierMenuBarTest, RegistersAgainEachTimeAWatcherDiesAndComesBack
 
 TEST_F(StatusNotifierMenuBarTest, WaitsForItsIconBeforeItRegisters) {
   startWatcher();
-  menuBar_ = std::make_unique<StatusNotifierMenuBar>(log_);
+  menuBar_ = std::make_unique<StatusNotifierMenuBar>(*sessionBus_, log_);
   menuBar_->setRows({});
   letPass(100ms);
   EXPECT_THAT(watcher_->items(), IsEmpty());
@@ -157,6 +157,7 @@ TEST_F(StatusNotifierMenuBarTest, FrozenBusKeepsNobodyWaiting) {
   EXPECT_THAT(log_.lines, ElementsAre(HasSubstr("does not answer")));
   const auto end = Clock::now();
   menuBar_.reset();
+  sessionBus_.reset();
   EXPECT_LT(Clock::now() - end, patience);
   session_.bus().thaw();
 }
@@ -170,6 +171,7 @@ TEST_F(StatusNotifierMenuBarTest, BusThatFreezesLaterKeepsNobodyWaiting) {
   for (int i = 0; i < 200; ++i)
     menuBar_->setRows({{.kind = MenuRow::Kind::text, .text = filling + std::to_string(i)}});
   menuBar_.reset();
+  sessionBus_.reset();
   // Waiting for such a bus would have no end.
   EXPECT_LT(Clock::now() - begin, 2 * patience);
   session_.bus().thaw();

@@ -62,7 +62,7 @@ class XfcePanelTest : public testing::Test {
 
   XfcePanelTest() {
     panel_->setTone(Panel::Tone::Dark);
-    menuBar_ = std::make_unique<StatusNotifierMenuBar>(log_);
+    menuBar_ = std::make_unique<StatusNotifierMenuBar>(sessionBus_, log_);
     show(states[0]);
     showRows("Not on a call");
     panel_->waitForItem();
@@ -132,6 +132,7 @@ class XfcePanelTest : public testing::Test {
   static inline std::unique_ptr<Session> session_;
   static inline std::unique_ptr<Panel> panel_;
   KeptLog log_;
+  SessionBusConnection sessionBus_;
   std::unique_ptr<StatusNotifierMenuBar> menuBar_;
   std::string chosen_;
 };

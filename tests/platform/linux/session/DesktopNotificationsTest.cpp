@@ -67,8 +67,9 @@ class DesktopNotificationsTest : public testing::Test {
 
   Session session_;
   GLibMainLoop loop_;
+  SessionBusConnection bus_;
   std::unique_ptr<DesktopNotifications> notifications_ =
-      std::make_unique<DesktopNotifications>(loop_);
+      std::make_unique<DesktopNotifications>(loop_, bus_);
 };
 
 TEST_F(DesktopNotificationsTest, DaemonWithMarkupGetsTheBodyEscaped) {
@@ -110,7 +111,8 @@ TEST_F(DesktopNotificationsTest, RealDaemonShowsEachNotificationSeparately) {
   const_cast<Session&>(session).applyToThisProcess();
   const rehearsal::NotificationDaemon daemon(session);
   const rehearsal::NotificationMonitor monitor(session.busAddress());
-  notifications_ = std::make_unique<DesktopNotifications>(loop_);
+  SessionBusConnection bus;
+  notifications_ = std::make_unique<DesktopNotifications>(loop_, bus);
   const auto permission = ask();
   wait(permission);
   EXPECT_TRUE(permission->granted);
@@ -160,8 +162,8 @@ TEST_F(DesktopNotificationsTest, SilentDaemonIsGivenUpAfterTheTimeOut) {
   const auto answer = ask();
   wait(answer);
   const auto waited = std::chrono::steady_clock::now() - start;
-  EXPECT_GE(waited, std::chrono::milliseconds(DesktopNotifications::timeoutMilliseconds - 500));
-  EXPECT_LT(waited, std::chrono::milliseconds(DesktopNotifications::timeoutMilliseconds + 10'000));
+  EXPECT_GE(waited, DesktopNotifications::callTimeout - 500ms);
+  EXPECT_LT(waited, DesktopNotifications::callTimeout + 10s);
   EXPECT_FALSE(answer->granted);
   EXPECT_TRUE(answer->error);
 }

@@ -31,7 +31,8 @@ class DesktopNotificationsDriver final : public UserNotificationsDriver {
   rehearsal::NotificationDaemon daemon_{session_};
   rehearsal::NotificationMonitor monitor_{session_.busAddress()};
   GLibMainLoop loop_;
-  DesktopNotifications notifications_{loop_};
+  SessionBusConnection bus_;
+  DesktopNotifications notifications_{loop_, bus_};
 };
 
 INSTANTIATE_TEST_SUITE_P(Linux, UserNotificationsContract,

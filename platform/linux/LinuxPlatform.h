@@ -1,0 +1,50 @@
+#pragma once
+
+#include <utility>
+
+#include "platform/Platform.h"
+#include "platform/linux/accessibility/AtspiAccessibilityTree.h"
+#include "platform/linux/audio/PulseAudioHardware.h"
+#include "platform/linux/bus/SessionBusConnection.h"
+#include "platform/linux/locale/SessionLocale.h"
+#include "platform/linux/mainloop/GLibMainLoop.h"
+#include "platform/linux/menubar/StatusNotifierMenuBar.h"
+#include "platform/linux/processes/SpawnedChildProcessFactory.h"
+#include "platform/linux/session/AutostartLoginItem.h"
+#include "platform/linux/session/DesktopNotifications.h"
+
+namespace hushbox {
+
+/// All Linux adapters, and the platform in scope for as long as this lives. Main thread only.
+struct LinuxPlatform {
+  /// `bus` and `log` must outlive this.
+  LinuxPlatform(SessionBusConnection& bus, UnifiedLog& log, ChildProcessRules rules = {})
+      : childProcesses(std::move(rules)),
+        notifications(mainLoop, bus),
+        menuBar(bus, log),
+        locale(bus),
+        scope({mainLoop, audio, accessibility, accessibility.workspace(), childProcesses,
+               notifications, loginItem, menuBar, log, locale}) {}
+
+  /// Kills the child processes and waits for the work on other threads, which uses the platform.
+  ~LinuxPlatform() {
+    childProcesses.endAll();
+    mainLoop.finishUtilityWork();
+  }
+
+  LinuxPlatform(const LinuxPlatform&) = delete;
+  LinuxPlatform& operator=(const LinuxPlatform&) = delete;
+
+  GLibMainLoop mainLoop;
+  PulseAudioHardware audio;
+  AtspiAccessibilityTree accessibility;
+  SpawnedChildProcessFactory childProcesses;
+  DesktopNotifications notifications;
+  AutostartLoginItem loginItem{AutostartLoginItem::sessionFolder(),
+                               AutostartLoginItem::runningProgram()};
+  StatusNotifierMenuBar menuBar;
+  SessionLocale locale;
+  PlatformScope scope;
+};
+
+}  // namespace hushbox
