@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,6 +40,16 @@ struct MenuRow {
            a.enabled == b.enabled && a.on == b.on && a.keyEquivalent == b.keyEquivalent;
   }
 };
+
+/// For each of `rows`, the index of the row in `shown` that it continues; nullopt for a new one.
+///
+/// A row that continues keeps its item in the menu, so that a menu can change while it is open, and
+/// a click under way reaches the row that was clicked on or none: a button or a toggle continues
+/// one of the same kind and text, a text or a separator one of the same kind. Rows keep their
+/// order. Within that, as many rows as possible continue, and as many as possible with the same
+/// text.
+std::vector<std::optional<std::size_t>> continuedRows(const std::vector<MenuRow>& shown,
+                                                      const std::vector<MenuRow>& rows);
 
 /// The program's item in the menu bar (on Linux, the panel): an icon and a pull-down menu. Main
 /// thread only. Without a panel the calls have no visible effect.

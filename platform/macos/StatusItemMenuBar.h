@@ -9,9 +9,8 @@ namespace hushbox {
 /// The item in the menu bar with its pull-down menu. Main thread only; to be made after the shared
 /// application. The item is there from the beginning and leaves the menu bar with this.
 ///
-/// A menu may be open while its rows change, and the user on the way to one of them. So a row that
-/// stays keeps its native item, which is edited in place: a line of text whatever it says, a
-/// command as long as it is the same one. What the user has chosen is what it said.
+/// A menu may be open while its rows change, with the user about to choose one. So a row that
+/// continues another keeps its native item, which is edited in place; see continuedRows().
 ///
 /// The icon is drawn afresh from its vectors at each rendering, at the display's density. In which
 /// colours a template appears is the menu bar's affair.

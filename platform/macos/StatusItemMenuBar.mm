@@ -23,11 +23,6 @@ NSString* title(const MenuRow& row) {
   return [NSBundle.mainBundle localizedStringForKey:text value:nil table:nil];
 }
 
-/// Whether the item that shows `shown` may show `row` from now on.
-bool canBecome(const MenuRow& shown, const MenuRow& row) {
-  return shown.kind == row.kind && (!isCommand(row) || shown.text == row.text);
-}
-
 NSMenuItem* makeItem(const MenuRow& row) {
   if (row.kind == Kind::separator) return [NSMenuItem separatorItem];
   NSMenuItem* item = [[NSMenuItem alloc] initWithTitle:@"" action:nil keyEquivalent:@""];
@@ -71,7 +66,7 @@ NSImage* nativeImage(const Image& icon) {
 struct StatusItemMenuBar::Item {
   NSStatusItem* statusItem;
   NSMenu* menu;
-  /// What the menu's items show, one by one.
+  /// The rows that the menu's items show, in the same order.
   std::vector<MenuRow> shown;
 };
 
@@ -103,19 +98,18 @@ void StatusItemMenuBar::setIcon(const Image& icon, const std::string& descriptio
 void StatusItemMenuBar::setRows(std::vector<MenuRow> rows) {
   @autoreleasepool {
     NSMenu* menu = item_->menu;
-    std::vector<MenuRow>& shown = item_->shown;
+    const auto continued = continuedRows(item_->shown, rows);
+    // The first row shown before whose item has not been looked at yet.
+    std::size_t next = 0;
     for (std::size_t i = 0; i < rows.size(); ++i) {
-      std::size_t old = i;
-      while (old < shown.size() && !canBecome(shown[old], rows[i])) ++old;
-      const auto place = shown.begin() + static_cast<std::ptrdiff_t>(i);
-      if (old >= shown.size()) {
-        shown.insert(place, rows[i]);
-        [menu insertItem:makeItem(rows[i]) atIndex:static_cast<NSInteger>(i)];
+      const auto index = static_cast<NSInteger>(i);
+      if (continued[i]) {
+        for (; next < *continued[i]; ++next) [menu removeItemAtIndex:index];
+        ++next;
       } else {
-        shown.erase(place, shown.begin() + static_cast<std::ptrdiff_t>(old));
-        for (; old > i; --old) [menu removeItemAtIndex:static_cast<NSInteger>(i)];
+        [menu insertItem:makeItem(rows[i]) atIndex:index];
       }
-      edit([menu itemAtIndex:static_cast<NSInteger>(i)], rows[i]);
+      edit([menu itemAtIndex:index], rows[i]);
     }
     while (menu.numberOfItems > static_cast<NSInteger>(rows.size()))
       [menu removeItemAtIndex:menu.numberOfItems - 1];

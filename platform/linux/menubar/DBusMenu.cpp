@@ -7,65 +7,11 @@
 #include <utility>
 
 #include "platform/linux/bus/AsyncCallback.h"
+#include "platform/linux/menubar/DBusMenuIntrospection.h"
 #include "platform/linux/menubar/MenuItemProperties.h"
 
 namespace hushbox {
 namespace {
-
-constexpr const char* introspection = R"xml(<node><interface name="com.canonical.dbusmenu">
-  <property name="Version" type="u" access="read"/>
-  <property name="TextDirection" type="s" access="read"/>
-  <property name="Status" type="s" access="read"/>
-  <property name="IconThemePath" type="as" access="read"/>
-  <method name="GetLayout">
-    <arg type="i" name="parentId" direction="in"/>
-    <arg type="i" name="recursionDepth" direction="in"/>
-    <arg type="as" name="propertyNames" direction="in"/>
-    <arg type="u" name="revision" direction="out"/>
-    <arg type="(ia{sv}av)" name="layout" direction="out"/>
-  </method>
-  <method name="GetGroupProperties">
-    <arg type="ai" name="ids" direction="in"/>
-    <arg type="as" name="propertyNames" direction="in"/>
-    <arg type="a(ia{sv})" name="properties" direction="out"/>
-  </method>
-  <method name="GetProperty">
-    <arg type="i" name="id" direction="in"/>
-    <arg type="s" name="name" direction="in"/>
-    <arg type="v" name="value" direction="out"/>
-  </method>
-  <method name="Event">
-    <arg type="i" name="id" direction="in"/>
-    <arg type="s" name="eventId" direction="in"/>
-    <arg type="v" name="data" direction="in"/>
-    <arg type="u" name="timestamp" direction="in"/>
-  </method>
-  <method name="EventGroup">
-    <arg type="a(isvu)" name="events" direction="in"/>
-    <arg type="ai" name="idErrors" direction="out"/>
-  </method>
-  <method name="AboutToShow">
-    <arg type="i" name="id" direction="in"/>
-    <arg type="b" name="needUpdate" direction="out"/>
-  </method>
-  <method name="AboutToShowGroup">
-    <arg type="ai" name="ids" direction="in"/>
-    <arg type="ai" name="updatesNeeded" direction="out"/>
-    <arg type="ai" name="idErrors" direction="out"/>
-  </method>
-  <signal name="ItemsPropertiesUpdated">
-    <arg type="a(ia{sv})" name="updatedProps"/>
-    <arg type="a(ias)" name="removedProps"/>
-  </signal>
-  <signal name="LayoutUpdated">
-    <arg type="u" name="revision"/>
-    <arg type="i" name="parent"/>
-  </signal>
-  <signal name="ItemActivationRequested">
-    <arg type="i" name="id"/>
-    <arg type="u" name="timestamp"/>
-  </signal>
-</interface></node>)xml";
 
 std::vector<std::string> strings(GVariant* array) {
   std::vector<std::string> all;
@@ -104,7 +50,7 @@ GVariant* interfaceProperty(std::string_view name) {
 
 }  // namespace
 
-/// The arguments of ItemsPropertiesUpdated, gathered.
+/// Collects the arguments of ItemsPropertiesUpdated.
 class DBusMenu::PropertyChanges {
  public:
   PropertyChanges() {
@@ -122,7 +68,7 @@ class DBusMenu::PropertyChanges {
   }
 
   bool empty() const { return empty_; }
-  /// Floating; to be called once.
+  /// Returns a floating tuple; call it once.
   GVariant* end() { return g_variant_new("(a(ia{sv})a(ias))", &updated_, &removed_); }
 
  private:
@@ -139,7 +85,7 @@ const GDBusInterfaceVTable DBusMenu::vtable{
     nullptr,
     {}};
 
-DBusMenu::DBusMenu() : node_(g_dbus_node_info_new_for_xml(introspection, nullptr)) {}
+DBusMenu::DBusMenu() : node_(g_dbus_node_info_new_for_xml(dbusMenuIntrospection, nullptr)) {}
 
 void DBusMenu::exportOn(GDBusConnection* connection) {
   object_.reset();
@@ -188,7 +134,7 @@ void DBusMenu::call(const std::string& method, GVariant* arguments,
       {"EventGroup", &DBusMenu::eventGroup},
       {"AboutToShow", &DBusMenu::aboutToShow},
       {"AboutToShowGroup", &DBusMenu::aboutToShowGroup}};
-  // GDBus lets only the methods of the interface through.
+  // GDBus passes only the methods of the interface.
   (this->*handlers.at(method))(arguments, invocation);
 }
 
@@ -201,7 +147,7 @@ void DBusMenu::getLayout(GVariant* arguments, GDBusMethodInvocation* invocation)
   if (!properties) return refuse(invocation, parent);
   GVariantBuilder children;
   g_variant_builder_init(&children, G_VARIANT_TYPE("av"));
-  // A negative depth asks for everything, however deep.
+  // A negative depth requests all levels.
   if (parent == 0 && depth != 0) {
     for (const MenuItem& item : items_.all()) {
       g_variant_builder_add(
@@ -271,7 +217,7 @@ void DBusMenu::eventGroup(GVariant* arguments, GDBusMethodInvocation* invocation
       clicked.push_back(id);
     }
   }
-  // So the protocol has it: an error only when no event at all found its item.
+  // By the protocol, an error only when no event at all has an item.
   if (!unknown.empty() && unknown.size() == g_variant_n_children(events.get()))
     return refuse(invocation, unknown.front());
   g_dbus_method_invocation_return_value(invocation, g_variant_new("(@ai)", toArray(unknown)));
@@ -305,7 +251,7 @@ void DBusMenu::chooseWhenAnswered(std::vector<std::int32_t> ids) {
 void DBusMenu::choose(std::int32_t id) {
   const MenuItem* item = items_.find(id);
   if (!item || !item->row.enabled || !item->row.action) return;
-  // The action may change the rows or end this menu.
+  // The action may change the rows or destroy this menu.
   const auto action = item->row.action;
   const auto announce = lifetime_.weakly([this, id] { announceMark(id); });
   action();
@@ -313,8 +259,7 @@ void DBusMenu::choose(std::int32_t id) {
 }
 
 void DBusMenu::announceMark(std::int32_t id) {
-  // Panels set the mark by themselves on a click; where it has not come true, nothing else would
-  // take it back.
+  // A panel sets the mark itself on a click. If the toggle did not change, only this takes it back.
   const MenuItem* item = items_.find(id);
   if (!item || item->row.kind != MenuRow::Kind::toggle) return;
   PropertyChanges changes;

@@ -7,26 +7,24 @@
 
 namespace hushbox {
 
-/// One row under the number that the panel knows it by.
+/// One row with the number by which the panel refers to it.
 struct MenuItem {
   std::int32_t id = 0;
   MenuRow row;
 };
 
-/// The rows of a menu, numbered from 1, so that the panel can speak of them while they change.
+/// The rows of a menu, numbered from 1, so that the panel can refer to them while they change.
 ///
-/// A row that stays keeps its number: a button or a switch by its kind and text, a text or a
-/// separator by its kind, all in their order. A number never passes to another button or switch,
-/// nor is it given again after its row has gone: a click that was on its way when the menu changed
-/// reaches the row that was clicked, or none.
+/// A row that continues another keeps its number (see continuedRows()). Other numbers are never
+/// used again: a click on its way while the menu changes reaches the row that was clicked, or none.
 class MenuItems {
  public:
-  /// Shows `rows` from now on; gives what was shown before.
+  /// Replaces all rows; returns the previous ones.
   std::vector<MenuItem> replace(std::vector<MenuRow> rows);
 
   const std::vector<MenuItem>& all() const { return items_; }
 
-  /// Null when no row has that number.
+  /// Returns null when no row has that number.
   const MenuItem* find(std::int32_t id) const;
 
  private:
