@@ -18,6 +18,9 @@ class Display {
   /// The value for DISPLAY, such as ":3".
   const std::string& name() const { return name_; }
 
+  /// Ends the X server, as the end of a login session does.
+  void close() { server_->stop(); }
+
   /// Writes a screenshot of the whole display to a PNG file. Throws DeskError if that fails.
   void screenshot(const std::filesystem::path& file) const;
 

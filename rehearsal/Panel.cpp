@@ -174,7 +174,7 @@ std::string Panel::toolTip() const {
   g_variant_get(reply.get(), "(v)", &boxed);
   const Variant toolTip(boxed);
   const char* text = "";
-  g_variant_get_child(toolTip.get(), 3, "&s", &text);
+  g_variant_get_child(toolTip.get(), 2, "&s", &text);
   return text;
 }
 

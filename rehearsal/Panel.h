@@ -45,7 +45,8 @@ class Panel {
   Area waitForItem() const;
   /// The first item's menu. Throws DeskError if there is no item.
   ItemMenu itemMenu() const;
-  /// The first item's tool tip. The item must belong to another process: this call blocks.
+  /// The title of the first item's tool tip. The item must belong to another process: this call
+  /// blocks.
   std::string toolTip() const;
 
   /// Clicks the item and waits for its menu, like waitForMenu().

@@ -6,7 +6,7 @@
 
 namespace hushbox {
 
-/// A file descriptor that is closed at its holder's end; -1 for none. Move-only.
+/// Owns a file descriptor and closes it when destroyed; -1 for none. Move-only.
 class Descriptor {
  public:
   Descriptor() = default;

@@ -19,7 +19,8 @@ namespace hushbox {
 struct LinuxPlatform {
   /// `bus` and `log` must outlive this.
   LinuxPlatform(SessionBusConnection& bus, UnifiedLog& log, ChildProcessRules rules = {})
-      : childProcesses(std::move(rules)),
+      : accessibility([this] { notifications.add(browserRestartNotice(), nullptr); }),
+        childProcesses(std::move(rules)),
         notifications(mainLoop, bus),
         menuBar(bus, log),
         locale(bus),
@@ -34,6 +35,15 @@ struct LinuxPlatform {
 
   LinuxPlatform(const LinuxPlatform&) = delete;
   LinuxPlatform& operator=(const LinuxPlatform&) = delete;
+
+  /// Shown when accessibility has been switched on: browsers read that switch only at their start.
+  static NotificationRequest browserRestartNotice() {
+    return {.identifier = "accessibility-switched-on",
+            .title = "Accessibility is switched on",
+            .body =
+                "Close all windows of your browser and start it again, so that Hushbox can find "
+                "Teams in it."};
+  }
 
   GLibMainLoop mainLoop;
   PulseAudioHardware audio;

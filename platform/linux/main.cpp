@@ -8,6 +8,7 @@
 
 #include "app/HushboxApp.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/session/DisplayWatch.h"
 #include "platform/linux/session/JournalLog.h"
 #include "platform/linux/session/SingleInstance.h"
 
@@ -36,6 +37,7 @@ int run() {
   LinuxPlatform platform(bus, log, {.standIns = {{"/usr/bin/pmset", powerReport()}}});
   // Return the memory that only the start needed to the system.
   platform.mainLoop.mainAsyncAfter(std::chrono::seconds(10), WorkItem([] { malloc_trim(0); }));
+  const DisplayWatch display([&] { platform.mainLoop.terminate(); });
   return HushboxApp::main();
 }
 

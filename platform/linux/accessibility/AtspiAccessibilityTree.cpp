@@ -23,7 +23,8 @@ AccessibilityError give(const std::string& text, AttributeValue& value) {
 
 }  // namespace
 
-AtspiAccessibilityTree::AtspiAccessibilityTree() : identity_(std::make_shared<char>()) {}
+AtspiAccessibilityTree::AtspiAccessibilityTree(std::function<void()> switchedOn)
+    : switchedOn_(std::move(switchedOn)), identity_(std::make_shared<char>()) {}
 
 AtspiAccessibilityTree::~AtspiAccessibilityTree() = default;
 
@@ -33,7 +34,10 @@ bool AtspiAccessibilityTree::isProcessTrusted() {
 
 bool AtspiAccessibilityTree::isProcessTrustedWithOptions(bool prompt) {
   const bool trusted = isProcessTrusted();
-  if (!trusted && prompt) bus_.enable();
+  if (!trusted && prompt) {
+    bus_.enable();
+    if (switchedOn_) switchedOn_();
+  }
   return trusted;
 }
 

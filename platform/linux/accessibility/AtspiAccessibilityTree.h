@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string_view>
 
@@ -47,7 +48,8 @@ class AtspiAccessibilityTree final : public AccessibilityTree {
   /// the state before the press.
   static constexpr std::chrono::milliseconds pressWait{250};
 
-  AtspiAccessibilityTree();
+  /// Calls `switchedOn` whenever it has switched accessibility on.
+  explicit AtspiAccessibilityTree(std::function<void()> switchedOn = {});
   ~AtspiAccessibilityTree() override;
 
   /// Whether accessibility is switched on for the session and the accessibility bus is there.
@@ -85,6 +87,7 @@ class AtspiAccessibilityTree final : public AccessibilityTree {
   AccessibilityError press(const AtspiElement& element);
   AttributeValue elements(const std::shared_ptr<const AtspiSiblings>& siblings) const;
 
+  const std::function<void()> switchedOn_;
   AtspiBus bus_;
   AtspiPrograms programs_{bus_};
   TeamsDocuments documents_{bus_};

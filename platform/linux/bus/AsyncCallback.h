@@ -8,16 +8,16 @@
 
 namespace hushbox {
 
-/// A function as the callback of one asynchronous GIO call: pass `invoke` and what `data()` gives.
+/// Passes a function to one asynchronous GIO call: `invoke` as the callback, `data()` as its data.
 ///
-/// Whatever the function calls back must be held weakly by it: GIO calls even after a cancellation.
+/// The function must hold its owner weakly: GIO calls back even after the call was cancelled.
 class AsyncCallback {
  public:
   using Function = std::function<void(GObject* source, GAsyncResult* result)>;
 
   AsyncCallback() = delete;
 
-  /// Lives until the call has ended, which is when GIO calls `invoke`.
+  /// The function is destroyed after GIO has called `invoke`.
   static gpointer data(Function function) { return new Function(std::move(function)); }
 
   static void invoke(GObject* source, GAsyncResult* result, gpointer data) {

@@ -18,10 +18,10 @@ constexpr auto busFlags = static_cast<GDBusConnectionFlags>(
 
 }  // namespace
 
-/// The calls of one ask(); gone when nobody waits for them any more.
+/// The calls of one ask(); destroyed when it returns.
 struct BoundedBusConnection::Batch {
   std::vector<BusReply> replies;
-  /// When the wait for each call ends; 0 once it is answered.
+  /// When each call times out; 0 once it has its reply.
   std::vector<gint64> waits;
 
   bool isComplete() const {
@@ -30,10 +30,10 @@ struct BoundedBusConnection::Batch {
   gint64 lastWait() const { return *std::max_element(waits.begin(), waits.end()); }
 };
 
-/// The calls that are under way, which may outlive a connection and even this object.
+/// The calls without a reply yet. They may outlive the connection and the object.
 struct BoundedBusConnection::Unanswered {
   std::size_t total = 0;
-  /// How many calls each peer has left unanswered for longer than we waited.
+  /// Per peer, the number of calls that have timed out and still have no reply.
   std::map<std::string, std::size_t> overdue;
 };
 
@@ -45,7 +45,7 @@ BoundedBusConnection::~BoundedBusConnection() {
   g_main_context_unref(context_);
 }
 
-bool BoundedBusConnection::open(const std::string& address, milliseconds wait) {
+bool BoundedBusConnection::open(const std::string& address, milliseconds timeout) {
   close();
   struct Opening {
     ConnectionPointer connection;
@@ -60,7 +60,7 @@ bool BoundedBusConnection::open(const std::string& address, milliseconds wait) {
         opening->connection.reset(g_dbus_connection_new_for_address_finish(result, nullptr));
         opening->ended = true;
       }));
-  const gint64 until = momentAfter(wait);
+  const gint64 until = momentAfter(timeout);
   iterateContext(
       context_, [&] { return opening->ended; }, [&] { return until; });
   if (!opening->ended) g_cancellable_cancel(cancellable_.get());
@@ -71,10 +71,10 @@ bool BoundedBusConnection::open(const std::string& address, milliseconds wait) {
 }
 
 bool BoundedBusConnection::reach(const std::string& busName, const std::string& address,
-                                 std::int32_t process, milliseconds wait) {
+                                 std::int32_t process, milliseconds timeout) {
   if (!isOpen()) return false;
   const gint64 began = g_get_monotonic_time();
-  auto direct = PeerConnection::open(address, process, wait, context_);
+  auto direct = PeerConnection::open(address, process, timeout, context_);
   if (!direct) {
     lostTime_ += std::chrono::microseconds(g_get_monotonic_time() - began);
     return false;
@@ -92,7 +92,7 @@ void BoundedBusConnection::close() {
   for (const guint subscription : std::exchange(subscriptions_, {}))
     g_dbus_connection_signal_unsubscribe(connection_.get(), subscription);
   direct_.clear();
-  // Cancelled calls end at once, yet only by way of the context.
+  // Cancelled calls finish at once, but only when the context is iterated.
   const gint64 until = momentAfter(milliseconds{1000});
   iterateContext(
       context_, [this] { return unanswered_->total == 0; }, [&] { return until; });
@@ -194,9 +194,9 @@ void BoundedBusConnection::subscribe(const char* sender, const char* interface, 
 }
 
 void BoundedBusConnection::dispatch() {
-  constexpr int sourcesAtOnce = 1000;
+  constexpr int maxDispatches = 1000;
   const ThreadDefaultContext scope(context_);
-  for (int i = 0; i < sourcesAtOnce && g_main_context_iteration(context_, FALSE); ++i) continue;
+  for (int i = 0; i < maxDispatches && g_main_context_iteration(context_, FALSE); ++i) continue;
 }
 
 }  // namespace hushbox

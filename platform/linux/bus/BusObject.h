@@ -5,9 +5,8 @@
 
 namespace hushbox {
 
-/// Names one object of one program on a bus. A unique bus name is never given out again while the
-/// bus lives, and accessible objects' paths are not reused by the toolkits, so this never comes to
-/// mean something else.
+/// Identifies one object of one program on a bus. It stays unambiguous: a bus never reuses a unique
+/// name, and toolkits do not reuse the paths of accessible objects.
 struct BusObject {
   std::string busName;
   std::string path;

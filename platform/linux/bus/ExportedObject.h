@@ -6,14 +6,14 @@
 
 namespace hushbox {
 
-/// An object of ours on a bus, under one path and with one interface, for as long as this lives.
+/// Exports an object with one interface under one path for as long as this lives. Main thread only.
 ///
-/// GDBus checks names and argument types against the interface before it calls; calls come from the
-/// main context. Main thread only.
+/// GDBus checks method names and argument types against the interface before it calls, from the
+/// main context.
 class ExportedObject {
  public:
-  /// `vtable` must outlive this, `self` is what its functions are given. On a connection that is
-  /// closed nobody ever calls.
+  /// `vtable` must outlive this; its functions receive `self`. On a closed connection they are
+  /// never called.
   ExportedObject(GDBusConnection* connection, const char* path, GDBusInterfaceInfo* interface,
                  const GDBusInterfaceVTable& vtable, gpointer self)
       : connection_(g_object_ref(connection)),
@@ -29,8 +29,7 @@ class ExportedObject {
 
   GDBusConnection* connection() const { return connection_.get(); }
 
-  /// Sends a signal of the interface to whoever listens. Takes over floating arguments, which are a
-  /// tuple or null.
+  /// Broadcasts a signal of the interface. Takes over floating arguments, a tuple or null.
   void emit(const char* signal, GVariant* arguments = nullptr) const {
     g_dbus_connection_emit_signal(connection_.get(), nullptr, path_, interface_->name, signal,
                                   arguments, nullptr);

@@ -6,7 +6,7 @@
 
 namespace hushbox {
 
-/// Drops one reference, or frees, by the kind of what GLib handed out.
+/// Releases what GLib returned: drops one reference, or frees it.
 struct GLibRelease {
   void operator()(GVariant* variant) const { g_variant_unref(variant); }
   void operator()(GError* error) const { g_error_free(error); }

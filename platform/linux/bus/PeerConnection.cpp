@@ -11,16 +11,16 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::size_t bytesAtOnce = 16384;
+constexpr std::size_t chunkBytes = 16384;
 
-/// The only kind of address of which it can be told who listens there; for "autolaunch:" GIO would
-/// even start a program.
+/// Whether the listening process can be identified, as only with these addresses; for "autolaunch:"
+/// GIO would even start a program.
 bool isSocketOfProcess(const std::string& address) {
   return (address.starts_with("unix:path=") || address.starts_with("unix:abstract=")) &&
          address.find(';') == address.npos && g_dbus_is_supported_address(address.c_str(), nullptr);
 }
 
-/// The process that began to listen at the socket's other end; -1 when it cannot be told.
+/// The process that listens at the other end of the socket; -1 if unknown.
 pid_t listenerAt(GSocket* socket) {
   const ObjectPointer<GCredentials> credentials(g_socket_get_credentials(socket, nullptr));
   return credentials ? g_credentials_get_unix_pid(credentials.get(), nullptr) : -1;
@@ -31,7 +31,7 @@ bool awaitSocket(GSocket* socket, GIOCondition condition, gint64 end) {
   return left > 0 && g_socket_condition_timed_wait(socket, condition, left, nullptr, nullptr);
 }
 
-/// Sends everything, or does not within the time.
+/// Returns whether all bytes could be sent before the end.
 bool sendAll(GSocket* socket, const std::string& bytes, gint64 end) {
   for (std::size_t sent = 0; sent < bytes.size();) {
     GError* failure = nullptr;
@@ -46,10 +46,9 @@ bool sendAll(GSocket* socket, const std::string& bytes, gint64 end) {
   return true;
 }
 
-/// Names us by our user, which the socket's other end checks, as D-Bus has it before the first
-/// message.
+/// Authenticates by our user ID, which the peer checks, as D-Bus requires before the first message.
 bool authenticate(GSocket* socket, gint64 end) {
-  constexpr std::size_t longestLine = 512;
+  constexpr std::size_t maxLineBytes = 512;
   std::string user;
   for (const char digit : std::to_string(geteuid())) {
     char hexadecimal[3];
@@ -60,8 +59,8 @@ bool authenticate(GSocket* socket, gint64 end) {
   if (!sendAll(socket, "\0AUTH EXTERNAL "s + user + "\r\n", end)) return false;
   std::string line;
   while (!line.ends_with("\r\n")) {
-    if (line.size() > longestLine || !awaitSocket(socket, G_IO_IN, end)) return false;
-    char bytes[longestLine];
+    if (line.size() > maxLineBytes || !awaitSocket(socket, G_IO_IN, end)) return false;
+    char bytes[maxLineBytes];
     const gssize count = g_socket_receive(socket, bytes, sizeof bytes, nullptr, nullptr);
     if (count <= 0) return false;
     line.append(bytes, static_cast<std::size_t>(count));
@@ -76,10 +75,10 @@ ErrorPointer makeError(GIOErrorEnum code, const char* text) {
 }  // namespace
 
 std::unique_ptr<PeerConnection> PeerConnection::open(const std::string& address,
-                                                     std::int32_t process, milliseconds wait,
+                                                     std::int32_t process, milliseconds timeout,
                                                      GMainContext* context) {
   if (!isSocketOfProcess(address)) return nullptr;
-  const gint64 end = g_get_monotonic_time() + std::chrono::microseconds(wait).count();
+  const gint64 end = g_get_monotonic_time() + std::chrono::microseconds(timeout).count();
   ObjectPointer<GIOStream> stream(
       g_dbus_address_get_stream_sync(address.c_str(), nullptr, nullptr, nullptr));
   if (!stream || !G_IS_SOCKET_CONNECTION(stream.get())) return nullptr;
@@ -112,22 +111,22 @@ void PeerConnection::call(const BusCall& call, Answer answer) {
   const std::unique_ptr<guchar, decltype(&g_free)> bytes(
       g_dbus_message_to_blob(message.get(), &size, G_DBUS_CAPABILITY_FLAGS_NONE, nullptr), g_free);
   if (!bytes) {
-    answer({}, makeError(G_IO_ERROR_INVALID_ARGUMENT, "The call cannot be put into bytes").get());
+    answer({}, makeError(G_IO_ERROR_INVALID_ARGUMENT, "The call cannot be encoded").get());
     return;
   }
   outgoing_.append(reinterpret_cast<const char*>(bytes.get()), size);
   pending_.emplace(lastSerial_, Pending{std::move(answer), call.replyType, g_get_monotonic_time()});
 }
 
-void PeerConnection::flush(milliseconds wait) {
+void PeerConnection::flush(milliseconds timeout) {
   if (!isOpen() || outgoing_.empty()) return;
-  const gint64 until = g_get_monotonic_time() + std::chrono::microseconds(wait).count();
+  const gint64 until = g_get_monotonic_time() + std::chrono::microseconds(timeout).count();
   if (!sendAll(socket_, std::exchange(outgoing_, {}), until)) end();
 }
 
-void PeerConnection::giveUp(milliseconds after) {
-  const gint64 since = g_get_monotonic_time() - std::chrono::microseconds(after).count();
-  const ErrorPointer error = makeError(G_IO_ERROR_TIMED_OUT, "No answer in time");
+void PeerConnection::giveUp(milliseconds timeout) {
+  const gint64 since = g_get_monotonic_time() - std::chrono::microseconds(timeout).count();
+  const ErrorPointer error = makeError(G_IO_ERROR_TIMED_OUT, "No reply in time");
   while (!pending_.empty() && pending_.begin()->second.since < since)
     pending_.extract(pending_.begin()).mapped().answer({}, error.get());
 }
@@ -139,7 +138,7 @@ gboolean PeerConnection::onReadable(GSocket*, GIOCondition, gpointer self) {
 }
 
 void PeerConnection::receive() {
-  char bytes[bytesAtOnce];
+  char bytes[chunkBytes];
   GError* failure = nullptr;
   const gssize count = g_socket_receive(socket_, bytes, sizeof bytes, nullptr, &failure);
   const ErrorPointer error(failure);
@@ -149,9 +148,9 @@ void PeerConnection::receive() {
 }
 
 bool PeerConnection::takeMessages() {
-  constexpr std::size_t shortestHeader = 16;
+  constexpr std::size_t minHeaderBytes = 16;
   std::size_t taken = 0;
-  while (incoming_.size() - taken >= shortestHeader) {
+  while (incoming_.size() - taken >= minHeaderBytes) {
     auto* const start = reinterpret_cast<guchar*>(incoming_.data() + taken);
     const std::size_t left = incoming_.size() - taken;
     const gssize needed = g_dbus_message_bytes_needed(start, left, nullptr);
@@ -185,7 +184,7 @@ void PeerConnection::take(GDBusMessage* message) {
   if (g_variant_is_of_type(value.get(), G_VARIANT_TYPE(pending.replyType.c_str()))) {
     pending.answer(std::move(value), nullptr);
   } else {
-    pending.answer({}, makeError(G_IO_ERROR_INVALID_ARGUMENT, "An answer of another type").get());
+    pending.answer({}, makeError(G_IO_ERROR_INVALID_ARGUMENT, "A reply of another type").get());
   }
 }
 

@@ -14,43 +14,43 @@
 
 namespace hushbox {
 
-/// A D-Bus connection straight to one program, with no bus in between and no thread: GIO makes and
-/// reads the messages, they are sent and received here. GIO's own connection hands each to a second
-/// thread and back, which took longer than the program took to answer (0.4 of 1.1 ms for the four
-/// questions before a press).
+/// A D-Bus connection directly to one program, without a bus and without a thread of its own. GIO
+/// encodes and decodes the messages; this class sends and receives them. GIO's own connection
+/// passes each message to a second thread and back, which took longer than the program took to
+/// reply (0.4 of 1.1 ms for the four calls before a press).
 ///
-/// One thread: that which iterates the main context. What is unanswered in the end, the destructor
-/// answers with an error.
+/// Used on one thread, the one that iterates the main context. The destructor fails the calls that
+/// have no reply.
 class PeerConnection {
  public:
-  /// Told once how a call ended: by a value of the call's reply type, or by an error. Must not
-  /// destroy the connection.
+  /// Called once per call, with a value of the call's reply type or with an error. Must not destroy
+  /// the connection.
   using Answer = std::function<void(VariantPointer value, const GError* error)>;
 
-  /// Connects to the UNIX socket that a D-Bus address names. Null when it names something else,
-  /// when not `process` listens there (who lives in a sandbox names a path that may be somebody
-  /// else's outside), and when the two have not come to terms within `wait`.
+  /// Connects to the UNIX socket in a D-Bus address. Returns null when the address names anything
+  /// else, when another process than `process` listens there (the path that a sandboxed program
+  /// names may be another program's outside), and when authentication takes longer than `timeout`.
   static std::unique_ptr<PeerConnection> open(const std::string& address, std::int32_t process,
-                                              std::chrono::milliseconds wait,
+                                              std::chrono::milliseconds timeout,
                                               GMainContext* context);
 
   ~PeerConnection();
   PeerConnection(const PeerConnection&) = delete;
   PeerConnection& operator=(const PeerConnection&) = delete;
 
-  /// False once the program has closed the connection or has sent what is no message; all calls are
-  /// answered with an error then.
+  /// False once the program has closed the connection or has sent anything but a message; all calls
+  /// have then failed.
   bool isOpen() const { return socket_ != nullptr; }
 
-  /// Makes a call; it leaves with the next flush(). The connection must be open.
+  /// Queues a call for the next flush(). The connection must be open.
   void call(const BusCall& call, Answer answer);
 
-  /// Sends all calls made. The socket has room for them unless the program has not read for long;
-  /// when it does not make room within `wait`, the connection ends.
-  void flush(std::chrono::milliseconds wait);
+  /// Sends the queued calls. The socket's buffer takes them unless the program has not read for
+  /// long; the connection is closed when there is no room within `timeout`.
+  void flush(std::chrono::milliseconds timeout);
 
-  /// Answers the calls that have been unanswered for longer than that with an error.
-  void giveUp(std::chrono::milliseconds after);
+  /// Fails the calls that have been without a reply for longer than `timeout`.
+  void giveUp(std::chrono::milliseconds timeout);
 
  private:
   struct Pending {
@@ -63,13 +63,13 @@ class PeerConnection {
 
   static gboolean onReadable(GSocket* socket, GIOCondition condition, gpointer self);
   void receive();
-  /// Takes the messages that have arrived whole; false when it is none.
+  /// Handles the messages that have arrived completely; returns false for anything but a message.
   bool takeMessages();
   void take(GDBusMessage* message);
   void end();
 
   ObjectPointer<GIOStream> stream_;
-  /// Belongs to the stream; null once the connection has ended.
+  /// Belongs to the stream; null once the connection is closed.
   GSocket* socket_;
   GSource* const source_;
   std::uint32_t lastSerial_ = 0;

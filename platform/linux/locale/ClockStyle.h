@@ -2,7 +2,7 @@
 
 namespace hushbox {
 
-/// How a clock counts the day: in two halves or in one piece.
+/// A 12-hour clock with words for the halves of the day, or a 24-hour clock.
 enum class ClockStyle { twelveHours, twentyFourHours };
 
 }  // namespace hushbox

@@ -9,10 +9,10 @@ namespace {
 constexpr std::string_view plainTwelve = "%I:%M:%S %p";
 constexpr std::string_view plainTwentyFour = "%H:%M:%S";
 
-/// A conversion, from its per cent sign to its letter, or the text between two.
+/// A conversion, from its percent sign to its letter, or the text between two.
 using Piece = std::string;
 
-/// The letter of a conversion; 0 for text.
+/// The letter of a conversion; NUL for text.
 char letter(const Piece& piece) {
   return piece.front() == '%' ? piece.back() : '\0';
 }
@@ -37,7 +37,7 @@ bool contains(const std::vector<Piece>& all, std::string_view letters) {
   });
 }
 
-/// Spells out the conversions that stand for several others.
+/// Replaces the conversions that stand for several others by those.
 std::vector<Piece> expanded(const TimeConventions& conventions, std::string_view format) {
   std::vector<Piece> all;
   for (const Piece& piece : pieces(format)) {
@@ -55,7 +55,7 @@ bool isHalved(const std::vector<Piece>& all) {
   return contains(all, "Il");
 }
 
-/// The expanded format in the style that is asked for, if there is one.
+/// The expanded format, in the given style if any.
 std::vector<Piece> styled(const TimeConventions& conventions, std::optional<ClockStyle> style) {
   auto own = expanded(conventions, conventions.time);
   const bool halved = isHalved(own);
@@ -69,7 +69,7 @@ std::vector<Piece> styled(const TimeConventions& conventions, std::optional<Cloc
   return own;
 }
 
-/// Takes away the seconds at `index` with what separates them, or with the word for their unit.
+/// Removes the seconds at `index` together with their separator or the word for their unit.
 void removeSeconds(std::vector<Piece>& all, std::size_t index) {
   all[index].clear();
   Piece* const before = index > 0 && !letter(all[index - 1]) ? &all[index - 1] : nullptr;
@@ -97,7 +97,7 @@ std::string shortTimeFormat(const TimeConventions& conventions, std::optional<Cl
     const char conversion = letter(all[i]);
     if (conversion == 'S') removeSeconds(all, i);
     if (conversion == 'Z' || conversion == 'z') all[i].clear();
-    // A clock is not padded like a column of figures.
+    // Clocks do not pad hours, unlike tables.
     if (all[i] == "%I" || all[i] == "%l") all[i] = "%-I";
     if (all[i] == "%k") all[i] = "%-H";
   }

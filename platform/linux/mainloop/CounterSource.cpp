@@ -12,7 +12,7 @@ namespace hushbox {
 CounterSource::CounterSource(int descriptor, std::function<void()> block)
     : descriptor_(descriptor), block_(std::move(block)) {
   if (descriptor_ < 0) {
-    std::perror("hushbox: cannot make the main loop");
+    std::perror("hushbox: cannot set up the main loop");
     std::abort();
   }
   source_ = g_unix_fd_source_new(descriptor_, G_IO_IN);

@@ -6,15 +6,14 @@
 
 namespace hushbox {
 
-/// An eventfd or a timerfd that the default main context watches: its counter is read and a block
-/// is called, once for however many times it was raised.
+/// Calls a block from the default main context when an eventfd or a timerfd becomes readable: once,
+/// however often its counter was raised. Main thread only.
 ///
-/// Lives on the main thread; nothing is called once it is gone. A source like any other: it does
-/// not fire inside its own block.
+/// Like any source, it does not fire while its own block runs, nor after it has been destroyed.
 class CounterSource {
  public:
-  /// Takes over the descriptor. Ends the program with a sentence when it is -1: without it there is
-  /// no main loop.
+  /// Takes ownership of the descriptor. If it is -1, prints the error and aborts: without it there
+  /// is no main loop.
   CounterSource(int descriptor, std::function<void()> block);
   ~CounterSource();
   CounterSource(const CounterSource&) = delete;

@@ -12,11 +12,11 @@
 
 namespace hushbox {
 
-/// The main loop on GLib's default main context, beside whatever other sources live there.
+/// The main loop on GLib's default main context, which it shares with any other sources.
 ///
-/// The thread that makes it is the main thread. Timers and delayed work count elapsed time, sleep
-/// of the machine included, and never fire early. At its end every timer and every block that has
-/// not run is destroyed, after `finishUtilityWork()`.
+/// The thread that constructs it is the main thread. Timers and delayed work measure elapsed time,
+/// including the machine's sleep, and never fire early. The destructor calls `finishUtilityWork()`
+/// and then destroys all timers and all blocks that have not run.
 class GLibMainLoop final : public MainLoop {
  public:
   GLibMainLoop();
@@ -29,8 +29,8 @@ class GLibMainLoop final : public MainLoop {
   void mainAsync(std::function<void()> block) override;
   void utilityAsync(std::function<void()> block) override;
 
-  /// While it runs, SIGTERM, SIGINT and SIGHUP do what `terminate()` does: the session's own ways
-  /// to end a program. Terminated before it began, it returns at once.
+  /// While it runs, SIGTERM, SIGINT and SIGHUP, with which sessions end programs, do the same as
+  /// `terminate()`. Returns at once if terminated before.
   int run() override;
   void terminate() override;
 
@@ -39,8 +39,8 @@ class GLibMainLoop final : public MainLoop {
   /// was busy, everything then runs in the order in which it happened or was due.
   void setBeforeTimer(std::function<void(Instant due)> hook);
 
-  /// Destroys utility blocks that have not begun and waits for those that have, which takes as long
-  /// as they do. Main thread; to be called while what the blocks use is still there.
+  /// Destroys utility blocks that have not started and waits for those that have, however long they
+  /// run. Main thread; call it while everything the blocks use still exists.
   void finishUtilityWork();
 
  private:

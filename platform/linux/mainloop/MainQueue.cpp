@@ -11,7 +11,7 @@ MainQueue::MainQueue() : source_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), [this] 
 void MainQueue::post(std::function<void()> block) {
   const std::lock_guard lock(mutex_);
   posted_.push_back(std::move(block));
-  // Inside the lock, so that the queue is still there: the block may be the one that ends the loop.
+  // Under the lock, so that the queue still exists: the block may end the loop.
   eventfd_write(source_.descriptor(), 1);
 }
 

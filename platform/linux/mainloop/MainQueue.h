@@ -8,15 +8,15 @@
 
 namespace hushbox {
 
-/// Blocks handed over by any thread, to be run on the default main context in the order of the
-/// calls. Made and destroyed on the main thread; what has not run by then is destroyed unrun.
+/// Runs blocks from any thread on the default main context, in the order they were posted.
+/// Constructed and destroyed on the main thread; blocks that have not run are then destroyed.
 class MainQueue {
  public:
   MainQueue();
   MainQueue(const MainQueue&) = delete;
   MainQueue& operator=(const MainQueue&) = delete;
 
-  /// Any thread. Runs in a later turn of the loop, never inside the call.
+  /// Any thread. Runs in a later turn of the loop, never within this call.
   void post(std::function<void()> block);
 
  private:

@@ -12,13 +12,13 @@ namespace {
 
 using std::chrono::nanoseconds;
 
-/// Far beyond any machine's uptime, and still safe to add to the present moment.
-constexpr TimeInterval longest = std::chrono::hours{24 * 365 * 100};
-constexpr nanoseconds shortestInterval = std::chrono::microseconds{100};
+/// Far beyond any machine's uptime, and added to the present it does not overflow.
+constexpr TimeInterval maxInterval = std::chrono::hours{24 * 365 * 100};
+constexpr nanoseconds minInterval = std::chrono::microseconds{100};
 
 nanoseconds rounded(TimeInterval interval) {
   if (!(interval > TimeInterval::zero())) return nanoseconds::zero();
-  return std::chrono::ceil<nanoseconds>(std::min(interval, longest));
+  return std::chrono::ceil<nanoseconds>(std::min(interval, maxInterval));
 }
 
 timespec timespecOf(nanoseconds span) {
@@ -46,7 +46,7 @@ void TimerQueue::runAfter(TimeInterval delay, std::function<void()> block) {
 }
 
 std::shared_ptr<void> TimerQueue::runEvery(TimeInterval interval, std::function<void()> block) {
-  const nanoseconds span = std::max(rounded(interval), shortestInterval);
+  const nanoseconds span = std::max(rounded(interval), minInterval);
   auto timer = std::make_shared<Timer>(Timer{std::move(block), span});
   add(now() + span, timer);
   return timer;
@@ -58,8 +58,8 @@ void TimerQueue::add(Instant deadline, std::shared_ptr<Timer> timer) {
 }
 
 void TimerQueue::fireDue() {
-  // What falls due from here on waits for the next turn, so that a timer that sets itself again
-  // cannot keep the loop from its other sources.
+  // Timers that become due after this wait for the next turn, so that a timer that restarts itself
+  // cannot keep the other sources of the loop waiting.
   const Instant due = now();
   while (!timers_.empty() && timers_.begin()->first <= due) {
     const auto next = timers_.begin();
@@ -75,7 +75,7 @@ void TimerQueue::fireDue() {
 
 void TimerQueue::arm() {
   itimerspec at{};
-  // Zero would mean never.
+  // Zero would disarm the timer.
   if (!timers_.empty())
     at.it_value = timespecOf(std::max(timers_.begin()->first.time_since_epoch(), nanoseconds{1}));
   timerfd_settime(source_.descriptor(), TFD_TIMER_ABSTIME, &at, nullptr);

@@ -9,12 +9,12 @@
 
 namespace hushbox {
 
-/// Blocks to be run on the default main context at set times, by CLOCK_BOOTTIME: elapsed time that
-/// goes on while the machine sleeps. What fell due during a sleep runs right after it.
+/// Runs blocks on the default main context at given times of CLOCK_BOOTTIME, which includes the
+/// machine's sleep; blocks that become due during a sleep run right after it. Main thread only.
 ///
-/// Never early, by the nanosecond; late by as much as the loop was busy. In order of the times, and
-/// of the calls among equal ones. One descriptor serves all, so an empty queue costs nothing. Main
-/// thread only.
+/// A block never runs early, not by a nanosecond, and is late by as much as the loop was busy.
+/// Blocks run in the order of their times, and among equal times in the order of the calls. All
+/// share one descriptor; an empty queue costs nothing.
 class TimerQueue {
  public:
   TimerQueue();
@@ -28,12 +28,11 @@ class TimerQueue {
   /// after the loop was busy.
   void setBeforeBlock(std::function<void(Instant due)> hook);
 
-  /// Runs `block` once, `delay` from now; one that is negative or no number counts as zero.
+  /// Runs `block` once, `delay` from now; a negative delay or NaN counts as zero.
   void runAfter(TimeInterval delay, std::function<void()> block);
 
-  /// Runs `block` at each whole multiple of `interval` from now on; those that were missed count as
-  /// one. An interval below 0.1 ms counts as that much. Gives the timer's record, kept by the
-  /// queue.
+  /// Runs `block` at each multiple of `interval` from now on, once for all that were missed.
+  /// Intervals below 0.1 ms count as 0.1 ms. Returns the timer's record, which the queue keeps.
   std::shared_ptr<void> runEvery(TimeInterval interval, std::function<void()> block);
 
  private:

@@ -18,7 +18,7 @@ void UtilityQueue::post(std::function<void()> block) {
     const std::lock_guard lock(mutex_);
     posted_.push_back(std::move(block));
     finished.swap(finished_);
-    if (running_.size() < mostThreads) {
+    if (running_.size() < maxThreads) {
       const auto self = running_.emplace(running_.end());
       try {
         *self = std::thread([this, self] { work(self); });
@@ -43,7 +43,7 @@ void UtilityQueue::finish() {
 }
 
 void UtilityQueue::work(Threads::iterator self) {
-  setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), lowering);
+  setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), niceness);
   std::unique_lock lock(mutex_);
   while (!posted_.empty()) {
     auto block = std::move(posted_.front());

@@ -10,30 +10,30 @@
 
 namespace hushbox {
 
-/// Blocks to be run on background threads of lowered priority.
+/// Runs blocks on background threads of lower priority.
 ///
-/// At most `mostThreads` run at a time, further blocks wait their turn. A thread is made when there
-/// is work for it and ends with the work, so that an idle program has none.
+/// At most `maxThreads` blocks run at a time; the others wait. A thread is started when there is
+/// work for it and exits when there is none, so that an idle program has no such thread.
 class UtilityQueue {
  public:
-  /// What a program needs whose background work is a reading a minute, with room for one at each
-  /// call's start; a flood beyond that is better queued than run.
-  static constexpr std::size_t mostThreads = 4;
-  /// In nice steps; children started by a block inherit it.
-  static constexpr int lowering = 5;
+  /// Enough for one battery reading per minute and one at the start of each call; more than that is
+  /// better queued.
+  static constexpr std::size_t maxThreads = 4;
+  /// The nice value of the threads; child processes started by a block inherit it.
+  static constexpr int niceness = 5;
 
   UtilityQueue() = default;
-  /// As `finish()`.
+  /// Calls `finish()`.
   ~UtilityQueue();
   UtilityQueue(const UtilityQueue&) = delete;
   UtilityQueue& operator=(const UtilityQueue&) = delete;
 
-  /// Any thread. `block` is run and destroyed on a background thread. Where the system has no
-  /// thread to give, it waits for the next call.
+  /// Any thread. Runs and destroys `block` on a background thread. If no thread can be started, the
+  /// block waits for the next call.
   void post(std::function<void()> block);
 
-  /// Destroys what has not begun and waits for what has. Main thread only; further blocks are
-  /// welcome afterwards.
+  /// Destroys blocks that have not started and waits for those that have. Main thread only; blocks
+  /// may be posted again afterwards.
   void finish();
 
  private:
@@ -45,7 +45,7 @@ class UtilityQueue {
   std::condition_variable ended_;
   std::deque<std::function<void()>> posted_;
   Threads running_;
-  /// Past their last use of the queue; to be joined by whoever comes next.
+  /// Threads that no longer use the queue; the next call of post() or finish() joins them.
   Threads finished_;
 };
 

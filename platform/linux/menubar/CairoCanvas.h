@@ -6,18 +6,18 @@
 
 namespace hushbox {
 
-/// A cairo context as a canvas. The context's own coordinates, y downward, are the canvas's.
+/// Draws on a cairo context, in the context's own coordinates, with y downward.
 ///
-/// - Alpha goes into the colours, since cairo has no global one; the stroke that clears takes no
-///   notice of it: cairo's clear operator erases wholly what the shape covers, whatever the source.
-/// - A line that is closed onto itself has ends rather than corners, and gets the path's caps
-/// there;
-///   cairo's join for it would be a blunt end under any cap.
-/// - The reds and greens are those of the GNOME palette (Red 2 #ed333b, Green 5 #26a269), of each
-///   hue the one that keeps a contrast of 3:1 to a white panel and to a black one alike.
+/// - Cairo has no global alpha, so alpha is part of each colour. It does not affect the stroke that
+///   clears: cairo's clear operator erases everything under the shape, whatever the source.
+/// - A line that is closed onto itself is drawn with the path's caps; cairo's join would be a blunt
+///   end whatever the cap.
+/// - Red and green are those of the GNOME palette (Red 2 #ed333b, Green 5 #26a269): of each hue,
+/// the
+///   one with a contrast of 3:1 to both a white and a black panel.
 class CairoCanvas final : public Canvas {
  public:
-  /// Draws on `context` as it comes, keeping it alive. A context in an error state draws nothing.
+  /// Holds a reference to `context`. A context in an error state draws nothing.
   explicit CairoCanvas(cairo_t* context);
   ~CairoCanvas() override;
   CairoCanvas(const CairoCanvas&) = delete;

@@ -2,8 +2,7 @@
 
 namespace hushbox {
 
-/// What the user's desktop says about light and dark; the figures of the desktop portal's setting
-/// "color-scheme".
+/// The user's preference for light or dark, with the values of the desktop portal's "color-scheme".
 enum class ColorScheme { noPreference = 0, preferDark = 1, preferLight = 2 };
 
 }  // namespace hushbox

@@ -16,12 +16,12 @@
 
 namespace hushbox {
 
-/// The menu as panels read it, over `com.canonical.dbusmenu`: one level of rows under the root,
-/// which is item 0. Main thread only.
+/// The menu on the session bus, as panels read it (`com.canonical.dbusmenu`): one level of rows
+/// under the root, which is item 0. Main thread only.
 ///
-/// A number that nobody has, or an argument that makes no sense, gets a D-Bus error. What a row
-/// does is done after the panel has its answer. A shortcut is told as Control with the row's
-/// letter; panels show it and do not listen for it.
+/// Unknown item numbers and invalid arguments get a D-Bus error. A row's action runs after the
+/// panel has received its reply. A shortcut is Control with the row's letter; panels show shortcuts
+/// but do not listen for them.
 class DBusMenu {
  public:
   static constexpr const char* path = "/MenuBar";
@@ -30,12 +30,12 @@ class DBusMenu {
   DBusMenu(const DBusMenu&) = delete;
   DBusMenu& operator=(const DBusMenu&) = delete;
 
-  /// Offers the menu on a bus, in place of the one before, if any.
+  /// Exports the menu on a connection, and no longer on the previous one.
   void exportOn(GDBusConnection* connection);
   void withdraw() { object_.reset(); }
 
-  /// Tells the panel what is different: that the layout has changed only when rows came or went,
-  /// otherwise the properties that changed; nothing when nothing did.
+  /// Sends the panel a signal only for what has changed: a new layout when rows were added or
+  /// removed, else the changed properties.
   void setRows(std::vector<MenuRow> rows);
 
  private:
@@ -52,7 +52,7 @@ class DBusMenu {
   void aboutToShow(GVariant* arguments, GDBusMethodInvocation* invocation);
   void aboutToShowGroup(GVariant* arguments, GDBusMethodInvocation* invocation);
 
-  /// Empty when there is no such item.
+  /// Returns nullopt when there is no such item.
   std::optional<MenuItemProperties> propertiesOf(std::int32_t id) const;
   bool has(std::int32_t id) const { return id == 0 || items_.find(id); }
   void announceChangesSince(const std::vector<MenuItem>& before);

@@ -16,7 +16,7 @@ struct Tone {
 
 constexpr Tone white{0xff, 0xff, 0xff};
 constexpr Tone black{0x00, 0x00, 0x00};
-/// Of symbolic icons on light panels, in the Adwaita theme.
+/// The colour of symbolic icons on light panels in the Adwaita theme.
 constexpr Tone darkGrey{0x2e, 0x34, 0x36};
 constexpr Tone middleGrey{0x90, 0x90, 0x90};
 
@@ -27,7 +27,7 @@ struct Colouring {
 };
 
 Colouring colouringFor(PanelTone panel) {
-  // Edges short of solid look softer on a panel that is like neither tone.
+  // Not quite opaque, which looks softer on a panel that is neither dark nor light.
   switch (panel) {
     case PanelTone::dark:
       return {white, black, 0.8};
@@ -39,7 +39,7 @@ Colouring colouringFor(PanelTone panel) {
   return {middleGrey, middleGrey, 0};
 }
 
-/// In pixels; less than one would vanish.
+/// In pixels; thinner than one would be invisible.
 double edgeWidth(int size) {
   return std::max(1.0, size / 20.0);
 }
@@ -64,7 +64,7 @@ Surface draw(const Image& image, int size) {
   return surface;
 }
 
-/// The pixels of the surface in the order of IconPixmap.
+/// The pixels of the surface in the format of IconPixmap.
 std::vector<std::uint8_t> straightArgb(cairo_surface_t* surface, int size) {
   std::vector<std::uint8_t> bytes;
   const auto pixels = static_cast<std::size_t>(size) * static_cast<std::size_t>(size);
@@ -86,7 +86,7 @@ std::vector<std::uint8_t> straightArgb(cairo_surface_t* surface, int size) {
   return bytes;
 }
 
-/// Opacities from 0 to 1, transparent beyond the border.
+/// Opacities from 0 to 1; transparent outside the square.
 class AlphaMap {
  public:
   AlphaMap(const std::vector<std::uint8_t>& argb, int size) : size_(size) {
@@ -99,17 +99,17 @@ class AlphaMap {
                    static_cast<std::size_t>(x)];
   }
 
-  /// What a disc of `radius` pixels around (x, y) touches at most.
+  /// The greatest opacity under a disc of `radius` pixels around (x, y).
   double grown(int x, int y, double radius) const {
     const int reach = static_cast<int>(std::ceil(radius));
-    double most = 0;
+    double max = 0;
     for (int dy = -reach; dy <= reach; ++dy) {
       for (int dx = -reach; dx <= reach; ++dx) {
         const double cover = std::clamp(radius + 0.5 - std::hypot(dx, dy), 0.0, 1.0);
-        most = std::max(most, cover * at(x + dx, y + dy));
+        max = std::max(max, cover * at(x + dx, y + dy));
       }
     }
-    return most;
+    return max;
   }
 
  private:
@@ -121,7 +121,7 @@ std::uint8_t toByte(double value) {
   return static_cast<std::uint8_t>(std::lround(value));
 }
 
-/// The edge lies outside the shape only.
+/// Fills the shape and draws an edge around it.
 void recolour(std::vector<std::uint8_t>& argb, int size, const Colouring& colouring) {
   const AlphaMap shape(argb, size);
   auto byte = argb.begin();

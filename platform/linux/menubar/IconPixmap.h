@@ -8,21 +8,20 @@
 
 namespace hushbox {
 
-/// A square picture as status items carry it: rows from the top, four bytes a pixel in the order
-/// alpha, red, green, blue, the colours not multiplied by the alpha.
+/// A square picture in the format of status items: rows from the top, four bytes per pixel in the
+/// order alpha, red, green, blue, not premultiplied.
 ///
-/// **How a template is recoloured.** On a panel of which nothing is known, it is filled in a grey
-/// that keeps a contrast of 3:1 and more to panels from white to light grey and from dark grey to
-/// black. On a panel that is taken for dark or for light it is white or dark grey, as its
-/// neighbours are; and because that may be wrong (see PanelTone), it has a thin edge in the
-/// opposite tone, which cannot be seen when it is right and draws the shape when it is not. Images
-/// that are no template keep their own colours.
+/// **How a template is recoloured.** On a panel of unknown tone it is grey, with a contrast of at
+/// least 3:1 to panels from white to light grey and from dark grey to black. On a dark or light
+/// panel it is white or dark grey, like its neighbours. Because the tone is a guess (see
+/// PanelTone), it then has a thin edge in the opposite tone: invisible if the guess is right, and
+/// the outline of the shape if it is wrong. Images that are not templates keep their own colours.
 struct IconPixmap {
   /// In pixels, each way.
   int size = 0;
   std::vector<std::uint8_t> bytes;
 
-  /// Draws `image` afresh, filling the square. Where it draws nothing, all is transparent.
+  /// Draws `image` to fill the square; where it draws nothing, the square is transparent.
   static IconPixmap render(const Image& image, int size, PanelTone panel);
 
   friend bool operator==(const IconPixmap&, const IconPixmap&) = default;

@@ -14,7 +14,7 @@ std::string label(const MenuRow& row) {
   return text;
 }
 
-/// One key press: a list of lists, since a shortcut may be a sequence of them.
+/// A shortcut with one key press; the format allows for a sequence of them.
 GVariant* controlWith(const std::string& keyEquivalent) {
   const std::string letter = panelText(keyEquivalent);
   const std::array keys{"Control", letter.c_str()};

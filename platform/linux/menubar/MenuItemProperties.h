@@ -12,23 +12,23 @@ namespace hushbox {
 /// The properties of one item of a `com.canonical.dbusmenu` menu. A move-only value.
 class MenuItemProperties {
  public:
-  /// Those of the item that all rows lie under.
+  /// The properties of the root, the parent of all rows.
   static MenuItemProperties ofRoot();
 
-  /// A text is an item that is not enabled. The label is the row's text with underscores doubled:
-  /// one by itself would mark the letter that chooses the row. A key equivalent goes with Control.
+  /// A text is a disabled item. Underscores in the label are doubled, since a single one would mark
+  /// the row's mnemonic. A key equivalent is pressed with Control.
   static MenuItemProperties of(const MenuRow& row);
 
-  /// What it takes to come here from `before`: properties that are new or different.
+  /// The properties that are new or different compared to `before`.
   MenuItemProperties changesSince(const MenuItemProperties& before) const;
-  /// The names of those that `before` had and this has not.
+  /// The names of the properties that `before` had and these have not.
   std::vector<const char*> missingFrom(const MenuItemProperties& before) const;
 
   bool empty() const { return values_.empty(); }
-  /// Null when there is no such property.
+  /// Returns null when there is no such property.
   GVariant* find(const std::string& name) const;
 
-  /// `a{sv}` of the properties called `names`, or of all when there are no names; floating.
+  /// A floating `a{sv}` of the properties in `names`, or of all properties when `names` is empty.
   GVariant* dictionary(const std::vector<std::string>& names = {}) const;
 
  private:

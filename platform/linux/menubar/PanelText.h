@@ -5,8 +5,8 @@
 
 namespace hushbox {
 
-/// `text` as a panel may show it, and as the bus takes it: well-formed UTF-8 without NUL, on one
-/// line, every control character spelt out.
+/// `text` made safe for the bus and for a panel: valid UTF-8 without NUL, on one line, with control
+/// characters escaped.
 std::string panelText(std::string_view text);
 
 }  // namespace hushbox

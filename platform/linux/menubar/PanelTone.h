@@ -6,12 +6,12 @@
 
 namespace hushbox {
 
-/// What the panel that an icon lies on is taken for.
+/// The presumed tone of the panel that shows the icon.
 enum class PanelTone { unknown, dark, light };
 
-/// Nobody tells an item what its panel looks like, so this is a guess, from the desktop's colour
-/// scheme (it speaks of windows; a panel mostly goes with them) and from its name, as
-/// XDG_CURRENT_DESKTOP has it ("ubuntu:GNOME"): GNOME's bar is black in either scheme.
+/// Panels do not report their colours, so this guesses from the desktop's colour scheme, which is
+/// about windows but mostly fits panels too, and from its name in XDG_CURRENT_DESKTOP, such as
+/// "ubuntu:GNOME": GNOME's bar is black in both schemes.
 PanelTone guessPanelTone(ColorScheme scheme, std::string_view desktop);
 
 }  // namespace hushbox

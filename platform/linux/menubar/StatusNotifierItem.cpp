@@ -5,31 +5,11 @@
 
 #include "platform/linux/menubar/DBusMenu.h"
 #include "platform/linux/menubar/PanelText.h"
+#include "platform/linux/menubar/RightClick.h"
+#include "platform/linux/menubar/StatusNotifierItemIntrospection.h"
 
 namespace hushbox {
 namespace {
-
-constexpr const char* introspection = R"xml(<node><interface name="org.kde.StatusNotifierItem">
-  <property name="Category" type="s" access="read"/>
-  <property name="Id" type="s" access="read"/>
-  <property name="Title" type="s" access="read"/>
-  <property name="Status" type="s" access="read"/>
-  <property name="WindowId" type="i" access="read"/>
-  <property name="IconName" type="s" access="read"/>
-  <property name="IconThemePath" type="s" access="read"/>
-  <property name="IconPixmap" type="a(iiay)" access="read"/>
-  <property name="IconAccessibleDesc" type="s" access="read"/>
-  <property name="OverlayIconName" type="s" access="read"/>
-  <property name="OverlayIconPixmap" type="a(iiay)" access="read"/>
-  <property name="AttentionIconName" type="s" access="read"/>
-  <property name="AttentionIconPixmap" type="a(iiay)" access="read"/>
-  <property name="AttentionMovieName" type="s" access="read"/>
-  <property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
-  <property name="ItemIsMenu" type="b" access="read"/>
-  <property name="Menu" type="o" access="read"/>
-  <signal name="NewIcon"/>
-  <signal name="NewToolTip"/>
-</interface></node>)xml";
 
 constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
 constexpr const char* watcherPath = "/StatusNotifierWatcher";
@@ -41,6 +21,11 @@ constexpr std::chrono::milliseconds registerTimeout{25'000};
 /// themselves take the largest.
 constexpr int sizes[] = {16, 18, 22, 24, 32, 36, 44, 48, 64};
 
+void refuse(GDBusMethodInvocation* invocation) {
+  g_dbus_method_invocation_return_error(invocation, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_METHOD,
+                                        "The item offers only its menu");
+}
+
 GVariant* noPixmaps() {
   return g_variant_new_array(G_VARIANT_TYPE("(iiay)"), nullptr, 0);
 }
@@ -48,7 +33,9 @@ GVariant* noPixmaps() {
 }  // namespace
 
 const GDBusInterfaceVTable StatusNotifierItem::vtable{
-    nullptr,
+    [](GDBusConnection*, const char* sender, const char*, const char*, const char*, GVariant*,
+       GDBusMethodInvocation* invocation,
+       gpointer self) { static_cast<StatusNotifierItem*>(self)->activate(sender, invocation); },
     [](GDBusConnection*, const char*, const char*, const char*, const char* name, GError**,
        gpointer self) { return static_cast<StatusNotifierItem*>(self)->property(name); },
     nullptr,
@@ -58,7 +45,7 @@ StatusNotifierItem::StatusNotifierItem(SessionBusConnection& bus,
                                        std::function<void(const std::string&)> refused)
     : bus_(bus),
       refused_(std::move(refused)),
-      node_(g_dbus_node_info_new_for_xml(introspection, nullptr)) {}
+      node_(g_dbus_node_info_new_for_xml(statusNotifierItemIntrospection, nullptr)) {}
 
 StatusNotifierItem::~StatusNotifierItem() {
   withdraw();
@@ -128,11 +115,17 @@ GVariant* StatusNotifierItem::pixmaps() const {
 }
 
 GVariant* StatusNotifierItem::toolTip() const {
-  // The text of a tool tip is markup, unlike its title.
-  char* markup = g_markup_escape_text(panelText(description_).c_str(), -1);
-  GVariant* toolTip = g_variant_new("(s@a(iiay)ss)", "", noPixmaps(), title, markup);
-  g_free(markup);
-  return toolTip;
+  // In the title, which is the first line, and on some panels the only one.
+  return g_variant_new("(s@a(iiay)ss)", "", noPixmaps(), panelText(description_).c_str(), "");
+}
+
+void StatusNotifierItem::activate(const std::string& caller,
+                                  GDBusMethodInvocation* invocation) const {
+  if (caller != watcher_) return refuse(invocation);
+  clickRightButton([invocation](bool clicked) {
+    if (!clicked) return refuse(invocation);
+    g_dbus_method_invocation_return_value(invocation, nullptr);
+  });
 }
 
 void StatusNotifierItem::watchForWatcher() {

@@ -24,8 +24,10 @@ namespace hushbox {
 /// Once it has an icon, the item registers with the watcher (`org.kde.StatusNotifierWatcher`), and
 /// again each time that a watcher appears.
 ///
-/// The item offers only its menu (`ItemIsMenu`), so it has no Activate and no ContextMenu. A panel
-/// that calls one of them gets an error, at which panels open the menu themselves.
+/// The item offers only its menu (`ItemIsMenu`), so most panels open the menu on a left click, some
+/// of them after Activate has returned an error. LXQt's panel calls Activate on a left click and
+/// ignores the error; it opens the menu on a right click only. So Activate makes that right click
+/// when the panel's own process calls it and the display allows it, and else returns an error.
 class StatusNotifierItem {
  public:
   static constexpr const char* path = "/StatusNotifierItem";
@@ -39,6 +41,7 @@ class StatusNotifierItem {
 
   /// Exports the item on a connection, and no longer on the previous one.
   void exportOn(GDBusConnection* connection);
+  /// Ends the export. A panel goes on showing the item until the connection is closed.
   void withdraw();
 
   /// Whether the present watcher has accepted the item.
@@ -58,6 +61,8 @@ class StatusNotifierItem {
   GVariant* toolTip() const;
   /// Renders the icon in all sizes; returns whether any pixel has changed.
   bool render();
+  /// Takes over the invocation.
+  void activate(const std::string& caller, GDBusMethodInvocation* invocation) const;
   void watchForWatcher();
   void registerWith(const char* watcher);
   void noteReply(const std::string& watcher, const BusReply& reply);

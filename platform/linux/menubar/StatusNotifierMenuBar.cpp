@@ -67,14 +67,14 @@ void StatusNotifierMenuBar::panelTimedOut() {
   if (item_.isRegistered()) return;
   if (!bus_.isConnected()) return reportAbsence("The session bus does not answer");
   reportAbsence(
-      "No panel on this desktop shows status items (nobody owns org.kde.StatusNotifierWatcher; "
+      "No panel on this desktop shows status items (org.kde.StatusNotifierWatcher has no owner; "
       "GNOME needs its AppIndicator extension)");
 }
 
 void StatusNotifierMenuBar::reportAbsence(const std::string& text) {
   if (std::exchange(reported_, true)) return;
   log_.write(bundleIdentifier, "panel", LogLevel::error,
-             panelText(text) + ". Hushbox works on without its icon.");
+             panelText(text) + ". Hushbox runs without its icon.");
 }
 
 }  // namespace hushbox

@@ -8,7 +8,7 @@
 namespace hushbox {
 namespace {
 
-// Figures from UPower's interface description of org.freedesktop.UPower.Device.
+// Values from UPower's documentation of org.freedesktop.UPower.Device.
 constexpr guint32 stateUnknown = 0;
 constexpr guint32 levelUnknown = 0;
 constexpr guint32 levelIsPercentage = 1;
@@ -31,7 +31,7 @@ guint32 figure(GVariant* properties, const char* name) {
   return value;
 }
 
-/// The report's word for a state. A battery that is full or waits for its turn hangs on a cable.
+/// The report's word for a state. A battery that is full or waiting to be charged is on a cable.
 const char* word(unsigned state) {
   switch (state) {
     case 1:
@@ -59,12 +59,12 @@ std::optional<AccessoryBattery> AccessoryBattery::fromProperties(GVariant* prope
       !(percentage >= 0 && percentage <= 100))
     return std::nullopt;
 
-  // Words such as "low" come with a percentage that UPower made up.
+  // A level in words, such as "low", comes with a percentage that UPower made up.
   const guint32 level = figure(properties, "BatteryLevel");
   if (level != levelUnknown && level != levelIsPercentage) return std::nullopt;
 
   const guint32 state = figure(properties, "State");
-  // What UPower shows for a device that has not said anything yet.
+  // UPower's values for a device that has not reported anything yet.
   if (state == stateUnknown && percentage == 0) return std::nullopt;
 
   const std::string vendor = textProperty(properties, "Vendor");
@@ -75,7 +75,7 @@ std::optional<AccessoryBattery> AccessoryBattery::fromProperties(GVariant* prope
 
 std::string AccessoryBattery::reportLine() const {
   std::string shown = text::escapedForTerminal(name);
-  // A name must not be taken for a level.
+  // The reader of the report looks for a percent sign.
   std::ranges::replace(shown, '%', ' ');
   return " -" + shown + '\t' + std::to_string(level) + "%; " + word(state) + "; present: true\n";
 }

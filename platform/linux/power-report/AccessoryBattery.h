@@ -7,17 +7,18 @@
 
 namespace hushbox {
 
-/// The battery of an accessory, as UPower knows it.
+/// The battery of an accessory, from UPower.
 struct AccessoryBattery {
-  /// What the user knows the accessory by; any text.
+  /// The accessory's name for the user; any text.
   std::string name;
   /// In percent, 0 to 100.
   int level = 0;
-  /// In UPower's figures.
+  /// A value of UPower's property State.
   unsigned state = 0;
 
-  /// Reads a device's properties (an a{sv}). Empty for what powers the computer itself, for a
-  /// battery that is not there, and where the level is unknown or only a rough guess.
+  /// Reads the properties of a device (an a{sv}). Returns nullopt for a battery or supply that
+  /// powers the computer itself, for an absent battery, and for a level that is unknown or a rough
+  /// guess.
   static std::optional<AccessoryBattery> fromProperties(GVariant* properties);
 
   /// One line of the power report, with its line feed: name, tab, level, state.

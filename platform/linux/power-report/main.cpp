@@ -8,19 +8,18 @@
 #include "platform/linux/bus/GLibPointers.h"
 #include "platform/linux/power-report/AccessoryBattery.h"
 
-/// Prints the batteries of the accessories that UPower knows, one a line, for the battery reading
-/// of Hushbox; the arguments are not looked at. Exits with 0 when UPower answered, with 1 and no
-/// output when it did not.
+/// Prints the batteries of the accessories that UPower knows, one per line, for Hushbox's battery
+/// reading. Ignores its arguments. Exits with 0 when UPower replied, else with 1 and no output.
 namespace {
 
 using namespace hushbox;
 
-/// In seconds, for everything: UPower answers within milliseconds, or something is wrong.
-constexpr unsigned timeLimit = 2;
+/// For the whole program: UPower replies within milliseconds unless something is wrong.
+constexpr unsigned timeoutSeconds = 2;
 
 constexpr const char* upower = "org.freedesktop.UPower";
 
-/// Leaves the waiting to the time limit of the whole.
+/// Without a timeout of its own: the program has one.
 VariantPointer call(GDBusConnection* bus, const char* path, const char* interface,
                     const char* method, GVariant* arguments, const char* answer) {
   return VariantPointer(g_dbus_connection_call_sync(bus, upower, path, interface, method, arguments,
@@ -31,7 +30,7 @@ VariantPointer call(GDBusConnection* bus, const char* path, const char* interfac
 std::string lineFor(GDBusConnection* bus, const char* device) {
   const auto answer = call(bus, device, "org.freedesktop.DBus.Properties", "GetAll",
                            g_variant_new("(s)", "org.freedesktop.UPower.Device"), "(a{sv})");
-  // Unplugged in the meantime.
+  // The device was unplugged meanwhile.
   if (!answer) return {};
   const VariantPointer properties(g_variant_get_child_value(answer.get(), 0));
   const auto battery = AccessoryBattery::fromProperties(properties.get());
@@ -41,9 +40,9 @@ std::string lineFor(GDBusConnection* bus, const char* device) {
 }  // namespace
 
 int main() {
-  // Whatever it is that hangs, the kernel ends it, before anything has been printed.
+  // Whatever hangs, the alarm ends the program before it has printed anything.
   std::signal(SIGALRM, [](int) { _exit(1); });
-  alarm(timeLimit);
+  alarm(timeoutSeconds);
 
   const ConnectionPointer bus(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
   if (!bus) return 1;

@@ -11,21 +11,21 @@
 
 namespace hushbox {
 
-/// What holds for every child process of the program; shared with each, which may be the last to
-/// go. Any thread.
+/// What applies to every child process of the program. Each child process shares it and may outlive
+/// the factory. Any thread.
 struct ChildProcessRules {
-  /// Paths of tools that this system does not have, with those of the programs that print the same
-  /// report here. Other paths are run as they stand.
+  /// For the path of a tool that this system does not have, the path of the program that prints the
+  /// same report here. Other paths are run unchanged.
   std::map<std::string, std::string> standIns;
 
-  /// From launch to exit. A report takes milliseconds, and a hung one must be over well before the
-  /// next is asked for a minute later.
-  std::chrono::milliseconds timeLimit{10'000};
+  /// From launch to exit. A report takes milliseconds, and one that hangs must be over well before
+  /// the next, a minute later.
+  std::chrono::milliseconds timeout{10'000};
 
-  /// Of standard output, in bytes: hundreds of times what a report with every accessory holds.
-  std::size_t outputLimit = std::size_t{1} << 20;
+  /// For standard output: hundreds of times the size of a report with every accessory.
+  std::size_t maxOutputBytes = std::size_t{1} << 20;
 
-  /// An eventfd, raised for good when the program ends and no child is to be waited for.
+  /// An eventfd, raised once when the program ends: from then on no child is waited for.
   Descriptor ending{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
 };
 

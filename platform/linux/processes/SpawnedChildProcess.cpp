@@ -17,11 +17,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// How long a killed child gets to be gone. One that the kernel cannot let go of yet, because it
-/// waits for a dead disk, is left behind.
-constexpr std::chrono::milliseconds killedTime{1'000};
+/// How long to wait for a killed child to exit. One that the kernel cannot end yet, because it
+/// waits for a broken disk, is left behind.
+constexpr std::chrono::milliseconds killTimeout{1'000};
 
-/// Whether `descriptor` became readable before the deadline and before the program's end.
+/// Waits until `descriptor` is readable; returns false at the deadline or when the program ends.
 bool becomesReadable(int descriptor, const ChildProcessRules& rules, Clock::time_point deadline) {
   std::array<pollfd, 2> watched{{{descriptor, POLLIN, 0}, {rules.ending.get(), POLLIN, 0}}};
   for (;;) {
@@ -33,8 +33,8 @@ bool becomesReadable(int descriptor, const ChildProcessRules& rules, Clock::time
   }
 }
 
-/// The spawn attributes: a process group of its own, and signals as a program expects them at its
-/// start whatever we or our libraries did to ours.
+/// The spawn attributes: a process group of its own, and signals at the defaults that a program
+/// expects, whatever we or our libraries have changed.
 class Attributes {
  public:
   Attributes() {
@@ -59,8 +59,8 @@ class Attributes {
   posix_spawnattr_t attributes_;
 };
 
-/// The file actions: standard output to the pipe, everything beyond the standard streams closed,
-/// also what some library forgot to mark as ours.
+/// The file actions: standard output goes to the pipe, and all descriptors except the standard
+/// streams are closed, even those that a library opened without CLOEXEC.
 class FileActions {
  public:
   explicit FileActions(int standardOutput) {
@@ -87,7 +87,7 @@ SpawnedChildProcess::~SpawnedChildProcess() {
 }
 
 bool SpawnedChildProcess::launch() {
-  deadline_ = Clock::now() + rules_->timeLimit;
+  deadline_ = Clock::now() + rules_->timeout;
   pollfd ending{rules_->ending.get(), POLLIN, 0};
   if (pid_ || poll(&ending, 1, 0) != 0) return false;
 
@@ -96,7 +96,7 @@ bool SpawnedChildProcess::launch() {
   words.insert(words.end(), arguments_.begin(), arguments_.end());
   std::vector<char*> arguments;
   for (std::string& word : words) {
-    // It would be cut short there, and another file run than was asked for.
+    // A NUL would truncate the word, and perhaps run another file.
     if (word.find('\0') != std::string::npos) return false;
     arguments.push_back(word.data());
   }
@@ -119,7 +119,7 @@ std::string SpawnedChildProcess::readDataToEndOfFile() {
   const Descriptor output = std::move(output_);
   std::string data;
   std::array<char, 4096> chunk;
-  while (output && data.size() <= rules_->outputLimit &&
+  while (output && data.size() <= rules_->maxOutputBytes &&
          becomesReadable(output.get(), *rules_, deadline_)) {
     const ssize_t count = read(output.get(), chunk.data(), chunk.size());
     if (count == 0) return data;
@@ -132,10 +132,10 @@ std::string SpawnedChildProcess::readDataToEndOfFile() {
 void SpawnedChildProcess::waitUntilExit() {
   if (!pid_) return;
   const Descriptor exit(static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
-  // Without a way to wait for so long and no longer, its time is up now.
+  // Without a descriptor there is no way to wait with a timeout, so kill it now.
   if (!exit || !becomesReadable(exit.get(), *rules_, deadline_)) killGroup();
   pollfd ended{exit.get(), POLLIN, 0};
-  while (poll(&ended, 1, static_cast<int>(killedTime.count())) < 0 && errno == EINTR) {
+  while (poll(&ended, 1, static_cast<int>(killTimeout.count())) < 0 && errno == EINTR) {
   }
   waitpid(pid_, nullptr, WNOHANG);
   pid_ = 0;

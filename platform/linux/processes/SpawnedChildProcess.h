@@ -14,8 +14,8 @@
 
 namespace hushbox {
 
-/// A child process in a process group of its own. It is given nothing of ours but the standard
-/// streams and the environment. One that has not been waited for is killed at the end of this.
+/// A child process in a process group of its own. It inherits only the standard streams and the
+/// environment. The destructor kills a child that has not been waited for.
 class SpawnedChildProcess final : public ChildProcess {
  public:
   explicit SpawnedChildProcess(std::shared_ptr<const ChildProcessRules> rules)
@@ -25,11 +25,11 @@ class SpawnedChildProcess final : public ChildProcess {
   void setExecutablePath(const std::string& path) override { path_ = path; }
   void setArguments(const std::vector<std::string>& arguments) override { arguments_ = arguments; }
 
-  /// False, too, once the program is ending. To be called once.
+  /// Returns false also while the program ends. Call it once.
   bool launch() override;
 
-  /// Empty, not cut short, when the child exceeded its limits: half a report could be taken for a
-  /// whole one. Data that a descendant still holds back after that is not waited for.
+  /// Returns nothing, not a part, when the child exceeded its limits: half a report could pass for
+  /// a whole one. Does not wait for output of a descendant that holds the pipe open after that.
   std::string readDataToEndOfFile() override;
 
   void waitUntilExit() override;
@@ -40,7 +40,7 @@ class SpawnedChildProcess final : public ChildProcess {
   std::shared_ptr<const ChildProcessRules> rules_;
   std::string path_;
   std::vector<std::string> arguments_;
-  /// 0 before the launch and once it has been waited for.
+  /// 0 before launch() and after waitUntilExit().
   pid_t pid_ = 0;
   std::chrono::steady_clock::time_point deadline_;
   Descriptor output_;

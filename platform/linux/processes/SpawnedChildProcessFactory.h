@@ -7,18 +7,18 @@
 
 namespace hushbox {
 
-/// Makes child processes by posix_spawn. Any thread.
+/// Makes child processes with posix_spawn. Any thread.
 ///
-/// A child may misbehave in any way and still costs no more than its limits: one that exceeds them
-/// is killed together with its process group, and its output counts as none.
+/// A child that exceeds the limits of the rules is killed together with its process group, and its
+/// output is discarded.
 class SpawnedChildProcessFactory final : public ChildProcessFactory {
  public:
   explicit SpawnedChildProcessFactory(ChildProcessRules rules);
 
   std::unique_ptr<ChildProcess> make() override;
 
-  /// For the program's end: takes every child as having exceeded its limits, so that nobody waits
-  /// for one any longer; later ones cannot be launched.
+  /// For the end of the program: treats every child as having exceeded its limits, so that waiting
+  /// for it ends at once. Later children cannot be launched.
   void endAll();
 
  private:

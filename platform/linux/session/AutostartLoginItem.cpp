@@ -18,9 +18,9 @@ namespace {
 constexpr const char* group = G_KEY_FILE_DESKTOP_GROUP;
 constexpr const char* enabledByDesktop = "X-GNOME-Autostart-enabled";
 
-/// A command line of this one program, by the quoting rules for the key "Exec".
+/// A command line of this program alone, quoted as the key "Exec" requires.
 std::string commandLine(const std::string& program) {
-  // GLib looks for a program named in first place before it resolves the doubled sign.
+  // GLib looks up the first word before it turns the doubled percent sign into one.
   std::string quoted = program.find('%') == program.npos ? "\"" : "/usr/bin/env \"";
   for (const char c : program) {
     if (std::string_view("\"`$\\").find(c) != std::string_view::npos) quoted += '\\';
@@ -30,13 +30,13 @@ std::string commandLine(const std::string& program) {
   return quoted + '"';
 }
 
-/// Whether an entry can name the program: some desktops take "=" for an assignment.
+/// Whether an entry can name the program. Some desktops read "=" as an assignment.
 bool canBeNamed(const std::string& program) {
   return program.starts_with('/') && text::isValidUtf8(program) &&
          program.find_first_of(std::string_view("=\0", 2)) == program.npos;
 }
 
-/// The whole entry. The second layer of escapes, that of key files, is GLib's part.
+/// The whole entry. GLib adds the second layer of escapes, that of key files.
 std::string entry(const std::string& program) {
   const std::unique_ptr<GKeyFile, void (*)(GKeyFile*)> file(g_key_file_new(), g_key_file_unref);
   const auto set = [&](const char* key, const char* value) {
@@ -63,7 +63,7 @@ AutostartLoginItem::AutostartLoginItem(const std::filesystem::path& folder, std:
     : file_(folder / (std::string(bundleIdentifier) + ".desktop")), program_(std::move(program)) {}
 
 std::filesystem::path AutostartLoginItem::sessionFolder() {
-  // Not GLib's answer, which stays what it was when it was first asked for in the process.
+  // Not from GLib, which reads the variables only once per process.
   if (const char* folder = std::getenv("XDG_CONFIG_HOME"); folder && *folder == '/')
     return std::filesystem::path(folder) / "autostart";
   if (const char* home = std::getenv("HOME"); home && *home == '/')

@@ -7,31 +7,30 @@
 
 namespace hushbox {
 
-/// The program's entry among the applications that the desktop starts at login (XDG autostart):
-/// a file of the bundle identifier's name. Main thread only.
+/// The program's entry among the applications that the desktop starts at login (XDG autostart), a
+/// file named after the bundle identifier. Main thread only.
 ///
-/// An entry that the user or the desktop has switched off, that is not for this desktop, cannot be
-/// read, or names a program that is not there starts nothing and counts as not registered.
+/// An entry that is switched off, meant for another desktop or unreadable, or whose program does
+/// not exist, starts nothing and counts as not registered.
 class AutostartLoginItem final : public LoginItem {
  public:
-  /// `folder` is where the entries are, `program` the absolute path of what is to be started.
+  /// `folder` holds the entries; `program` is the absolute path of the program to start.
   AutostartLoginItem(const std::filesystem::path& folder, std::string program);
 
-  /// $XDG_CONFIG_HOME/autostart, by default ~/.config/autostart. Empty without a home.
+  /// $XDG_CONFIG_HOME/autostart, by default ~/.config/autostart. Empty without a home folder.
   static std::filesystem::path sessionFolder();
 
-  /// The file of the running program; to be asked for at its start, since an update may replace the
-  /// file later. Empty when it cannot be told.
+  /// The path of the running program; empty if unknown. Call it at the start, since an update may
+  /// replace the file later.
   static std::string runningProgram();
 
   Status status() override;
 
-  /// Writes the entry as a whole or not at all, and makes the folder if need be. False for a
-  /// program whose path cannot be put into an entry: one that is not absolute, is no UTF-8 or
-  /// contains "=".
+  /// Writes the entry atomically, creating the folder if necessary. Returns false also for a path
+  /// that cannot stand in an entry: one that is not absolute, is not UTF-8 or contains "=".
   bool registerItem() override;
 
-  /// True, too, when there was no entry.
+  /// Returns true also when there was no entry.
   bool unregisterItem() override;
 
  private:

@@ -16,13 +16,13 @@
 namespace hushbox {
 namespace {
 
-/// The journal knows the levels by the numbers of syslog(3).
+/// The level as a number of syslog(3), which the journal uses.
 std::string_view priority(LogLevel level) {
   return level == LogLevel::error ? "3" : "6";
 }
 
-/// Appends a field of the journal's protocol in the form that any value fits: name, newline, 64-bit
-/// little-endian length, value, newline.
+/// Appends a field in the form of the journal's protocol that allows any value: name, newline,
+/// 64-bit little-endian length, value, newline.
 void appendField(std::string& record, std::string_view name, std::string_view value) {
   record.append(name).append(1, '\n');
   for (unsigned bits = 0; bits < 64; bits += 8)
@@ -30,7 +30,7 @@ void appendField(std::string& record, std::string_view name, std::string_view va
   record.append(value).append(1, '\n');
 }
 
-/// The text up to the limit, without a broken character at its end.
+/// The text up to the limit in bytes, without an incomplete character at its end.
 std::string_view cut(std::string_view text, std::size_t limit) {
   if (text.size() <= limit) return text;
   std::size_t end = limit;
@@ -43,20 +43,20 @@ std::string_view cut(std::string_view text, std::size_t limit) {
 JournalLog::JournalLog(std::string socketPath, int standardError)
     : socketPath_(std::move(socketPath)),
       standardError_(standardError),
-      watched_(isatty(standardError) == 1),
+      isTerminal_(isatty(standardError) == 1),
       socket_(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {}
 
 void JournalLog::write(std::string_view subsystem, std::string_view category, LogLevel level,
                        std::string_view text) {
-  const std::string escaped = text::escapedForTerminal(cut(text, longestText));
-  const std::string_view printable = cut(escaped, longestText);
+  const std::string escaped = text::escapedForTerminal(cut(text, maxTextBytes));
+  const std::string_view printable = cut(escaped, maxTextBytes);
   std::string record;
   appendField(record, "MESSAGE", printable);
   appendField(record, "PRIORITY", priority(level));
   appendField(record, "SYSLOG_IDENTIFIER", "hushbox");
   appendField(record, "HUSHBOX_SUBSYSTEM", subsystem);
   appendField(record, "HUSHBOX_CATEGORY", category);
-  if (!sendToJournal(record) || watched_)
+  if (!sendToJournal(record) || isTerminal_)
     writeLine(std::string(category).append(": ").append(printable).append(1, '\n'));
 }
 
@@ -68,7 +68,7 @@ bool JournalLog::sendToJournal(std::string_view record) const {
   const auto sent =
       sendto(socket_.get(), record.data(), record.size(), MSG_NOSIGNAL,
              reinterpret_cast<const sockaddr*>(&address), static_cast<socklen_t>(sizeof address));
-  // A journal that is there but full will not be any better for a line on standard error.
+  // A full journal counts as one: a line on standard error would not help.
   return sent >= 0 || errno == EAGAIN;
 }
 
@@ -77,7 +77,7 @@ void JournalLog::writeLine(std::string_view line) {
   while (!line.empty()) {
     pollfd output{standardError_, POLLOUT, 0};
     if (poll(&output, 1, 0) != 1 || !(output.revents & POLLOUT)) return;
-    // What a pipe that is ready takes without blocking.
+    // A pipe that is ready takes this many bytes without blocking.
     const ssize_t count =
         ::write(standardError_, line.data(), std::min<std::size_t>(line.size(), PIPE_BUF));
     if (count < 0 && errno != EINTR) return;

@@ -11,19 +11,19 @@
 
 namespace hushbox {
 
-/// The unified log as records of the systemd journal, with the fields HUSHBOX_SUBSYSTEM and
-/// HUSHBOX_CATEGORY, sent in the journal's own protocol.
+/// The unified log as records of the systemd journal, sent in the journal's own protocol, with the
+/// fields HUSHBOX_SUBSYSTEM and HUSHBOX_CATEGORY.
 ///
-/// Where no journal takes the record, and also where standard error is a terminal with somebody
-/// watching, "category: text" goes to standard error. Control characters are spelt out, so that a
-/// record is one line and cannot drive the terminal. Never waits for the reader: a record that
-/// nobody takes at once is dropped. Any thread.
+/// Where no journal accepts the record, and also where standard error is a terminal, it writes
+/// "category: text" to standard error. Control characters are escaped, so that a record is one line
+/// and cannot control the terminal. It never blocks: a record that cannot be written at once is
+/// dropped. Any thread.
 class JournalLog final : public UnifiedLog {
  public:
   static constexpr const char* journalSocket = "/run/systemd/journal/socket";
 
-  /// In bytes; a longer text is cut there. Well below what a journal takes in one datagram.
-  static constexpr std::size_t longestText = std::size_t{64} << 10;
+  /// A longer text is truncated. Well below what a journal accepts in one datagram.
+  static constexpr std::size_t maxTextBytes = std::size_t{64} << 10;
 
   explicit JournalLog(std::string socketPath = journalSocket, int standardError = STDERR_FILENO);
 
@@ -36,9 +36,9 @@ class JournalLog final : public UnifiedLog {
 
   const std::string socketPath_;
   const int standardError_;
-  const bool watched_;
+  const bool isTerminal_;
   const Descriptor socket_;
-  /// Keeps the lines whole.
+  /// Keeps lines of several threads apart.
   std::mutex mutex_;
 };
 

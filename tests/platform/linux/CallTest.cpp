@@ -17,7 +17,7 @@ using rehearsal::waitUntil;
 using Clock = std::chrono::system_clock;
 
 constexpr Milliseconds bounceWindow{300};
-/// Longer than the poll's second: whatever an echo would do, it has done.
+/// Longer than the poll interval: by then an echo would have had its effect.
 constexpr Milliseconds pollAndMore{1500};
 
 class CallTest : public CallFixture {
@@ -25,19 +25,19 @@ class CallTest : public CallFixture {
   void SetUp() override { putUp(AudioFlavour::PulseAudio); }
 };
 
-/// What depends on the sound server, on each of them.
+/// The tests that depend on the sound server, on each server.
 class CallOnEitherServerTest : public CallFixture,
                                public testing::WithParamInterface<AudioFlavour> {
  protected:
   void SetUp() override { putUp(GetParam()); }
 };
 
-// One after the other, so that each server has one desk.
+// In sequence, so that each server needs only one desk.
 INSTANTIATE_TEST_SUITE_P(PulseAudio, CallOnEitherServerTest,
                          testing::Values(AudioFlavour::PulseAudio));
 INSTANTIATE_TEST_SUITE_P(PipeWire, CallOnEitherServerTest, testing::Values(AudioFlavour::PipeWire));
 
-TEST_P(CallOnEitherServerTest, DropThatStaysMutesTeamsAfterTheBounceWindow) {
+TEST_P(CallOnEitherServerTest, VolumeThatStaysAtZeroMutesTeamsAfterTheBounceWindow) {
   const auto drop = Clock::now();
   sound().setVolume(0.0);
   meeting->waitForMuted(true);
@@ -56,7 +56,7 @@ TEST_P(CallOnEitherServerTest, ReturnOfTheVolumeUnmutesTeams) {
   EXPECT_EQ(meeting->presses().size(), 2U);
 }
 
-TEST_P(CallOnEitherServerTest, VolumePutBackWithinTheWindowPressesOnce) {
+TEST_P(CallOnEitherServerTest, VolumeRestoredWithinTheWindowPressesOnce) {
   sound().setVolume(0.0);
   letPass(Milliseconds{100});
   sound().setVolume(1.0);
@@ -66,7 +66,7 @@ TEST_P(CallOnEitherServerTest, VolumePutBackWithinTheWindowPressesOnce) {
   EXPECT_TRUE(meeting->isMuted());
 }
 
-TEST_P(CallOnEitherServerTest, ButtonThatWorksTheMuteSwitchIsAPressToo) {
+TEST_P(CallOnEitherServerTest, ButtonThatMovesTheMuteSwitchIsAPressToo) {
   sound().setMuteSwitch(true);
   meeting->waitForMuted(true);
   sound().setMuteSwitch(false);
@@ -90,7 +90,7 @@ TEST_P(CallOnEitherServerTest, SpeakerphoneFollowsAChangeMadeInTeamsWithoutAnEch
   EXPECT_FALSE(meeting->isMuted());
 }
 
-TEST_P(CallOnEitherServerTest, SpeakerphoneThatComesBackWorksAgain) {
+TEST_P(CallOnEitherServerTest, ReplugWorksAgain) {
   sound().unplugSpeakerphone();
   waitUntil([this] { return !coordinator().jabra().deviceName(); }, patience, "the unplugging");
   EXPECT_FALSE(coordinator().jabra().isInCall());
@@ -104,7 +104,7 @@ TEST_P(CallOnEitherServerTest, SpeakerphoneThatComesBackWorksAgain) {
   EXPECT_EQ(meeting->presses().size(), 1U);
 }
 
-TEST_P(CallOnEitherServerTest, MuteThatWaitsOutTheWindowOutlivesTheUnplugging) {
+TEST_P(CallOnEitherServerTest, PendingMuteSurvivesUnplugging) {
   sound().setVolume(0.0);
   letPass(Milliseconds{50});
   sound().unplugSpeakerphone();
@@ -113,7 +113,7 @@ TEST_P(CallOnEitherServerTest, MuteThatWaitsOutTheWindowOutlivesTheUnplugging) {
   EXPECT_EQ(coordinator().jabra().isMuted(), true);
 }
 
-TEST_P(CallOnEitherServerTest, SoundServerThatDiesAndComesBackIsFoundAgain) {
+TEST_P(CallOnEitherServerTest, SoundServerIsFoundAgainAfterACrash) {
   sound().kill();
   waitUntil([this] { return !coordinator().jabra().deviceName(); }, patience, "the loss");
   call.reset();
@@ -125,7 +125,7 @@ TEST_P(CallOnEitherServerTest, SoundServerThatDiesAndComesBackIsFoundAgain) {
   EXPECT_EQ(meeting->presses().size(), 1U);
 }
 
-TEST_P(CallOnEitherServerTest, VolumeMeterIsNoCall) {
+TEST_P(CallOnEitherServerTest, VolumeMeterIsNotACall) {
   call.reset();
   waitUntil([this] { return !coordinator().jabra().isInCall(); }, patience, "the end of the call");
   const auto meter = sound().meter();
@@ -134,24 +134,24 @@ TEST_P(CallOnEitherServerTest, VolumeMeterIsNoCall) {
   EXPECT_EQ(std::ranges::count(program->log.lines, "Jabra mic in use -> true"), 0);
 }
 
-TEST_F(CallTest, PressWhileTeamsIsAlreadyThereChangesNothing) {
+TEST_F(CallTest, PressThatTeamsAlreadyFollowedChangesNothing) {
   sound().setVolume(0.0);
   meeting->pressMicrophone();
   program->waitForNote("Mute — Teams already in sync");
   EXPECT_EQ(meeting->presses().size(), 1U);
 }
 
-TEST_F(CallTest, TeamsThatClosesAndOpensAgainIsFoundAgain) {
+TEST_F(CallTest, TeamsIsFoundAgainAfterARestart) {
   meeting->close();
   sound().setVolume(0.0);
   program->waitForNote("Mute — Teams not running");
-  // Until a poll has missed Teams, a meeting in the same state as before is nothing new.
+  // Before a poll has missed Teams, a meeting in the same state does not count as new.
   waitUntil([this] { return !coordinator().teamsMuted(); }, patience, "a poll to miss Teams");
   meeting.emplace(desk().browser());
-  // The new meeting is live, so the poll that finds it takes the speakerphone along.
+  // The new meeting is live, so the poll that finds it unmutes the speakerphone.
   program->waitForNote("Teams unmuted → Jabra");
   waitUntil([this] { return sound().volume() > 0.0; }, patience, "the speakerphone to unmute");
-  // Beyond the half second in which a change counts as the echo of that.
+  // Longer than the half second in which a change counts as our own echo.
   letPass(Milliseconds{700});
   sound().setVolume(0.0);
   meeting->waitForMuted(true);
@@ -164,7 +164,7 @@ TEST_F(CallTest, TeamsWithoutAMeetingHasNoButtonToPress) {
   program->waitForNote("Mute — no Teams meeting found");
 }
 
-TEST_F(CallTest, MinimisedTeamsIsPressedOnceAndReadTrue) {
+TEST_F(CallTest, MinimisedTeamsIsPressedOnceAndReadCorrectly) {
   meeting->page().minimise();
   sound().setVolume(0.0);
   meeting->waitForMuted(true);
@@ -178,17 +178,17 @@ TEST_F(CallTest, MinimisedTeamsIsPressedOnceAndReadTrue) {
   EXPECT_EQ(meeting->presses().size(), 2U);
 }
 
-/// The longest that a timer of 10 ms was kept waiting: how long the loop was held.
-class LongestHold {
+/// The longest delay of a 10 ms timer: how long the loop was blocked.
+class LoopDelay {
  public:
-  LongestHold() : source_(g_timeout_add(10, tick, this)) {}
-  ~LongestHold() { g_source_remove(source_); }
+  LoopDelay() : source_(g_timeout_add(10, tick, this)) {}
+  ~LoopDelay() { g_source_remove(source_); }
 
   Milliseconds value() const { return std::chrono::duration_cast<Milliseconds>(longest_); }
 
  private:
   static gboolean tick(gpointer self) {
-    auto& hold = *static_cast<LongestHold*>(self);
+    auto& hold = *static_cast<LoopDelay*>(self);
     const auto now = std::chrono::steady_clock::now();
     hold.longest_ = std::max(hold.longest_, now - hold.last_);
     hold.last_ = now;
@@ -200,13 +200,13 @@ class LongestHold {
   guint source_;
 };
 
-TEST_F(CallTest, FrozenTeamsHoldsTheLoopForOneTimeOutAndIsTakenUpAgain) {
+TEST_F(CallTest, FrozenTeamsHoldsTheLoopForOneTimeoutAndIsReadAgain) {
   desk().browser().freeze();
   {
-    const LongestHold hold;
+    const LoopDelay hold;
     sound().setVolume(0.0);
     program->waitForNote("Mute — no Teams meeting found");
-    // One messaging time-out of a second, and as much again for a machine that is busy.
+    // One messaging timeout of a second, and as much again for a busy machine.
     EXPECT_LT(hold.value(), Milliseconds{2000});
   }
   desk().browser().thaw();

@@ -1,4 +1,4 @@
-// The program itself on a desk that a person could sit at: what is seen there and clicked on.
+// The program itself on a desktop with a panel: what it shows, and clicks on it.
 
 #include <gmock/gmock.h>
 
@@ -90,7 +90,7 @@ class HushboxProgramOnScreenTest : public testing::Test {
     return texts;
   }
 
-  /// Pictures the item with its open menu, once at least so many pixels of it stand out.
+  /// Takes a picture of the item with its open menu once the menu is drawn.
   static void pictureMenu(const std::string& name) {
     panel_->openMenu();
     panel_->movePointerAway();
@@ -113,7 +113,7 @@ class HushboxProgramOnScreenTest : public testing::Test {
   std::unique_ptr<rehearsal::RecordingStream> call_;
 };
 
-TEST_F(HushboxProgramOnScreenTest, MenuTellsTheCallAndTheBatteryAsTheyAre) {
+TEST_F(HushboxProgramOnScreenTest, MenuShowsTheCallAndTheBattery) {
   waitForRow("Battery: 84%");
   pictureMenu("program-connected");
   EXPECT_THAT(rowTexts(), ElementsAre("Not on a call", "Battery: 84%", "Waiting for Jabra button…",
@@ -128,7 +128,7 @@ TEST_F(HushboxProgramOnScreenTest, MenuTellsTheCallAndTheBatteryAsTheyAre) {
                           "Launch at login", "", "Quit Hushbox"));
 }
 
-TEST_F(HushboxProgramOnScreenTest, CallOnALowBatteryIsWarnedOfOnTheDisplay) {
+TEST_F(HushboxProgramOnScreenTest, CallOnALowBatteryShowsAWarning) {
   power_->change(21, "Discharging");
   // Beneath the panel, at the right edge.
   const Panel::Area corner{900, 32, 380, 118};
@@ -151,17 +151,17 @@ TEST_F(HushboxProgramOnScreenTest, CallOnALowBatteryIsWarnedOfOnTheDisplay) {
   EXPECT_TRUE(seen);
 }
 
-TEST_F(HushboxProgramOnScreenTest, CallOnAChargingBatteryIsNotWarnedOf) {
+TEST_F(HushboxProgramOnScreenTest, CallOnAChargingBatteryShowsNoWarning) {
   desk_->notifications().clear();
   power_->change(21, "Charging");
   startCall();
   waitForRow("Battery: 21% (charging)");
-  // Time enough for a warning to be asked for.
+  // Enough time for a warning.
   rehearsal::letPass(std::chrono::milliseconds{500});
   EXPECT_TRUE(desk_->notifications().notifications().empty());
 }
 
-TEST_F(HushboxProgramOnScreenTest, ClickOnTheSwitchWritesTheEntryAndAnotherTakesItAway) {
+TEST_F(HushboxProgramOnScreenTest, ClicksOnTheToggleWriteAndRemoveTheEntry) {
   const auto entry =
       desk_->session().home() / ".config" / "autostart" / "org.hushbox.Hushbox.desktop";
   for (const bool on : {true, false}) {
@@ -173,7 +173,7 @@ TEST_F(HushboxProgramOnScreenTest, ClickOnTheSwitchWritesTheEntryAndAnotherTakes
   }
 }
 
-TEST_F(HushboxProgramOnScreenTest, ClickOnGrantAccessibilitySwitchesItOnAndTakesTheRowAway) {
+TEST_F(HushboxProgramOnScreenTest, ClickOnGrantAccessibilitySwitchesItOnAndRemovesTheRow) {
   desk_->accessibility().setEnabled(false);
   waitForRow("Grant Accessibility…");
   pictureMenu("program-without-permission");
@@ -184,7 +184,7 @@ TEST_F(HushboxProgramOnScreenTest, ClickOnGrantAccessibilitySwitchesItOnAndTakes
   EXPECT_THAT(rowTexts(), testing::Not(testing::Contains("Grant Accessibility…")));
 }
 
-TEST_F(HushboxProgramOnScreenTest, ClickOnQuitEndsTheProgramWithZeroAndTheItemGoes) {
+TEST_F(HushboxProgramOnScreenTest, ClickOnQuitEndsTheProgramWithZeroAndRemovesTheItem) {
   panel_->openMenu();
   panel_->chooseRow("Quit Hushbox");
   EXPECT_EQ(program_->waitForExit(), 0);

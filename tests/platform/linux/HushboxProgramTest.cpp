@@ -1,5 +1,5 @@
-// The program itself, as it is installed, in a session of its own: its end, its entry among the
-// autostarted applications, and what it makes of children that misbehave.
+// The program itself, as installed, in a session of its own: how it ends, its autostart entry, and
+// how it copes with child processes that misbehave.
 
 #include <gio/gdesktopappinfo.h>
 #include <gmock/gmock.h>
@@ -13,8 +13,11 @@
 #include <string>
 
 #include "platform/linux/processes/SpawnedChildProcessFactory.h"
+#include "rehearsal/Display.h"
 #include "rehearsal/HushboxProcess.h"
 #include "rehearsal/ItemMenu.h"
+#include "rehearsal/NotificationMonitor.h"
+#include "tests/platform/linux/fixtures/NotificationDaemonMock.h"
 #include "tests/platform/linux/fixtures/PanelFixture.h"
 
 namespace hushbox {
@@ -77,7 +80,7 @@ TEST_F(HushboxProgramTest, QuitRowEndsItWithStatusZero) {
   EXPECT_FALSE(bus_.hasOwner(name_));
 }
 
-TEST_F(HushboxProgramTest, SecondStartSaysSoAndEndsWithZeroAndTheFirstGoesOn) {
+TEST_F(HushboxProgramTest, SecondStartSaysSoAndExitsWithZero) {
   startProgram();
   const auto second = session_.start("second.log", {HUSHBOX_PROGRAM});
   EXPECT_EQ(second->waitForExit(), 0);
@@ -91,11 +94,61 @@ TEST_F(HushboxProgramTest, SecondStartSaysSoAndEndsWithZeroAndTheFirstGoesOn) {
 
 TEST_F(HushboxProgramTest, SendsThePanelNothingWhileNothingChanges) {
   startProgram();
-  // The first reading of the battery has come in by then, and the first polls have gone by.
+  // After the first battery reading and the first polls.
   letPass(1500ms);
   client_->takeSignals();
   letPass(3s);
   EXPECT_THAT(client_->takeSignals(), IsEmpty());
+}
+
+TEST_F(HushboxProgramTest, EndsInTimeOnABusThatDoesNotRead) {
+  startProgram();
+  session_.bus().freeze();
+  const auto begin = Clock::now();
+  EXPECT_EQ(program_->quit(), 0);
+  // One second for the bus, and as much again for a busy machine.
+  EXPECT_LT(Clock::now() - begin, 2s);
+  session_.bus().thaw();
+}
+
+TEST_F(HushboxProgramTest, GrantAccessibilitySaysThatTheBrowserMustBeRestarted) {
+  const NotificationDaemonMock daemon(session_, "body");
+  const rehearsal::NotificationMonitor monitor(session_.busAddress());
+  startProgram();
+  rows().choose("Grant Accessibility…");
+  monitor.waitForShown(1);
+  // Longer than the accessibility bus takes to start, plus one poll.
+  letPass(2s);
+  const auto shown = monitor.shown();
+  ASSERT_THAT(shown, SizeIs(1));
+  EXPECT_EQ(shown[0].title, "Accessibility is switched on");
+  EXPECT_EQ(shown[0].body,
+            "Close all windows of your browser and start it again, so that Hushbox can find Teams "
+            "in it.");
+}
+
+/// The program in a session with a display.
+class HushboxProgramLogoutTest : public PanelFixture {
+ protected:
+  HushboxProgramLogoutTest() { watcher_ = std::make_unique<Watcher>(session_.busAddress()); }
+
+  rehearsal::Display display_{session_.environment(), session_.folder()};
+};
+
+TEST_F(HushboxProgramLogoutTest, EndsWithTheDisplayAndCanBeStartedAgain) {
+  const auto start = [this](const std::string& log) {
+    return session_.start(log, {"env", "DISPLAY=" + display_.name(), HUSHBOX_PROGRAM});
+  };
+  // The session bus stays, as a user's bus does after a logout, and with it any name on it.
+  const auto first = start("first.log");
+  watcher_->waitForItem();
+  letPass(300ms);
+  EXPECT_TRUE(first->isRunning());
+  display_.close();
+  EXPECT_EQ(first->waitForExit(), 0);
+  const auto second = start("second.log");
+  waitUntil([this] { return watcher_->items().size() == 2; }, patience, "the second start");
+  EXPECT_TRUE(second->isRunning());
 }
 
 /// The names that the process has on the bus: one per connection.
@@ -119,12 +172,12 @@ TEST_F(HushboxProgramConnectionTest, HasTwoConnectionsToTheSessionBus) {
   const auto program =
       session_.start("hushbox.log", {"env", "GSETTINGS_BACKEND=dconf", HUSHBOX_PROGRAM});
   watcher_->waitForItem();
-  // The first polls of Teams and the first reading of the battery have been made by then.
+  // After the first battery reading and the first polls.
   letPass(2500ms);
   EXPECT_THAT(connectionsOf(program->pid()), SizeIs(2));
 }
 
-TEST_F(HushboxProgramTest, SwitchWritesAnEntryThatStartsTheProgramThatWroteIt) {
+TEST_F(HushboxProgramTest, ToggleWritesAnEntryThatStartsTheSameProgram) {
   startProgram();
   rows().choose(launch);
   waitUntil([&] { return rows().row(launch).on; }, patience, "the switch");
@@ -153,7 +206,7 @@ TEST_F(HushboxProgramTest, SwitchWritesAnEntryThatStartsTheProgramThatWroteIt) {
   waitUntil([&] { return !bus_.hasOwner(name_); }, patience, "the program's end");
 }
 
-TEST_F(HushboxProgramTest, RefusedRegistrationPutsTheSwitchBackWithoutAMessage) {
+TEST_F(HushboxProgramTest, FailedRegistrationRestoresTheToggleSilently) {
   std::ofstream(session_.home() / ".config") << "a file where the folder would be";
   startProgram();
   letPass(1500ms);
@@ -167,7 +220,7 @@ TEST_F(HushboxProgramTest, RefusedRegistrationPutsTheSwitchBackWithoutAMessage) 
   EXPECT_EQ(program_->log(), logged);
 }
 
-TEST_F(HushboxProgramTest, WatcherThatDiesAndComesBackGetsTheItemAgain) {
+TEST_F(HushboxProgramTest, ItemRegistersWithTheNextWatcher) {
   startProgram();
   watcher_.reset();
   letPass(50ms);
@@ -176,8 +229,7 @@ TEST_F(HushboxProgramTest, WatcherThatDiesAndComesBackGetsTheItemAgain) {
   EXPECT_THAT(watcher_->items(), ElementsAre(name_));
 }
 
-/// The program with a stand-in of the test's own for the power report, which it looks for beside
-/// itself.
+/// The program with a script as its power report.
 class HushboxProgramChildTest : public HushboxProgramTest {
  protected:
   void startProgramWithChild(const std::string& body) {
@@ -203,7 +255,7 @@ class HushboxProgramChildTest : public HushboxProgramTest {
         rows().rows(), [](const ItemMenu::Row& row) { return row.text.starts_with("Battery"); });
   }
 
-  /// How long the program takes at most to answer the panel.
+  /// The longest time that the program takes to reply to the panel.
   Clock::duration slowestAnswer() {
     Clock::duration slowest{};
     for (int i = 0; i < 20; ++i) {
@@ -217,13 +269,13 @@ class HushboxProgramChildTest : public HushboxProgramTest {
   const fs::path note_ = session_.folder() / "child";
 };
 
-TEST_F(HushboxProgramChildTest, OutputOfAChildIsTheBatteryRow) {
+TEST_F(HushboxProgramChildTest, BatteryRowShowsTheOutputOfTheChild) {
   startProgramWithChild("printf ' -Jabra Speak2 75\\t42%%; charging; present: true\\n'");
   waitUntil([this] { return hasBatteryRow(); }, patience, "the row");
   EXPECT_EQ(rows().rows()[1].text, "Battery: 42% (charging)");
 }
 
-TEST_F(HushboxProgramChildTest, ChildThatNeverEndsStallsNeitherTheProgramNorItsEnd) {
+TEST_F(HushboxProgramChildTest, ChildThatHangsDelaysNeitherTheProgramNorItsExit) {
   startProgramWithChild("exec sleep 600");
   EXPECT_LT(slowestAnswer(), 5s);
   ASSERT_FALSE(childIsGone());
@@ -234,10 +286,10 @@ TEST_F(HushboxProgramChildTest, ChildThatNeverEndsStallsNeitherTheProgramNorItsE
   EXPECT_TRUE(holdsWithin([&] { return childIsGone(); }, patience));
 }
 
-TEST_F(HushboxProgramChildTest, ChildThatFloodsIsKilledAndTheProgramGoesOn) {
+TEST_F(HushboxProgramChildTest, ChildThatFloodsIsKilled) {
   startProgramWithChild("exec yes ' -Jabra Speak2 75\t42%; charging'");
   EXPECT_LT(slowestAnswer(), 5s);
-  // By its output, well before its time is over.
+  // Because of its output, well before the timeout.
   EXPECT_TRUE(holdsWithin([&] { return childIsGone(); }, 8s));
   EXPECT_FALSE(hasBatteryRow());
   EXPECT_EQ(program_->quit(), 0);

@@ -38,7 +38,7 @@ class BoundedBusConnectionTest : public testing::Test {
     return connection_.ask(std::move(calls)).front().outcome;
   }
 
-  /// What holds whichever way the calls go.
+  /// Holds for calls over the bus and over a direct connection.
   void expectRepliesInTheOrderOfTheCalls() {
     other_.put(AccessibleProgram::root, {.role = 7});
     std::vector<BusCall> calls;
@@ -101,12 +101,12 @@ TEST_F(BoundedBusConnectionTest, RepliesComeInTheOrderOfTheCalls) {
   expectRepliesInTheOrderOfTheCalls();
 }
 
-TEST_F(BoundedBusConnectionTest, SilentPeerIsWaitedForOnceAndAskedAgainWhenItHasAnswered) {
+TEST_F(BoundedBusConnectionTest, PeerThatTimesOutIsCalledAgainOnceItHasReplied) {
   expectASilentPeerToBeWaitedForOnceAndAskedAgainWhenItHasAnswered();
 }
 
-TEST_F(BoundedBusConnectionTest, ImpatientCallsDoNotWaitForPatientOnes) {
-  // Both are silent; the batch ends with the longer wait, and not with the sum.
+TEST_F(BoundedBusConnectionTest, CallsWithAShortTimeoutDoNotAddToThoseWithALongOne) {
+  // Neither replies; ask() returns after the longer timeout, not after the sum.
   program_.freeze();
   other_.freeze();
   std::vector<BusCall> calls;
@@ -118,7 +118,7 @@ TEST_F(BoundedBusConnectionTest, ImpatientCallsDoNotWaitForPatientOnes) {
   EXPECT_LT(steady_clock::now() - before, milliseconds{5'000});
 }
 
-TEST_F(BoundedBusConnectionTest, WaitEndsWithTheLastOpenCall) {
+TEST_F(BoundedBusConnectionTest, ReturnsWithTheLastReply) {
   other_.freeze();
   std::vector<BusCall> calls;
   calls.push_back(role(program_, milliseconds{60'000}));
@@ -134,7 +134,7 @@ TEST_F(BoundedBusConnectionTest, ErrorsAndWrongTypesAreRefusals) {
   expectErrorsAndWrongTypesToBeRefusals();
 }
 
-TEST_F(BoundedBusConnectionTest, NamesOfNobodyAreGone) {
+TEST_F(BoundedBusConnectionTest, NamesWithoutAnOwnerAreUnreachable) {
   BusCall nobody = role(program_, patience);
   nobody.object.busName = ":1.99999";
   EXPECT_EQ(ask(std::move(nobody)), Outcome::gone);
@@ -146,7 +146,7 @@ TEST_F(BoundedBusConnectionTest, NamesOfNobodyAreGone) {
   EXPECT_EQ(ask(std::move(noPath)), Outcome::gone);
 }
 
-TEST_F(BoundedBusConnectionTest, MainContextStandsStillMeanwhile) {
+TEST_F(BoundedBusConnectionTest, DoesNotIterateTheMainContextMeanwhile) {
   bool ran = false;
   GSource* const idle = g_idle_source_new();
   g_source_set_callback(
@@ -174,7 +174,7 @@ TEST_F(BoundedBusConnectionTest, EndOfTheBusClosesItAndItCanBeOpenedAgain) {
   EXPECT_TRUE(connection_.isOpen());
 }
 
-TEST_F(BoundedBusConnectionTest, SignalsArriveWhenTheyAreHandledAndEndWithTheConnection) {
+TEST_F(BoundedBusConnectionTest, SignalsArriveInDispatchUntilTheConnectionIsClosed) {
   int signals = 0;
   connection_.subscribe("org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", nullptr,
                         [&](GVariant*) { ++signals; });
@@ -192,7 +192,7 @@ TEST_F(BoundedBusConnectionTest, SignalsArriveWhenTheyAreHandledAndEndWithTheCon
   EXPECT_FALSE(connection_.isOpen());
 }
 
-TEST(AtspiConnectionOpening, FrozenBusIsGivenUpInTime) {
+TEST(BoundedBusConnectionOpenTest, OpeningTimesOutOnAFrozenBus) {
   rehearsal::Session session;
   session.bus().freeze();
   BoundedBusConnection connection;
@@ -204,15 +204,15 @@ TEST(AtspiConnectionOpening, FrozenBusIsGivenUpInTime) {
   EXPECT_TRUE(connection.open(session.busAddress(), milliseconds{10'000}));
 }
 
-TEST(AtspiConnectionOpening, AddressThatLeadsNowhereFails) {
+TEST(BoundedBusConnectionOpenTest, OpeningFailsWithoutABusAtTheAddress) {
   BoundedBusConnection connection;
   EXPECT_FALSE(connection.open("unix:path=/nowhere/at/all", milliseconds{10'000}));
   EXPECT_FALSE(connection.open("nonsense", milliseconds{10'000}));
   EXPECT_FALSE(connection.isOpen());
 }
 
-/// With a connection straight to the one program beside the bus's.
-class AtspiStraightTest : public BoundedBusConnectionTest {
+/// With a direct connection to the one program as well.
+class BoundedBusConnectionPeerTest : public BoundedBusConnectionTest {
  protected:
   void SetUp() override {
     BoundedBusConnectionTest::SetUp();
@@ -223,21 +223,21 @@ class AtspiStraightTest : public BoundedBusConnectionTest {
   const std::string path_ = (session_.folder() / "peer").string();
 };
 
-TEST_F(AtspiStraightTest, RepliesComeInTheOrderOfTheCallsWhicheverWayTheyWent) {
+TEST_F(BoundedBusConnectionPeerTest, RepliesComeInTheOrderOfTheCallsOnBothConnections) {
   expectRepliesInTheOrderOfTheCalls();
   EXPECT_EQ(program_.straightCalls(), 25);
 }
 
-TEST_F(AtspiStraightTest, ErrorsAndWrongTypesAreRefusals) {
+TEST_F(BoundedBusConnectionPeerTest, ErrorsAndWrongTypesAreRefusals) {
   expectErrorsAndWrongTypesToBeRefusals();
 }
 
-TEST_F(AtspiStraightTest, SilentPeerIsWaitedForOnceAndAskedAgainWhenItHasAnswered) {
+TEST_F(BoundedBusConnectionPeerTest, PeerThatTimesOutIsCalledAgainOnceItHasReplied) {
   expectASilentPeerToBeWaitedForOnceAndAskedAgainWhenItHasAnswered();
   EXPECT_EQ(program_.straightCalls(), 2);
 }
 
-TEST_F(AtspiStraightTest, LongAnswersAreTakenWhole) {
+TEST_F(BoundedBusConnectionPeerTest, LongRepliesArriveComplete) {
   const std::string text(500'000, 'x');
   program_.answerWith(
       [&](const std::string&, const std::string&) { return g_variant_new("(s)", text.c_str()); });
@@ -254,18 +254,18 @@ TEST_F(AtspiStraightTest, LongAnswersAreTakenWhole) {
   }
 }
 
-TEST_F(AtspiStraightTest, CallsGoOverTheBusOnceTheConnectionHasEnded) {
+TEST_F(BoundedBusConnectionPeerTest, CallsGoOverTheBusOnceTheDirectConnectionIsClosed) {
   EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
   const int straight = program_.straightCalls();
   EXPECT_EQ(straight, 1);
   program_.hangUp();
-  // The end may be noticed only by a call that gets no answer.
+  // Perhaps only a call without a reply notices that it is closed.
   EXPECT_TRUE(
       holdsWithin([&] { return ask(role(program_, patience)) == Outcome::answered; }, patience));
   EXPECT_EQ(program_.straightCalls(), straight);
 }
 
-TEST_F(AtspiStraightTest, ConnectionEndsWithTheBus) {
+TEST_F(BoundedBusConnectionPeerTest, DirectConnectionIsClosedWithTheBus) {
   connection_.close();
   EXPECT_EQ(ask(role(program_, patience)), Outcome::gone);
   ASSERT_TRUE(connection_.open(address_, patience));

@@ -36,14 +36,14 @@ class DesktopClockSettingTest : public testing::Test {
   std::unique_ptr<GSettings, void (*)(gpointer)> settings_{nullptr, g_object_unref};
 };
 
-TEST_F(DesktopClockSettingTest, ChoiceOfTheUserIsTold) {
+TEST_F(DesktopClockSettingTest, ReturnsTheUsersSetting) {
   g_settings_set_string(settings_.get(), "clock-format", "12h");
   EXPECT_EQ(style(), ClockStyle::twelveHours);
   g_settings_set_string(settings_.get(), "clock-format", "24h");
   EXPECT_EQ(style(), ClockStyle::twentyFourHours);
 }
 
-TEST_F(DesktopClockSettingTest, DefaultCountsOnlyOnTheDesktopThatItBelongsTo) {
+TEST_F(DesktopClockSettingTest, DefaultCountsOnlyOnGnome) {
   EXPECT_EQ(style(), std::nullopt);
   environment_.set("XDG_CURRENT_DESKTOP", "ubuntu:GNOME");
   EXPECT_EQ(style(), ClockStyle::twentyFourHours);
@@ -63,7 +63,7 @@ void outliveTheBus() {
 }
 
 TEST(DesktopClockSettingSessionTest, EndOfTheSessionBusDoesNotEndTheProgram) {
-  // In a program of its own, since GLib keeps its first session bus for the life of the process.
+  // In a process of its own, since the storage of the settings keeps its connection for good.
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
@@ -73,7 +73,7 @@ TEST(DesktopClockSettingSessionTest, EndOfTheSessionBusDoesNotEndTheProgram) {
       testing::ExitedWithCode(0), "");
 }
 
-TEST(DesktopClockSettingSessionTest, WithoutASessionBusThereIsNoChoice) {
+TEST(DesktopClockSettingSessionTest, ReturnsNulloptWithoutASessionBus) {
   ScopedEnvironment environment;
   environment.set("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
   environment.set("XDG_RUNTIME_DIR", "/nowhere");

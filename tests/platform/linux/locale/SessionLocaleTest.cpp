@@ -29,8 +29,8 @@ class SessionLocaleTest : public testing::Test {
   ScopedEnvironment environment_;
 };
 
-/// With the locales that these cases are about, compiled once for all, in encodings that take a
-/// second and not half a minute.
+/// With the locales of these cases, compiled once for all of them, in encodings that take a second
+/// to compile instead of half a minute.
 class InstalledSessionLocaleTest : public SessionLocaleTest {
  protected:
   static void SetUpTestSuite() {
@@ -49,23 +49,23 @@ class InstalledSessionLocaleTest : public SessionLocaleTest {
   static inline bool installed_ = false;
 };
 
-TEST_F(InstalledSessionLocaleTest, HoursAreCountedAsTheLocaleDoes) {
+TEST_F(InstalledSessionLocaleTest, HoursFollowTheLocale) {
   EXPECT_EQ(timeIn("en_US.ISO-8859-1"), "10:05 PM");
   EXPECT_EQ(timeIn("de_DE.ISO-8859-1"), "22:05");
 }
 
-TEST_F(InstalledSessionLocaleTest, DesktopsChoiceWinsWhereTheLocaleHasWordsForIt) {
+TEST_F(InstalledSessionLocaleTest, DesktopSettingTakesPrecedenceWhereTheLocaleHasWordsForIt) {
   EXPECT_EQ(timeIn("en_US.ISO-8859-1", ClockStyle::twentyFourHours), "22:05");
   EXPECT_EQ(timeIn("de_DE.ISO-8859-1", ClockStyle::twelveHours), "22:05");
   EXPECT_EQ(timeIn("C", ClockStyle::twelveHours), "10:05 PM");
 }
 
-TEST_F(InstalledSessionLocaleTest, TextIsUtf8WhateverTheLocalesEncoding) {
+TEST_F(InstalledSessionLocaleTest, TextIsUtf8InAnyEncodingOfTheLocale) {
   EXPECT_EQ(timeIn("ja_JP.EUC-JP"), "22時05分");
   EXPECT_EQ(timeIn("ja_JP.EUC-JP", ClockStyle::twelveHours), "午後10時05分");
 }
 
-TEST_F(InstalledSessionLocaleTest, VariablesCountInTheirOrder) {
+TEST_F(InstalledSessionLocaleTest, VariablesTakePrecedenceInTheOrderOfPosix) {
   const auto time = [] { return SessionLocale([] { return std::nullopt; }).shortTime(evening); };
   environment_.set("LANG", "C");
   environment_.set("LC_TIME", "nowhere");
@@ -81,20 +81,20 @@ TEST_F(InstalledSessionLocaleTest, VariablesCountInTheirOrder) {
   EXPECT_EQ(time(), "10:05 PM");
 }
 
-TEST_F(SessionLocaleTest, LocaleThatIsNotInstalledReadsPlain) {
+TEST_F(SessionLocaleTest, LocaleThatIsNotInstalledCountsAsC) {
   EXPECT_EQ(timeIn("xx_XX.UTF-8"), "22:05");
   EXPECT_EQ(timeIn(std::string(100'000, 'x')), "22:05");
   EXPECT_EQ(timeIn("../../etc"), "22:05");
 }
 
-TEST_F(SessionLocaleTest, TimeZoneIsLookedAtAgainEachTime) {
+TEST_F(SessionLocaleTest, TimeZoneIsReadAgainEachTime) {
   SessionLocale locale([] { return std::nullopt; });
   EXPECT_EQ(locale.shortTime(evening), "22:05");
   environment_.set("TZ", "XXX-5:30");
   EXPECT_EQ(locale.shortTime(evening), "03:35");
 }
 
-TEST_F(SessionLocaleTest, ProcessKeepsItsOwnLocale) {
+TEST_F(SessionLocaleTest, LocaleOfTheProcessIsUnchanged) {
   const std::string before = std::setlocale(LC_ALL, nullptr);
   timeIn("de_DE.ISO-8859-1");
   EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before);

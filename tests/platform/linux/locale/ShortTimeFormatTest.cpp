@@ -72,12 +72,12 @@ INSTANTIATE_TEST_SUITE_P(
       return name;
     });
 
-TEST(ShortTimeFormatTest, FormatThatTellsNoHourIsNotUsed) {
+TEST(ShortTimeFormatTest, FormatWithoutAnHourIsNotUsed) {
   for (const char* broken : {"", "%", "%%", "%S", "at noon", "%E", "%-"})
     EXPECT_EQ(shortTimeFormat({broken, broken, true}, std::nullopt), "%H:%M") << broken;
 }
 
-TEST(ShortTimeFormatTest, FormatsThatRunIntoEachOtherDoNoHarm) {
+TEST(ShortTimeFormatTest, RecursiveFormatsDoNoHarm) {
   EXPECT_EQ(shortTimeFormat({"%S%H%S", "", true}, std::nullopt), "%H");
   EXPECT_EQ(shortTimeFormat({"%S%S%r", "%I:%M:%S %p", true}, twelve), "%-I:%M %p");
 }

@@ -50,14 +50,14 @@ std::ptrdiff_t threadsOfThisProcess() {
   return count;
 }
 
-TEST_F(GLibMainLoopTest, ClockCountsTheTimeThatTheMachineSleeps) {
+TEST_F(GLibMainLoopTest, ClockIncludesTheMachinesSleep) {
   const Instant before = bootTime();
   const Instant now = loop_.now();
   EXPECT_LE(before, now);
   EXPECT_LE(now, bootTime());
 }
 
-TEST_F(GLibMainLoopTest, MainThreadIsTheOneThatMadeTheLoop) {
+TEST_F(GLibMainLoopTest, MainThreadIsTheOneThatConstructedTheLoop) {
   EXPECT_TRUE(loop_.isMainThread());
   EXPECT_FALSE(std::async(std::launch::async, [&] { return loop_.isMainThread(); }).get());
 }
@@ -80,7 +80,7 @@ TEST_F(GLibMainLoopTest, DeliversEarlierEventsBeforeEachTimerAfterTheLoopWasBusy
 }
 
 TEST_F(GLibMainLoopTest, DelayedBlocksNeverRunEarlyAndRunInTheOrderOfTheirTimes) {
-  // The loop reads the clock somewhere inside the call, so a block's time is known within bounds.
+  // The loop reads the clock during the call, so the due time is known within bounds.
   struct Due {
     Instant earliest, latest;
   };
@@ -100,7 +100,7 @@ TEST_F(GLibMainLoopTest, DelayedBlocksNeverRunEarlyAndRunInTheOrderOfTheirTimes)
   for (std::size_t i = 1; i < order.size(); ++i) EXPECT_GE(order[i].latest, order[i - 1].earliest);
 }
 
-TEST_F(GLibMainLoopTest, BounceWindowIsKeptToAFewHundredths) {
+TEST_F(GLibMainLoopTest, BounceWindowIsAccurateToHundredths) {
   const Instant start = loop_.now();
   TimeInterval elapsed{};
   loop_.mainAsyncAfter(300ms, WorkItem([&] { elapsed = loop_.now() - start; }));
@@ -109,7 +109,7 @@ TEST_F(GLibMainLoopTest, BounceWindowIsKeptToAFewHundredths) {
   EXPECT_LT(elapsed.count(), 0.4);
 }
 
-TEST_F(GLibMainLoopTest, DelayWithoutLengthRunsAtOnceButNotInsideTheCall) {
+TEST_F(GLibMainLoopTest, ZeroDelayRunsSoonButNotWithinTheCall) {
   int runs = 0;
   for (const double delay : {0.0, -1.0, std::numeric_limits<double>::quiet_NaN()})
     loop_.mainAsyncAfter(TimeInterval{delay}, WorkItem([&] { ++runs; }));
@@ -117,7 +117,7 @@ TEST_F(GLibMainLoopTest, DelayWithoutLengthRunsAtOnceButNotInsideTheCall) {
   runUntil([&] { return runs == 3; });
 }
 
-TEST_F(GLibMainLoopTest, EndlessDelayIsNeverDue) {
+TEST_F(GLibMainLoopTest, InfiniteDelayIsNeverDue) {
   bool ran = false;
   loop_.mainAsyncAfter(TimeInterval{std::numeric_limits<double>::infinity()},
                        WorkItem([&] { ran = true; }));
@@ -125,7 +125,7 @@ TEST_F(GLibMainLoopTest, EndlessDelayIsNeverDue) {
   EXPECT_FALSE(ran);
 }
 
-TEST_F(GLibMainLoopTest, CancelledItemDoesNotRunAndLetsGoOfItsBlockAtOnce) {
+TEST_F(GLibMainLoopTest, CancelledItemDoesNotRunAndReleasesItsBlockAtOnce) {
   const auto held = std::make_shared<int>();
   bool ran = false;
   WorkItem item([&ran, held] { ran = true; });
@@ -137,7 +137,7 @@ TEST_F(GLibMainLoopTest, CancelledItemDoesNotRunAndLetsGoOfItsBlockAtOnce) {
   EXPECT_FALSE(ran);
 }
 
-TEST_F(GLibMainLoopTest, RepeatingTimerDoesNotDriftByTheTimeThatTheLoopIsBusy) {
+TEST_F(GLibMainLoopTest, RepeatingTimerDoesNotDriftWhileTheLoopIsBusy) {
   const milliseconds interval{40};
   const Instant start = loop_.now();
   int firings = 0;
@@ -147,12 +147,12 @@ TEST_F(GLibMainLoopTest, RepeatingTimerDoesNotDriftByTheTimeThatTheLoopIsBusy) {
                          WorkItem([&] { std::this_thread::sleep_for(interval / 2); }));
   });
   runUntil([&] { return loop_.now() - start >= 20 * interval; });
-  // Each interval counted from the last firing would give 16.
+  // Counting each interval from the last firing would give 16.
   EXPECT_GE(firings, 18);
   EXPECT_LE(firings, 20);
 }
 
-TEST_F(GLibMainLoopTest, FiringsThatWereMissedCountAsOne) {
+TEST_F(GLibMainLoopTest, MissedFiringsRunOnce) {
   const milliseconds interval{10};
   const Instant start = loop_.now();
   std::vector<std::int64_t> multiples;
@@ -166,7 +166,7 @@ TEST_F(GLibMainLoopTest, FiringsThatWereMissedCountAsOne) {
   EXPECT_EQ(std::ranges::adjacent_find(multiples), multiples.end());
 }
 
-TEST_F(GLibMainLoopTest, TimerGoesOnWithoutItsRegistration) {
+TEST_F(GLibMainLoopTest, TimerKeepsFiringWithoutItsRegistration) {
   int firings = 0;
   {
     const RegistrationToken timer = loop_.scheduleRepeating(1ms, [&] { ++firings; });
@@ -175,7 +175,7 @@ TEST_F(GLibMainLoopTest, TimerGoesOnWithoutItsRegistration) {
   runUntil([&] { return firings >= 3; });
 }
 
-TEST_F(GLibMainLoopTest, TimerWithoutAnIntervalLeavesTheOthersTheirTurn) {
+TEST_F(GLibMainLoopTest, ZeroIntervalDoesNotStarveOtherSources) {
   int firings = 0;
   bool ran = false;
   auto timer = loop_.scheduleRepeating(TimeInterval{0}, [&] { ++firings; });
@@ -184,7 +184,7 @@ TEST_F(GLibMainLoopTest, TimerWithoutAnIntervalLeavesTheOthersTheirTurn) {
   runUntil([&] { return ran; });
 }
 
-TEST_F(GLibMainLoopTest, BlocksThatCallForThemselvesLeaveTheOthersTheirTurn) {
+TEST_F(GLibMainLoopTest, BlocksThatPostThemselvesDoNotStarveOtherSources) {
   bool done = false;
   int others = 0;
   std::function<void()> postAgain = [&] {
@@ -201,7 +201,7 @@ TEST_F(GLibMainLoopTest, BlocksThatCallForThemselvesLeaveTheOthersTheirTurn) {
   done = true;
 }
 
-TEST_F(GLibMainLoopTest, EndOfTheLoopTakesEverySourceAwayAndLetsGoOfEveryBlock) {
+TEST_F(GLibMainLoopTest, DestructorRemovesAllSourcesAndBlocks) {
   const auto held = std::make_shared<int>();
   std::atomic<int> runs = 0;
   const auto block = [&runs, held] { ++runs; };
@@ -237,7 +237,7 @@ TEST_F(GLibMainLoopTest, PostedBlocksRunLaterOnTheMainThreadInTheOrderOfEachThre
   for (const auto& one : seen) EXPECT_TRUE(std::ranges::is_sorted(one));
 }
 
-TEST_F(GLibMainLoopTest, PostedBlockWakesALoopThatSleeps) {
+TEST_F(GLibMainLoopTest, PostedBlockWakesASleepingLoop) {
   std::jthread poster([&] {
     std::this_thread::sleep_for(20ms);
     loop_.mainAsync([&] { loop_.terminate(); });
@@ -245,7 +245,7 @@ TEST_F(GLibMainLoopTest, PostedBlockWakesALoopThatSleeps) {
   EXPECT_EQ(loop_.run(), 0);
 }
 
-TEST_F(GLibMainLoopTest, UtilityBlocksRunSideBySideOnBackgroundThreads) {
+TEST_F(GLibMainLoopTest, UtilityBlocksRunInParallelOnBackgroundThreads) {
   std::promise<void> first, second;
   std::atomic<int> met = 0;
   const auto meet = [&](std::promise<void>& mine, std::promise<void>& other) {
@@ -259,17 +259,17 @@ TEST_F(GLibMainLoopTest, UtilityBlocksRunSideBySideOnBackgroundThreads) {
   loop_.finishUtilityWork();
 }
 
-TEST_F(GLibMainLoopTest, UtilityBlocksYieldTheProcessorToTheRest) {
+TEST_F(GLibMainLoopTest, UtilityBlocksRunAtALowerPriority) {
   std::atomic<int> nice = 100;
   loop_.utilityAsync([&] { nice = getpriority(PRIO_PROCESS, 0); });
   runUntil([&] { return nice != 100; });
-  EXPECT_GE(nice, UtilityQueue::lowering);
+  EXPECT_GE(nice, UtilityQueue::niceness);
   EXPECT_LT(getpriority(PRIO_PROCESS, 0), nice);
 }
 
-TEST_F(GLibMainLoopTest, UtilityBlocksBeyondTheMostThreadsWaitTheirTurn) {
+TEST_F(GLibMainLoopTest, UtilityBlocksBeyondMaxThreadsWait) {
   std::atomic<std::size_t> atOnce = 0, most = 0, done = 0;
-  const std::size_t blocks = 10 * UtilityQueue::mostThreads;
+  const std::size_t blocks = 10 * UtilityQueue::maxThreads;
   for (std::size_t i = 0; i < blocks; ++i) {
     loop_.utilityAsync([&] {
       std::size_t present = ++atOnce, seen = most;
@@ -281,11 +281,11 @@ TEST_F(GLibMainLoopTest, UtilityBlocksBeyondTheMostThreadsWaitTheirTurn) {
     });
   }
   runUntil([&] { return done == blocks; });
-  EXPECT_LE(most, UtilityQueue::mostThreads);
+  EXPECT_LE(most, UtilityQueue::maxThreads);
   EXPECT_GE(most, 2U);
 }
 
-TEST_F(GLibMainLoopTest, UtilityThreadsEndWithTheirWork) {
+TEST_F(GLibMainLoopTest, UtilityThreadsExitWhenThereIsNoWork) {
   const auto before = threadsOfThisProcess();
   std::atomic<int> done = 0;
   for (int i = 0; i < 20; ++i) loop_.utilityAsync([&] { ++done; });
@@ -310,24 +310,24 @@ TEST_F(GLibMainLoopTest, FinishingWaitsForRunningUtilityBlocksAndDropsTheRest) {
   std::atomic<std::size_t> begun = 0, ended = 0;
   std::atomic<bool> open = false;
   const auto held = std::make_shared<int>();
-  for (std::size_t i = 0; i < 3 * UtilityQueue::mostThreads; ++i) {
+  for (std::size_t i = 0; i < 3 * UtilityQueue::maxThreads; ++i) {
     loop_.utilityAsync([&, held] {
       ++begun;
       while (!open) std::this_thread::sleep_for(1ms);
       ++ended;
     });
   }
-  runUntil([&] { return begun == UtilityQueue::mostThreads; });
+  runUntil([&] { return begun == UtilityQueue::maxThreads; });
   std::jthread opener([&] {
     std::this_thread::sleep_for(30ms);
     open = true;
   });
   loop_.finishUtilityWork();
-  EXPECT_EQ(ended, UtilityQueue::mostThreads);
+  EXPECT_EQ(ended, UtilityQueue::maxThreads);
   EXPECT_EQ(begun, ended);
   EXPECT_EQ(held.use_count(), 1);
   loop_.utilityAsync([&] { ++ended; });
-  runUntil([&] { return ended == UtilityQueue::mostThreads + 1; });
+  runUntil([&] { return ended == UtilityQueue::maxThreads + 1; });
 }
 
 TEST_F(GLibMainLoopTest, TerminateEndsTheRunWithStatusZero) {
@@ -342,7 +342,7 @@ TEST_F(GLibMainLoopTest, TerminateBeforeTheRunEndsItAtOnce) {
 
 class GLibMainLoopSignalTest : public GLibMainLoopTest, public testing::WithParamInterface<int> {};
 
-TEST_P(GLibMainLoopSignalTest, EndsTheRunWithStatusZeroAndIsLeftAsItWas) {
+TEST_P(GLibMainLoopSignalTest, EndsTheRunWithStatusZeroAndIsRestored) {
   loop_.mainAsync([] { kill(getpid(), GetParam()); });
   EXPECT_EQ(loop_.run(), 0);
   struct sigaction action {};

@@ -16,9 +16,9 @@
 namespace hushbox {
 namespace {
 
-// A reading of the drawing by itself, without the program's paths and without cairo: a closed curve
-// is a polygon of many short lines, inside is what an odd number of curves surrounds, a stroke with
-// round caps is all that is near enough to its line.
+// An independent reading of the drawing, without the program's paths and without cairo: a closed
+// curve is a polygon of many short lines, a point is inside if an odd number of curves surrounds
+// it, and a stroke with round caps is every point near enough to its line.
 
 using Polygon = std::vector<Point>;
 
@@ -57,8 +57,8 @@ const Polygon mouth =
     flatten({37, 73}, {{{63, 73}, {44, 68}, {56, 68}}, {{37, 73}, {58, 82}, {42, 82}}});
 const Polygon diamond{{50, 11}, {58, 22}, {50, 33}, {42, 22}};
 
-/// Where the curves cross the horizontal at `y`, from left to right: after an odd number of
-/// crossings one is inside.
+/// Where the curves cross the horizontal at `y`, from left to right; a point after an odd number of
+/// crossings is inside.
 std::vector<double> crossingsOfMask(double y) {
   static const std::vector<Polygon> curves{head, leftEye, mirrored(leftEye), mouth, diamond};
   std::vector<double> crossings;
@@ -80,7 +80,7 @@ double distanceFromSlash(Point p) {
   return std::hypot(p.x - from.x - along * dx, p.y - from.y - along * dy);
 }
 
-/// How much of each pixel is in the mask, in the erased band and in the slash, from 0 to 1.
+/// The part of each pixel that is in the mask, in the erased band and in the slash, from 0 to 1.
 struct Coverage {
   std::vector<double> mask, band, slash;
 };
@@ -177,7 +177,7 @@ std::string name(const Glyph& glyph) {
   return text + (*glyph.tint == Color::systemRed ? "Red" : "Green");
 }
 
-class LuchadorArtPixelTest : public testing::TestWithParam<Glyph> {
+class CairoCanvasLuchadorArtTest : public testing::TestWithParam<Glyph> {
  protected:
   const Glyph glyph_ = GetParam();
   const Coverage& geometry_ = coverageAt(glyph_.size);
@@ -185,7 +185,7 @@ class LuchadorArtPixelTest : public testing::TestWithParam<Glyph> {
   const Picture picture_{glyph_.size, glyph_.muted, glyph_.connected, glyph_.tint};
 };
 
-TEST_P(LuchadorArtPixelTest, EveryPixelIsAsOpaqueAsTheGeometryHasIt) {
+TEST_P(CairoCanvasLuchadorArtTest, EveryPixelHasTheOpacityOfTheGeometry) {
   ASSERT_TRUE(picture_.drew());
   double worst = 0;
   for (int y = 0; y < glyph_.size; ++y) {
@@ -193,18 +193,18 @@ TEST_P(LuchadorArtPixelTest, EveryPixelIsAsOpaqueAsTheGeometryHasIt) {
       const auto pixel = static_cast<std::size_t>(y * glyph_.size + x);
       double expected = opacity_ * geometry_.mask[pixel];
       if (glyph_.muted) {
-        // Erased wholly, whatever the opacity; then the slash over it.
+        // Erased completely at any opacity, and then the slash on top.
         const double slash = opacity_ * geometry_.slash[pixel];
         expected = slash + expected * (1 - geometry_.band[pixel]) * (1 - slash);
       }
       worst = std::max(worst, std::abs(picture_.alpha(x, y) - expected));
     }
   }
-  // Two ways of counting how much of a pixel an edge covers.
+  // The two ways to compute how much of a pixel an edge covers differ by this much.
   EXPECT_LT(worst, 0.08);
 }
 
-TEST_P(LuchadorArtPixelTest, EveryPixelHasTheOneColour) {
+TEST_P(CairoCanvasLuchadorArtTest, EveryPixelHasTheSameColour) {
   const std::array<int, 3> colour = !glyph_.tint ? std::array{0, 0, 0}
                                     : *glyph_.tint == Color::systemRed
                                         ? std::array{0xed, 0x33, 0x3b}
@@ -220,13 +220,13 @@ TEST_P(LuchadorArtPixelTest, EveryPixelHasTheOneColour) {
   }
 }
 
-TEST_P(LuchadorArtPixelTest, HolesAreTransparentInEveryState) {
+TEST_P(CairoCanvasLuchadorArtTest, HolesAreTransparentInEveryState) {
   int empty = 0;
   for (const Point hole : {Point{68, 45}, Point{32, 45}, Point{50, 22}, Point{50, 74.5}}) {
     const auto pixel =
         static_cast<std::size_t>(static_cast<int>(hole.y * glyph_.size / 100) * glyph_.size +
                                  static_cast<int>(hole.x * glyph_.size / 100));
-    // Small pixels that are wholly inside the hole, unless the slash lies over it.
+    // Pixels that are completely inside the hole, unless the slash covers it.
     if (geometry_.mask[pixel] > 0 || (glyph_.muted && geometry_.slash[pixel] > 0)) continue;
     EXPECT_EQ(picture_.alphaAt(hole), 0) << hole.x << "," << hole.y;
     ++empty;
@@ -234,33 +234,33 @@ TEST_P(LuchadorArtPixelTest, HolesAreTransparentInEveryState) {
   EXPECT_GE(empty, glyph_.size == 18 ? 2 : 3);
 }
 
-TEST_P(LuchadorArtPixelTest, FaceIsSolidAndItsSurroundingsAreEmpty) {
+TEST_P(CairoCanvasLuchadorArtTest, FaceIsSolidAndItsSurroundingsAreEmpty) {
   for (const Point skin : {Point{80, 30}, Point{22, 65}, Point{30, 80}})
     EXPECT_NEAR(picture_.alphaAt(skin), opacity_, 0.003) << skin.x << "," << skin.y;
   for (const Point outside : {Point{97, 3}, Point{3, 97}, Point{2, 50}, Point{98, 60}})
     EXPECT_EQ(picture_.alphaAt(outside), 0) << outside.x << "," << outside.y;
 }
 
-TEST_P(LuchadorArtPixelTest, SlashLiesInAnErasedBandOnlyWhenMuted) {
-  // At 18 pixels one is as wide as what is between slash and face, so that none is wholly erased:
-  // there is only the measuring of all pixels above.
+TEST_P(CairoCanvasLuchadorArtTest, SlashLiesInAnErasedBandOnlyWhenMuted) {
+  // At 18 pixels, a pixel is as wide as the gap between slash and face, so that none is erased
+  // completely; the test of every pixel above covers that size.
   if (glyph_.size < 36) return;
-  // Across the slash from a point of its line, over the cheek.
+  // Across the slash, over the cheek.
   const auto offSlash = [](double distance) {
     return Point{70 + distance * 0.7234, 68.86 - distance * 0.6905};
   };
   EXPECT_NEAR(picture_.alphaAt(offSlash(0)), opacity_, 0.003);
   EXPECT_NEAR(picture_.alphaAt(offSlash(8)), glyph_.muted ? 0 : opacity_, 0.003);
   EXPECT_NEAR(picture_.alphaAt(offSlash(15)), opacity_, 0.003);
-  // Its round ends reach beyond the line's own.
+  // The round caps reach beyond the ends of the line.
   EXPECT_NEAR(picture_.alphaAt({96.5, 96.5}), glyph_.muted ? opacity_ : 0, 0.15);
   EXPECT_LT(picture_.alphaAt({99.5, 99.5}), 0.03);
 }
 
-INSTANTIATE_TEST_SUITE_P(AllStates, LuchadorArtPixelTest, testing::ValuesIn(allGlyphs()),
+INSTANTIATE_TEST_SUITE_P(AllStates, CairoCanvasLuchadorArtTest, testing::ValuesIn(allGlyphs()),
                          [](const auto& info) { return name(info.param); });
 
-TEST(LuchadorArtWithoutContextTest, DrawsNothingAndSaysSo) {
+TEST(LuchadorArtWithoutContextTest, DrawsNothingAndReturnsFalse) {
   EXPECT_FALSE(LuchadorArt::menuBarImage(true, true, std::nullopt).draw(nullptr));
 }
 

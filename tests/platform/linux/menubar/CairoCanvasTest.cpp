@@ -41,7 +41,7 @@ class CairoCanvasTest : public testing::Test {
   cairo_t* context_ = nullptr;
 };
 
-TEST_F(CairoCanvasTest, AlphaHoldsForFillsAndStrokesUntilItIsSetAgain) {
+TEST_F(CairoCanvasTest, AlphaAppliesToFillsAndStrokes) {
   CairoCanvas canvas(context_);
   canvas.setAlpha(0.4);
   canvas.fill(rectangle(0, 0, 10, 10));
@@ -57,7 +57,7 @@ TEST_F(CairoCanvasTest, AlphaHoldsForFillsAndStrokesUntilItIsSetAgain) {
   EXPECT_EQ(alpha(5, 25), 255);
 }
 
-TEST_F(CairoCanvasTest, ClearErasesWhollyAtAnyAlphaAndOnlyWhatTheShapeCovers) {
+TEST_F(CairoCanvasTest, ClearErasesTheShapeCompletelyAtAnyAlpha) {
   CairoCanvas canvas(context_);
   canvas.fill(rectangle(0, 0, 40, 40));
   canvas.setAlpha(0.4);
@@ -70,7 +70,7 @@ TEST_F(CairoCanvasTest, ClearErasesWhollyAtAnyAlphaAndOnlyWhatTheShapeCovers) {
   EXPECT_EQ(alpha(30, 15), 255);
 }
 
-TEST_F(CairoCanvasTest, InnerRectangleIsAHoleByTheEvenOddRuleOnly) {
+TEST_F(CairoCanvasTest, InnerRectangleIsAHoleWithTheEvenOddRuleOnly) {
   CairoCanvas canvas(context_);
   Path path = rectangle(0, 0, 30, 30);
   path.append(rectangle(10, 10, 20, 20));
@@ -96,7 +96,7 @@ TEST_F(CairoCanvasTest, LineWidthIsScaledWithTheCoordinates) {
   EXPECT_EQ(alpha(20, 24), 0);
 }
 
-TEST_F(CairoCanvasTest, ClosedSingleLineEndsInThePathsOwnCaps) {
+TEST_F(CairoCanvasTest, ClosedSingleLineHasThePathsCaps) {
   CairoCanvas canvas(context_);
   Path line;
   line.moveTo({10, 20});
@@ -163,7 +163,7 @@ TEST_F(CairoCanvasTest, FillAndStrokeColoursAreKeptApart) {
   EXPECT_EQ(pixel(25, 5), 0xff26a269);
 }
 
-TEST_F(CairoCanvasTest, BrokenContextIsLeftAlone) {
+TEST_F(CairoCanvasTest, ContextInAnErrorStateDrawsNothing) {
   cairo_surface_finish(surface_);
   CairoCanvas canvas(context_);
   canvas.scale(0, 0);

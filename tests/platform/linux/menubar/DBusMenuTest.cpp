@@ -65,7 +65,7 @@ TEST_F(DBusMenuTest, LayoutShowsTheRowsUnderTheRoot) {
             "'shortcut': <[['Control', 'q']]>}, @av [])>]))");
 }
 
-TEST_F(DBusMenuTest, LayoutGoesAsDeepAndTellsAsMuchAsIsAsked) {
+TEST_F(DBusMenuTest, LayoutHasTheRequestedDepthAndProperties) {
   show({text("one"), text("two")});
   const auto layout = [&](const char* arguments) {
     return ofMenu("GetLayout", g_variant_new_parsed(arguments)).text();
@@ -83,7 +83,7 @@ TEST_F(DBusMenuTest, EmptyMenuHasARootAndNoRows) {
   EXPECT_EQ(ofMenu("AboutToShow", g_variant_new_parsed("(0,)")).text(), "(false,)");
 }
 
-TEST_F(DBusMenuTest, PropertiesOfSeveralItemsComeInOneAnswer) {
+TEST_F(DBusMenuTest, PropertiesOfSeveralItemsComeInOneReply) {
   show({text("one"), text("two")});
   EXPECT_EQ(ofMenu("GetGroupProperties", g_variant_new_parsed("([2, 99, 1], ['label'])")).text(),
             "([(2, {'label': <'two'>}), (1, {'label': <'one'>})],)");
@@ -92,15 +92,15 @@ TEST_F(DBusMenuTest, PropertiesOfSeveralItemsComeInOneAnswer) {
   EXPECT_EQ(ofMenu("GetProperty", g_variant_new_parsed("(2, 'label')")).text(), "(<'two'>,)");
 }
 
-TEST_F(DBusMenuTest, TextsAreMadeFitToShow) {
+TEST_F(DBusMenuTest, TextsAreEscaped) {
   show({text("under_score"), text(std::string("a\0b\nc\xff\xe2\x80\xae", 10)), text("")});
   EXPECT_THAT(propertiesOf(1), HasSubstr("under__score"));
-  // GVariant prints a backslash twice.
+  // GVariant prints each backslash twice.
   EXPECT_THAT(propertiesOf(2), HasSubstr("ab\\\\nc\xEF\xBF\xBD\\\\u{202E}"));
   EXPECT_THAT(propertiesOf(3), HasSubstr("'label': <''>"));
 }
 
-TEST_F(DBusMenuTest, WhatDoesNotExistOrMakesNoSenseIsRefused) {
+TEST_F(DBusMenuTest, RefusesUnknownItemsAndInvalidArguments) {
   show({text("one")});
   const auto refused = [&](const char* method, const char* arguments) {
     return ofMenu(method, g_variant_new_parsed(arguments)).error;
@@ -118,7 +118,7 @@ TEST_F(DBusMenuTest, WhatDoesNotExistOrMakesNoSenseIsRefused) {
   EXPECT_THAT(log_.lines, IsEmpty());
 }
 
-TEST_F(DBusMenuTest, GroupCallsTellWhichItemsAreUnknown) {
+TEST_F(DBusMenuTest, GroupCallsReturnTheUnknownItems) {
   show({text("one")});
   EXPECT_EQ(ofMenu("EventGroup", g_variant_new_parsed(
                                      "([(1, 'opened', <0>, @u 0), (77, 'clicked', <0>, @u 0)],)"))
@@ -128,7 +128,7 @@ TEST_F(DBusMenuTest, GroupCallsTellWhichItemsAreUnknown) {
   EXPECT_EQ(ofMenu("AboutToShowGroup", g_variant_new_parsed("([0, 1, 77],)")).text(), "([], [77])");
 }
 
-TEST_F(DBusMenuTest, InterfaceSaysWhatItIs) {
+TEST_F(DBusMenuTest, InterfaceHasItsProperties) {
   const auto property = [&](const char* name) {
     return client_->property(name_, "/MenuBar", menu, name).text();
   };
@@ -138,9 +138,9 @@ TEST_F(DBusMenuTest, InterfaceSaysWhatItIs) {
   EXPECT_EQ(property("IconThemePath"), "[]");
 }
 
-TEST_F(DBusMenuTest, ClickRunsTheActionAfterThePanelHasItsAnswer) {
+TEST_F(DBusMenuTest, ClickRunsTheActionAfterThePanelHasItsReply) {
   bool answered = false, ran = false;
-  // A panel in a thread of its own, which gets its answer although the action keeps this one.
+  // The panel's thread gets its reply although the action blocks this one.
   std::future<void> panel;
   show({button("Press", [&] {
     answered = panel.wait_for(std::chrono::seconds{20}) == std::future_status::ready;
@@ -154,7 +154,7 @@ TEST_F(DBusMenuTest, ClickRunsTheActionAfterThePanelHasItsAnswer) {
   EXPECT_TRUE(answered);
 }
 
-TEST_F(DBusMenuTest, OnlyClicksOnRowsThatCanBeChosenDoAnything) {
+TEST_F(DBusMenuTest, OnlyClicksOnEnabledRowsHaveAnEffect) {
   int runs = 0;
   const auto count = [&] { ++runs; };
   MenuRow line = text("text");
@@ -180,7 +180,7 @@ TEST_F(DBusMenuTest, GroupOfClicksRunsTheActionsInOrder) {
   EXPECT_THAT(order, ElementsAre(2, 1));
 }
 
-TEST_F(DBusMenuTest, ClickOnARowThatHasGoneReachesNoOther) {
+TEST_F(DBusMenuTest, ClickOnARemovedRowReachesNoOther) {
   int granted = 0, quit = 0;
   show({button("Grant", [&] { ++granted; }), button("Quit", [&] { ++quit; })});
   show({button("Quit", [&] { ++quit; })});
@@ -192,7 +192,7 @@ TEST_F(DBusMenuTest, ClickOnARowThatHasGoneReachesNoOther) {
   EXPECT_EQ(granted, 0);
 }
 
-TEST_F(DBusMenuTest, ClickRunsTheActionOfTheRowsThatAreShownNow) {
+TEST_F(DBusMenuTest, ClickRunsTheActionOfTheCurrentRow) {
   std::string ran;
   show({button("Press", [&] { ran = "old"; })});
   show({button("Press", [&] { ran = "new"; })});
@@ -201,7 +201,7 @@ TEST_F(DBusMenuTest, ClickRunsTheActionOfTheRowsThatAreShownNow) {
   EXPECT_EQ(ran, "new");
 }
 
-TEST_F(DBusMenuTest, ActionMayChangeTheRowsOrEndTheMenuBar) {
+TEST_F(DBusMenuTest, ActionMayChangeTheRowsOrDestroyTheMenuBar) {
   bool ran = false;
   show({button("Change", [&] { menuBar_->setRows({text("changed")}); }), toggle(false, [&] {
           menuBar_.reset();
@@ -216,14 +216,14 @@ TEST_F(DBusMenuTest, ActionMayChangeTheRowsOrEndTheMenuBar) {
                        rehearsal::patience, "the change");
 }
 
-TEST_F(DBusMenuTest, UnchangedRowsCostNoMessage) {
+TEST_F(DBusMenuTest, UnchangedRowsSendNoSignal) {
   const auto rows = [] { return std::vector{text("one"), toggle(true, [] {}), button("two")}; };
   show(rows());
   menuBar_->setRows(rows());
   EXPECT_THAT(client_->takeSignals(), IsEmpty());
 }
 
-TEST_F(DBusMenuTest, ChangedTextTellsOnlyItself) {
+TEST_F(DBusMenuTest, ChangedTextSendsOnlyThatProperty) {
   show({text("one"), toggle(false)});
   menuBar_->setRows({text("other"), toggle(false)});
   EXPECT_THAT(client_->takeSignals(),
@@ -233,7 +233,7 @@ TEST_F(DBusMenuTest, ChangedTextTellsOnlyItself) {
               ElementsAre("ItemsPropertiesUpdated ([(2, {'toggle-state': <1>})], [])"));
 }
 
-TEST_F(DBusMenuTest, PropertyThatGoesIsTakenBack) {
+TEST_F(DBusMenuTest, RemovedPropertyIsReported) {
   MenuRow quit = button("Quit");
   quit.keyEquivalent = "q";
   show({quit});
@@ -242,7 +242,7 @@ TEST_F(DBusMenuTest, PropertyThatGoesIsTakenBack) {
               ElementsAre("ItemsPropertiesUpdated ([], [(1, ['shortcut'])])"));
 }
 
-TEST_F(DBusMenuTest, RowsThatComeOrGoChangeTheLayout) {
+TEST_F(DBusMenuTest, AddedAndRemovedRowsChangeTheLayout) {
   show({text("one")});
   menuBar_->setRows({text("one"), text("Battery: 42%")});
   EXPECT_THAT(client_->takeSignals(), ElementsAre("LayoutUpdated (3, 0)"));
@@ -252,7 +252,7 @@ TEST_F(DBusMenuTest, RowsThatComeOrGoChangeTheLayout) {
   EXPECT_THAT(rowIds(), ElementsAre(1));
 }
 
-TEST_F(DBusMenuTest, SwitchThatDidNotTakeHasItsMarkPutBack) {
+TEST_F(DBusMenuTest, ToggleThatDoesNotChangeSendsItsMarkAgain) {
   bool ran = false;
   show({toggle(false, [&] { ran = true; })});
   click(1);
@@ -260,7 +260,7 @@ TEST_F(DBusMenuTest, SwitchThatDidNotTakeHasItsMarkPutBack) {
   EXPECT_THAT(client_->takeSignals(), ElementsAre(HasSubstr("'toggle-state': <0>")));
 }
 
-TEST_F(DBusMenuTest, LongMenusAndTextsAreCarriedWhole) {
+TEST_F(DBusMenuTest, LongMenusAndTextsAreComplete) {
   std::vector<MenuRow> rows;
   for (int i = 0; i < 200; ++i) rows.push_back(text(std::string(5000, 'x')));
   show(rows);

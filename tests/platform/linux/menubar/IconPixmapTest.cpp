@@ -69,7 +69,7 @@ TEST(IconPixmap, BytesAreAlphaRedGreenBlue) {
   EXPECT_EQ(at(pixmap, 15, 3), (Pixel{0, 0, 0, 0}));
 }
 
-TEST(IconPixmap, ColoursAreNotMultipliedByTheAlpha) {
+TEST(IconPixmap, ColoursAreNotPremultiplied) {
   const auto pixmap =
       IconPixmap::render(square(Color::systemRed, 0.4, false), 20, PanelTone::unknown);
   const Pixel pixel = at(pixmap, 3, 3);
@@ -94,7 +94,7 @@ TEST(IconPixmap, TintedImageKeepsItsColoursOnAnyPanel) {
   EXPECT_EQ(pixmap, IconPixmap::render(image, 64, PanelTone::light));
 }
 
-TEST(IconPixmap, TemplateStandsOutFromEveryPanelOfWhichNothingIsKnown) {
+TEST(IconPixmap, TemplateHasEnoughContrastOnAPanelOfUnknownTone) {
   const auto pixmap = IconPixmap::render(LuchadorArt::menuBarImage(false, true, std::nullopt), 64,
                                          PanelTone::unknown);
   const Pixel cheek = at(pixmap, 45, 42);
@@ -111,7 +111,7 @@ TEST(IconPixmap, TemplateIsWhiteOnADarkPanelAndDarkOnALightOne) {
   EXPECT_GE(contrast(at(IconPixmap::render(image, 64, PanelTone::light), 45, 42), lightPanel), 11);
 }
 
-TEST(IconPixmap, EdgeInTheOppositeToneShowsWhereTheGuessIsWrong) {
+TEST(IconPixmap, EdgeShowsTheShapeWhereTheGuessIsWrong) {
   const Image image = square(Color::black, 1, true);
   for (const PanelTone tone : {PanelTone::dark, PanelTone::light}) {
     const auto pixmap = IconPixmap::render(image, 40, tone);
@@ -142,14 +142,14 @@ TEST(IconPixmap, ImageThatDrawsNothingIsTransparent) {
   EXPECT_EQ(IconPixmap::render(image, 16, PanelTone::dark).bytes.size(), 16U * 16 * 4);
 }
 
-TEST(PanelTone, GoesWithTheColourScheme) {
+TEST(PanelTone, FollowsTheColourScheme) {
   EXPECT_EQ(guessPanelTone(ColorScheme::preferDark, "KDE"), PanelTone::dark);
   EXPECT_EQ(guessPanelTone(ColorScheme::preferLight, "KDE"), PanelTone::light);
   EXPECT_EQ(guessPanelTone(ColorScheme::noPreference, "XFCE"), PanelTone::unknown);
   EXPECT_EQ(guessPanelTone(ColorScheme::noPreference, ""), PanelTone::unknown);
 }
 
-TEST(PanelTone, GnomesBarIsDarkInEitherScheme) {
+TEST(PanelTone, GnomesBarIsDarkInBothSchemes) {
   for (const char* desktop : {"GNOME", "ubuntu:GNOME", "GNOME-Classic:GNOME"})
     EXPECT_EQ(guessPanelTone(ColorScheme::preferLight, desktop), PanelTone::dark) << desktop;
   EXPECT_EQ(guessPanelTone(ColorScheme::preferLight, "GNOME-Flashback"), PanelTone::light);

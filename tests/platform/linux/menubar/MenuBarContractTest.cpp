@@ -9,7 +9,7 @@
 namespace hushbox {
 namespace {
 
-/// A menu bar on a session bus, and somebody who shows its item there as a panel does.
+/// A menu bar on a session bus, and a client that reads its item as a panel does.
 class StatusNotifierMenuBarDriver final : public MenuBarDriver {
  public:
   StatusNotifierMenuBarDriver() {

@@ -43,13 +43,13 @@ TEST_F(MenuItemsTest, RowsAreNumberedFromOne) {
   EXPECT_THAT(show({text("a"), separator(), button("b")}), ElementsAre(1, 2, 3));
 }
 
-TEST_F(MenuItemsTest, RowsThatStayKeepTheirNumbersWhateverTheyShow) {
+TEST_F(MenuItemsTest, RowsThatContinueKeepTheirNumbers) {
   show({text("Not on a call"), separator(), toggle("Launch", false), button("Quit")});
   EXPECT_THAT(show({text("On a call"), separator(), toggle("Launch", true), button("Quit")}),
               ElementsAre(1, 2, 3, 4));
 }
 
-TEST_F(MenuItemsTest, RowThatComesInBetweenLeavesTheOthersTheirNumbers) {
+TEST_F(MenuItemsTest, InsertedRowsLeaveTheOthersTheirNumbers) {
   show({text("call"), text("status"), separator(), toggle("Launch", false), separator(),
         button("Quit")});
   EXPECT_THAT(show({text("call"), text("Battery"), text("status"), separator(), button("Grant"),
@@ -60,7 +60,7 @@ TEST_F(MenuItemsTest, RowThatComesInBetweenLeavesTheOthersTheirNumbers) {
               ElementsAre(1, 2, 3, 4, 5, 6));
 }
 
-TEST_F(MenuItemsTest, NumberOfARowThatHasGoneIsNeverGivenAgain) {
+TEST_F(MenuItemsTest, NumbersOfRemovedRowsAreNeverReused) {
   show({button("Grant"), button("Quit")});
   show({button("Quit")});
   EXPECT_EQ(items_.find(1), nullptr);
@@ -69,7 +69,7 @@ TEST_F(MenuItemsTest, NumberOfARowThatHasGoneIsNeverGivenAgain) {
   EXPECT_THAT(show({button("Grant")}), ElementsAre(4));
 }
 
-TEST_F(MenuItemsTest, NumberNeverPassesToAnotherButtonOrSwitch) {
+TEST_F(MenuItemsTest, NumbersNeverPassToAnotherButtonOrToggle) {
   show({button("Grant"), toggle("Launch", false)});
   EXPECT_THAT(show({button("Quit"), toggle("Other", false)}), ElementsAre(3, 4));
   EXPECT_THAT(show({toggle("Quit", false), button("Other")}), ElementsAre(5, 6));
@@ -90,7 +90,7 @@ TEST_F(MenuItemsTest, RowsThatChangePlacesDoNotSwapNumbers) {
   EXPECT_NE(ids[0], ids[1]);
 }
 
-TEST_F(MenuItemsTest, ReplacingGivesWhatWasShownBefore) {
+TEST_F(MenuItemsTest, ReplaceReturnsThePreviousRows) {
   show({text("before")});
   const std::vector<MenuItem> before = items_.replace({text("after")});
   ASSERT_EQ(before.size(), 1U);

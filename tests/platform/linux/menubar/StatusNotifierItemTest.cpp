@@ -36,7 +36,7 @@ class StatusNotifierItemTest : public PanelFixture {
   }
 };
 
-TEST_F(StatusNotifierItemTest, SaysWhatItIsAndWhereItsMenuIs) {
+TEST_F(StatusNotifierItemTest, HasItsPropertiesAndThePathOfItsMenu) {
   start();
   EXPECT_EQ(ofItem("Category").text(), "'Hardware'");
   EXPECT_EQ(ofItem("Id").text(), "'hushbox'");
@@ -56,7 +56,7 @@ TEST_F(StatusNotifierItemTest, AllItsPropertiesCanBeReadAtOnce) {
   EXPECT_EQ(answer.error, "");
 }
 
-TEST_F(StatusNotifierItemTest, LeavesItToThePanelToOpenTheMenu) {
+TEST_F(StatusNotifierItemTest, RefusesActivateAndContextMenuWithoutADisplay) {
   start();
   for (const char* method : {"Activate", "ContextMenu"}) {
     EXPECT_EQ(client_->call(name_, "/StatusNotifierItem", item, method, g_variant_new("(ii)", 5, 5))
@@ -65,7 +65,7 @@ TEST_F(StatusNotifierItemTest, LeavesItToThePanelToOpenTheMenu) {
   }
 }
 
-TEST_F(StatusNotifierItemTest, IconComesInTheSizesOfPanels) {
+TEST_F(StatusNotifierItemTest, IconHasTheSizesOfPanels) {
   start();
   std::vector<int> sizes;
   for (const IconPixmap& pixmap : pixmaps()) {
@@ -75,27 +75,27 @@ TEST_F(StatusNotifierItemTest, IconComesInTheSizesOfPanels) {
   EXPECT_THAT(sizes, ElementsAre(16, 18, 22, 24, 32, 36, 44, 48, 64));
 }
 
-TEST_F(StatusNotifierItemTest, StateIsSaidInWords) {
+TEST_F(StatusNotifierItemTest, StateIsTheFirstLineOfTheToolTip) {
   start();
   menuBar_->setIcon(icon(), "On a call — muted");
   EXPECT_EQ(ofItem("IconAccessibleDesc").text(), "'On a call — muted'");
-  EXPECT_EQ(ofItem("ToolTip").text(), "('', [], 'Hushbox', 'On a call — muted')");
+  EXPECT_EQ(ofItem("ToolTip").text(), "('', [], 'On a call — muted', '')");
 }
 
-TEST_F(StatusNotifierItemTest, WordsAreMadeFitToShow) {
+TEST_F(StatusNotifierItemTest, WordsAreEscaped) {
   start();
   menuBar_->setIcon(icon(), std::string("<b>&\0\n\xff", 8));
   EXPECT_THAT(ofItem("IconAccessibleDesc").text(), HasSubstr("<b>&\\\\n\xEF\xBF\xBD"));
-  EXPECT_THAT(ofItem("ToolTip").text(), HasSubstr("&lt;b&gt;&amp;\\\\n\xEF\xBF\xBD"));
+  EXPECT_THAT(ofItem("ToolTip").text(), HasSubstr("<b>&\\\\n\xEF\xBF\xBD"));
 }
 
-TEST_F(StatusNotifierItemTest, SameIconAndWordsCostNoMessage) {
+TEST_F(StatusNotifierItemTest, SameIconAndWordsSendNoSignal) {
   start();
   menuBar_->setIcon(icon(), "Not on a call");
   EXPECT_THAT(client_->takeSignals(), IsEmpty());
 }
 
-TEST_F(StatusNotifierItemTest, OtherPixelsOrOtherWordsAreTold) {
+TEST_F(StatusNotifierItemTest, ChangedPixelsOrWordsSendASignal) {
   start();
   menuBar_->setIcon(icon({}, true), "Not on a call");
   EXPECT_THAT(client_->takeSignals(), ElementsAre("NewIcon"));
@@ -109,7 +109,7 @@ TEST_F(StatusNotifierItemTest, OtherPixelsOrOtherWordsAreTold) {
   }
 }
 
-TEST_F(StatusNotifierItemTest, SamePixelsAsATemplateAreAnotherIcon) {
+TEST_F(StatusNotifierItemTest, TemplateAndPlainImageAreDifferentIcons) {
   start();
   Image image = icon();
   image.isTemplate = false;

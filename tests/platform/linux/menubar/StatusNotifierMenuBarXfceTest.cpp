@@ -46,8 +46,8 @@ constexpr std::array states{
     State{"call-muted", true, true, Color::systemRed, "On a call, muted"},
 };
 
-/// The item in a real panel, seen and clicked on.
-class XfcePanelTest : public testing::Test {
+/// The item in a real panel, with screenshots and clicks.
+class StatusNotifierMenuBarXfceTest : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     unsetenv("XDG_CURRENT_DESKTOP");
@@ -60,16 +60,18 @@ class XfcePanelTest : public testing::Test {
     session_.reset();
   }
 
-  XfcePanelTest() {
+  StatusNotifierMenuBarXfceTest() {
     panel_->setTone(Panel::Tone::Dark);
-    menuBar_ = std::make_unique<StatusNotifierMenuBar>(sessionBus_, log_);
+    menuBar_ = std::make_unique<StatusNotifierMenuBar>(*sessionBus_, log_);
     show(states[0]);
     showRows("Not on a call");
     panel_->waitForItem();
   }
-  ~XfcePanelTest() override {
+  ~StatusNotifierMenuBarXfceTest() override {
     if (panel_->menu()) panel_->closeMenu();
     menuBar_.reset();
+    // The panel removes the item when its connection is closed.
+    sessionBus_.reset();
     holdsWithin([] { return panel_->items().empty(); }, patience);
   }
 
@@ -111,7 +113,7 @@ class XfcePanelTest : public testing::Test {
   }
   void showRows(const std::string& call) { showRows(call, {}); }
 
-  /// Takes a picture, again and again, until it is as awaited; the last one stays.
+  /// Takes pictures until one is as expected; the last one is kept.
   template <typename Predicate>
   void waitForPicture(const std::string& name, const Panel::Area& area, Predicate isAsAwaited) {
     waitForPicture(
@@ -132,7 +134,7 @@ class XfcePanelTest : public testing::Test {
   static inline std::unique_ptr<Session> session_;
   static inline std::unique_ptr<Panel> panel_;
   KeptLog log_;
-  SessionBusConnection sessionBus_;
+  std::unique_ptr<SessionBusConnection> sessionBus_ = std::make_unique<SessionBusConnection>();
   std::unique_ptr<StatusNotifierMenuBar> menuBar_;
   std::string chosen_;
 };
@@ -143,7 +145,7 @@ bool isOfColour(const Pixel& pixel, std::optional<Color> tint) {
   return *tint == Color::systemRed ? red - green > 80 : green - red > 60;
 }
 
-TEST_F(XfcePanelTest, EachStateStandsOutFromADarkPanelAndFromALightOne) {
+TEST_F(StatusNotifierMenuBarXfceTest, EachStateIsVisibleOnADarkAndALightPanel) {
   for (const Panel::Tone tone : {Panel::Tone::Dark, Panel::Tone::Light}) {
     panel_->setTone(tone);
     const std::string panelName = tone == Panel::Tone::Dark ? "dark" : "light";
@@ -164,7 +166,7 @@ TEST_F(XfcePanelTest, EachStateStandsOutFromADarkPanelAndFromALightOne) {
   }
 }
 
-TEST_F(XfcePanelTest, MenuOpensOnAClickAndShowsEveryRow) {
+TEST_F(StatusNotifierMenuBarXfceTest, MenuOpensOnAClickAndShowsEveryRow) {
   const Panel::Area menu = panel_->openMenu();
   waitForPicture("menu-connected", menu,
                  [](const Picture& picture) { return picture.standingOut() > 500; });
@@ -172,7 +174,7 @@ TEST_F(XfcePanelTest, MenuOpensOnAClickAndShowsEveryRow) {
   EXPECT_EQ(chosen_, "");
 }
 
-TEST_F(XfcePanelTest, MenuLooksRightInEveryState) {
+TEST_F(StatusNotifierMenuBarXfceTest, MenuLooksRightInEveryState) {
   struct Scene {
     const char* name;
     const State& state;
@@ -193,7 +195,7 @@ TEST_F(XfcePanelTest, MenuLooksRightInEveryState) {
   }
 }
 
-TEST_F(XfcePanelTest, OpenMenuChangesItsTextsInPlace) {
+TEST_F(StatusNotifierMenuBarXfceTest, OpenMenuChangesItsTextsInPlace) {
   const Panel::Area menu = panel_->openMenu();
   const Panel::Area firstRow{menu.x, menu.y + 4, menu.width, 25};
   int before = 0;
@@ -206,17 +208,17 @@ TEST_F(XfcePanelTest, OpenMenuChangesItsTextsInPlace) {
   EXPECT_TRUE(panel_->menu());
 }
 
-TEST_F(XfcePanelTest, RowsThatCameWhileTheMenuWasOpenAreThereAndCanBeClicked) {
+TEST_F(StatusNotifierMenuBarXfceTest, RowsAddedWhileTheMenuIsOpenCanBeClickedLater) {
   const Panel::Area before = panel_->openMenu();
   showRows("On a call — muted", {.battery = true, .untrusted = true, .launch = true});
   panel_->closeMenu();
-  // The toolkit lets an open menu scroll rather than grow, so only now is it higher.
+  // The toolkit scrolls an open menu instead of enlarging it, so it is higher only now.
   EXPECT_GT(panel_->openMenu().height, before.height + 40);
   panel_->chooseRow("Grant Accessibility…");
   waitUntil([&] { return chosen_ == "grant"; }, patience, "the click");
 }
 
-TEST_F(XfcePanelTest, ClicksReachTheRowsUnderThePointer) {
+TEST_F(StatusNotifierMenuBarXfceTest, ClicksReachTheRowsUnderThePointer) {
   showRows("Not on a call", {.battery = true, .untrusted = true});
   for (const auto& [row, action] :
        std::vector<std::pair<std::string, std::string>>{{"Launch at login", "launch"},
@@ -228,14 +230,14 @@ TEST_F(XfcePanelTest, ClicksReachTheRowsUnderThePointer) {
   }
 }
 
-TEST_F(XfcePanelTest, GreyedTextCannotBeChosen) {
+TEST_F(StatusNotifierMenuBarXfceTest, TextCannotBeChosen) {
   panel_->openMenu();
   panel_->clickRow("Not on a call");
   letPass(milliseconds{300});
   EXPECT_EQ(chosen_, "");
 }
 
-/// The column of the menu in which the marks are.
+/// The pixels of the menu's column with the marks.
 std::vector<Pixel> marks(const Picture& picture) {
   std::vector<Pixel> pixels;
   for (int y = 0; y < picture.height(); ++y)
@@ -243,19 +245,19 @@ std::vector<Pixel> marks(const Picture& picture) {
   return pixels;
 }
 
-TEST_F(XfcePanelTest, SwitchShowsItsMarkWhileTheMenuIsOpenAndLosesItAgain) {
+TEST_F(StatusNotifierMenuBarXfceTest, ToggleShowsAndRemovesItsMarkWhileTheMenuIsOpen) {
   const Panel::Area menu = panel_->openMenu();
   panel_->movePointerAway();
   std::vector<Pixel> off;
   waitForPicture("switch-off", menu, [&](const Picture& picture) {
-    // Nothing is highlighted any more once two pictures are the same.
+    // Once two pictures are the same, nothing is highlighted.
     return std::exchange(off, marks(picture)) == marks(picture);
   });
   showRows("Not on a call", {.launch = true});
   waitForPicture("switch-on", menu, [&](const Picture& picture) { return marks(picture) != off; });
   showRows("Not on a call");
   waitForPicture("switch-off", menu, [&](const Picture& picture) { return marks(picture) == off; });
-  // The panel sets the mark by itself; as the switch stays off, it has to be told.
+  // The panel sets the mark itself; the toggle stays off, so the program must take it back.
   panel_->chooseRow("Launch at login");
   waitUntil([&] { return chosen_ == "launch"; }, patience, "the click");
   panel_->openMenu();
@@ -264,7 +266,7 @@ TEST_F(XfcePanelTest, SwitchShowsItsMarkWhileTheMenuIsOpenAndLosesItAgain) {
                  [&](const Picture& picture) { return marks(picture) == off; });
 }
 
-TEST_F(XfcePanelTest, ItemIsThereAgainAfterThePanelHasDied) {
+TEST_F(StatusNotifierMenuBarXfceTest, ItemAppearsInTheNextPanelAfterACrash) {
   panel_->kill();
   panel_.reset();
   panel_ = std::make_unique<Panel>(*session_);
@@ -274,7 +276,7 @@ TEST_F(XfcePanelTest, ItemIsThereAgainAfterThePanelHasDied) {
   waitUntil([&] { return chosen_ == "quit"; }, patience, "the click");
 }
 
-TEST_F(XfcePanelTest, FrozenPanelKeepsNobodyWaiting) {
+TEST_F(StatusNotifierMenuBarXfceTest, FrozenPanelBlocksNothing) {
   panel_->freeze();
   const auto begin = std::chrono::steady_clock::now();
   for (int i = 0; i < 100; ++i) {

@@ -11,7 +11,7 @@
 namespace hushbox {
 namespace {
 
-/// A speakerphone's properties as UPower gives them, with changes: GVariant text, such as
+/// A speakerphone's properties from UPower, with changes in GVariant text, such as
 /// "'State': <uint32 1>".
 std::optional<AccessoryBattery> read(const std::string& changes) {
   GVariantDict properties;
@@ -41,7 +41,7 @@ std::string line(const std::string& changes) {
   return battery ? battery->reportLine() : "";
 }
 
-TEST(AccessoryBattery, LineHoldsNameLevelAndState) {
+TEST(AccessoryBattery, LineContainsNameLevelAndState) {
   EXPECT_EQ(line(""), " -Jabra Speak2 75\t62%; discharging; present: true\n");
 }
 
@@ -61,25 +61,25 @@ TEST(AccessoryBattery, LevelIsRoundedToWholePercent) {
   EXPECT_EQ(read("'Percentage': <100.0>")->level, 100);
 }
 
-TEST(AccessoryBattery, WhatPowersTheComputerIsNoAccessory) {
+TEST(AccessoryBattery, ReturnsNulloptForBatteriesThatPowerTheComputer) {
   EXPECT_FALSE(read("'PowerSupply': <true>"));
   EXPECT_FALSE(read("'PowerSupply': <'wrong type'>"));
 }
 
-TEST(AccessoryBattery, LevelThatIsNotKnownIsNotReported) {
+TEST(AccessoryBattery, ReturnsNulloptForAnUnknownLevel) {
   for (const char* unknown :
        {"'IsPresent': <false>", "'Percentage': <-1.0>", "'Percentage': <100.5>",
         "'Percentage': <'sixty'>",
-        // Nothing has come from the device yet.
+        // The device has not reported anything yet.
         "'Percentage': <0.0>, 'State': <uint32 0>",
-        // Low, critical, normal, high and full: words, with a percentage made from them.
+        // Low, critical, normal, high and full: words, from which UPower made a percentage.
         "'BatteryLevel': <uint32 3>", "'BatteryLevel': <uint32 4>", "'BatteryLevel': <uint32 6>",
         "'BatteryLevel': <uint32 7>", "'BatteryLevel': <uint32 8>"})
     EXPECT_FALSE(read(unknown)) << unknown;
   EXPECT_TRUE(read("'BatteryLevel': <uint32 0>"));
 }
 
-TEST(AccessoryBattery, LevelThatIsNoNumberIsNotReported) {
+TEST(AccessoryBattery, ReturnsNulloptForALevelThatIsNotANumber) {
   for (const double level : {std::nan(""), std::numeric_limits<double>::infinity()}) {
     GVariantDict properties;
     g_variant_dict_init(&properties, nullptr);
@@ -91,13 +91,13 @@ TEST(AccessoryBattery, LevelThatIsNoNumberIsNotReported) {
   }
 }
 
-TEST(AccessoryBattery, DeviceWithoutAnyPropertyIsNotReported) {
+TEST(AccessoryBattery, ReturnsNulloptForADeviceWithoutProperties) {
   const VariantPointer none(
       g_variant_ref_sink(g_variant_new_array(G_VARIANT_TYPE("{sv}"), nullptr, 0)));
   EXPECT_FALSE(AccessoryBattery::fromProperties(none.get()));
 }
 
-TEST(AccessoryBattery, VendorIsNamedUnlessTheModelDoesAlready) {
+TEST(AccessoryBattery, VendorIsAddedUnlessTheModelContainsIt) {
   EXPECT_EQ(read("'Vendor': <'Jabra'>")->name, "Jabra Speak2 75");
   EXPECT_EQ(read("'Vendor': <'Jabra'>, 'Model': <'Speak2 75'>")->name, "Jabra Speak2 75");
   EXPECT_EQ(read("'Vendor': <'GN Audio'>")->name, "GN Audio Jabra Speak2 75");

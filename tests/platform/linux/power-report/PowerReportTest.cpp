@@ -22,7 +22,7 @@ using namespace std::chrono_literals;
 constexpr const char* upower = "org.freedesktop.UPower";
 constexpr const char* upowerPath = "/org/freedesktop/UPower";
 
-/// What the program reads when it asks for the power report.
+/// Returns what the battery reading reads from the power report.
 std::string report() {
   ChildProcessRules rules;
   rules.standIns["/usr/bin/pmset"] = HUSHBOX_POWER_REPORT;
@@ -103,11 +103,11 @@ class PowerReportMockTest : public PowerReportTest {
   std::unique_ptr<rehearsal::ServerProcess> process_;
 };
 
-TEST_F(PowerReportMockTest, NoDeviceIsAnEmptyReport) {
+TEST_F(PowerReportMockTest, ReportIsEmptyWithoutDevices) {
   EXPECT_EQ(report(), "");
 }
 
-TEST_F(PowerReportMockTest, EveryAccessoryHasItsLineAndTheLaptopNone) {
+TEST_F(PowerReportMockTest, EachAccessoryHasALineAndTheLaptopHasNone) {
   add("laptop", "DELL 5JDX9", 80, "{'PowerSupply': <true>}");
   add("mouse", "MX Master", 45, "{'PowerSupply': <false>, 'State': <uint32 5>}");
   add("jabra", "Jabra Speak2 75\nJabra", 29, "{'PowerSupply': <false>}");
@@ -116,7 +116,7 @@ TEST_F(PowerReportMockTest, EveryAccessoryHasItsLineAndTheLaptopNone) {
             " -Jabra Speak2 75\\nJabra\t29%; discharging; present: true\n");
 }
 
-TEST_F(PowerReportMockTest, UPowerThatHangsIsGivenUpQuicklyWithoutOutput) {
+TEST_F(PowerReportMockTest, TimesOutWithoutOutputWhenUPowerHangs) {
   add("jabra", "Jabra Speak2 75", 29, "{'PowerSupply': <false>}");
   process_->freeze();
   const auto start = std::chrono::steady_clock::now();
@@ -125,17 +125,17 @@ TEST_F(PowerReportMockTest, UPowerThatHangsIsGivenUpQuicklyWithoutOutput) {
   process_->thaw();
 }
 
-TEST_F(PowerReportTest, WithoutUPowerTheReportIsEmpty) {
+TEST_F(PowerReportTest, ReportIsEmptyWithoutUPower) {
   EXPECT_EQ(report(), "");
 }
 
-TEST(PowerReportBusTest, WithoutASystemBusTheReportIsEmpty) {
+TEST(PowerReportBusTest, ReportIsEmptyWithoutASystemBus) {
   ScopedEnvironment environment;
   environment.set("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/bus");
   EXPECT_EQ(report(), "");
 }
 
-TEST(PowerReportBusTest, BusThatHangsIsGivenUpQuicklyWithoutOutput) {
+TEST(PowerReportBusTest, TimesOutWithoutOutputWhenTheBusHangs) {
   const rehearsal::ScratchFolder scratch;
   const std::string path = scratch.path() / "bus";
   const Descriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));

@@ -31,20 +31,20 @@ constexpr const char* powerTool = "/usr/bin/pmset";
 
 class SpawnedChildProcessFactoryTest : public testing::Test {
  protected:
-  /// Puts a shell script where the power tool's stand-in is.
+  /// Writes a shell script as the power tool's stand-in.
   void script(const std::string& body) {
     std::ofstream(standIn_) << "#!/bin/sh\n" << body << '\n';
     std::filesystem::permissions(standIn_, std::filesystem::perms::owner_all);
   }
 
-  ChildProcessRules rules(std::chrono::milliseconds timeLimit = patience) const {
+  ChildProcessRules rules(std::chrono::milliseconds timeout = patience) const {
     ChildProcessRules rules;
     rules.standIns[powerTool] = standIn_;
-    rules.timeLimit = timeLimit;
+    rules.timeout = timeout;
     return rules;
   }
 
-  /// Launches the stand-in, reads and waits, the way the battery reading does.
+  /// Launches the stand-in, reads its output and waits, like the battery reading.
   std::string read(ChildProcessFactory& processes, std::vector<std::string> arguments = {}) const {
     const auto process = processes.make();
     process->setExecutablePath(powerTool);
@@ -55,7 +55,7 @@ class SpawnedChildProcessFactoryTest : public testing::Test {
     return output;
   }
 
-  /// The process whose number a script wrote to that file; 0 while there is none.
+  /// The process ID that a script has written to that file; 0 for none yet.
   pid_t noted(const std::string& name) const {
     pid_t pid = 0;
     std::ifstream(scratch_.path() / name) >> pid;
@@ -63,7 +63,7 @@ class SpawnedChildProcessFactoryTest : public testing::Test {
   }
   std::string notePath(const std::string& name) const { return scratch_.path() / name; }
 
-  /// Gone, or dead and only not yet asked after by its new parent.
+  /// Whether the process has exited; its new parent may not have reaped it yet.
   static bool isGone(pid_t pid) {
     std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
     std::string number, name, state;
@@ -81,7 +81,7 @@ TEST_F(SpawnedChildProcessFactoryTest, StandInGetsTheArgumentsAndItsOutputIsRead
             standIn_ + "|-g|accps||a b|no newline \377");
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, OtherPathsRunAsTheyStand) {
+TEST_F(SpawnedChildProcessFactoryTest, OtherPathsRunUnchanged) {
   SpawnedChildProcessFactory processes{rules()};
   const auto process = processes.make();
   process->setExecutablePath("/bin/echo");
@@ -91,19 +91,19 @@ TEST_F(SpawnedChildProcessFactoryTest, OtherPathsRunAsTheyStand) {
   process->waitUntilExit();
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, ExitStatusAndStandardErrorDoNotCount) {
+TEST_F(SpawnedChildProcessFactoryTest, IgnoresExitStatusAndStandardError) {
   script("echo report; echo trouble >/dev/null; exit 3");
   SpawnedChildProcessFactory processes{rules()};
   EXPECT_EQ(read(processes), "report\n");
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, OutputLargerThanThePipeIsReadWhole) {
+TEST_F(SpawnedChildProcessFactoryTest, ReadsOutputLargerThanThePipeCompletely) {
   script("head -c 900000 /dev/zero");
   SpawnedChildProcessFactory processes{rules()};
   EXPECT_EQ(read(processes).size(), 900000U);
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, LaunchFailsForWhatCannotRun) {
+TEST_F(SpawnedChildProcessFactoryTest, LaunchFailsForFilesThatCannotRun) {
   SpawnedChildProcessFactory processes{rules()};
   std::ofstream(scratch_.path() / "plain") << "text";
   script("echo never");
@@ -130,7 +130,7 @@ TEST_F(SpawnedChildProcessFactoryTest, LaunchFailsWithoutDescriptorsForThePipe) 
   for (const int one : all) close(one);
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, ChildThatNeverEndsIsKilledAndGivesNothing) {
+TEST_F(SpawnedChildProcessFactoryTest, KillsAChildThatHangsAndDiscardsItsOutput) {
   script("echo $$ >" + notePath("pid") + "; echo half a report; exec sleep 60");
   SpawnedChildProcessFactory processes{rules(300ms)};
   const auto start = std::chrono::steady_clock::now();
@@ -139,28 +139,28 @@ TEST_F(SpawnedChildProcessFactoryTest, ChildThatNeverEndsIsKilledAndGivesNothing
   EXPECT_TRUE(isGone(noted("pid")));
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, ChildrenOfAChildThatNeverEndsAreKilledToo) {
+TEST_F(SpawnedChildProcessFactoryTest, KillsTheChildrenOfAChildThatHangs) {
   script("sleep 60 & echo $! >" + notePath("pid") + "; wait");
   SpawnedChildProcessFactory processes{rules(1s)};
   EXPECT_EQ(read(processes), "");
   EXPECT_TRUE(holdsWithin([&] { return noted("pid") && isGone(noted("pid")); }, patience));
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, FloodOfOutputIsKilledAndGivesNothing) {
+TEST_F(SpawnedChildProcessFactoryTest, KillsAChildThatFloodsAndDiscardsItsOutput) {
   script("echo $$ >" + notePath("pid") + "; exec cat /dev/zero");
   SpawnedChildProcessFactory processes{rules()};
   EXPECT_EQ(read(processes), "");
   EXPECT_TRUE(isGone(noted("pid")));
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, ChildThatClosesItsOutputAndLivesOnIsKilledAfterTheLimit) {
+TEST_F(SpawnedChildProcessFactoryTest, KillsAChildThatClosesItsOutputAndHangs) {
   script("echo $$ >" + notePath("pid") + "; echo report; exec >/dev/null; exec sleep 60");
   SpawnedChildProcessFactory processes{rules(2s)};
   EXPECT_EQ(read(processes), "report\n");
   EXPECT_TRUE(isGone(noted("pid")));
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, DaemonThatHoldsTheOutputOpenIsNotWaitedForBeyondTheLimit) {
+TEST_F(SpawnedChildProcessFactoryTest, DoesNotWaitForADaemonThatHoldsTheOutputOpen) {
   script("setsid sh -c 'echo $$ >" + notePath("pid") + "; exec sleep 60' & echo report");
   SpawnedChildProcessFactory processes{rules(1s)};
   const auto start = std::chrono::steady_clock::now();
@@ -169,7 +169,7 @@ TEST_F(SpawnedChildProcessFactoryTest, DaemonThatHoldsTheOutputOpenIsNotWaitedFo
   if (const pid_t daemon = noted("pid")) kill(daemon, SIGKILL);
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, ProcessLetGoOfUnreadIsKilled) {
+TEST_F(SpawnedChildProcessFactoryTest, KillsAChildThatIsDestroyedUnread) {
   script("echo $$ >" + notePath("pid") + "; exec sleep 60");
   SpawnedChildProcessFactory processes{rules()};
   auto process = processes.make();
@@ -180,7 +180,7 @@ TEST_F(SpawnedChildProcessFactoryTest, ProcessLetGoOfUnreadIsKilled) {
   EXPECT_TRUE(isGone(noted("pid")));
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, EndOfTheProgramWaitsForNobodyAndStartsNothing) {
+TEST_F(SpawnedChildProcessFactoryTest, EndAllStopsWaitingAndPreventsLaunches) {
   script("echo $$ >" + notePath("pid") + "; exec sleep 60");
   SpawnedChildProcessFactory processes{rules()};
   auto reading = std::async(std::launch::async, [&] { return read(processes); });
@@ -193,7 +193,7 @@ TEST_F(SpawnedChildProcessFactoryTest, EndOfTheProgramWaitsForNobodyAndStartsNot
   EXPECT_FALSE(later->launch());
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, ProcessMayOutliveItsMaker) {
+TEST_F(SpawnedChildProcessFactoryTest, ProcessMayOutliveTheFactory) {
   script("echo report");
   auto process = SpawnedChildProcessFactory{rules()}.make();
   process->setExecutablePath(powerTool);
@@ -201,7 +201,7 @@ TEST_F(SpawnedChildProcessFactoryTest, ProcessMayOutliveItsMaker) {
   EXPECT_EQ(process->readDataToEndOfFile(), "report\n");
 }
 
-TEST_F(SpawnedChildProcessFactoryTest, ReadingsSideBySideKeepTheirOutputApart) {
+TEST_F(SpawnedChildProcessFactoryTest, ParallelChildrenKeepTheirOutputApart) {
   script("sleep 0.05; echo $1");
   SpawnedChildProcessFactory processes{rules()};
   std::vector<std::future<std::string>> readings;
@@ -230,7 +230,7 @@ TEST_F(SpawnedChildProcessFactoryTest, ChildInheritsNoDescriptorsAndNoSignalSett
   int descriptors = 0;
   std::uint64_t blockedThere = 1, ignoredThere = ~std::uint64_t{0};
   output >> descriptors >> std::hex >> blockedThere >> ignoredThere;
-  // The three streams and the one through which ls reads the folder.
+  // The standard streams, and the descriptor with which ls reads the folder.
   EXPECT_EQ(descriptors, 4);
   EXPECT_EQ(blockedThere, 0U);
   EXPECT_EQ(ignoredThere & std::uint64_t{1} << (SIGPIPE - 1), 0U);

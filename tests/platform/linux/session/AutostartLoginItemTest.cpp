@@ -47,7 +47,7 @@ class AutostartLoginItemTest : public testing::Test {
   AutostartLoginItem item_{folder_, "/bin/true"};
 };
 
-TEST_F(AutostartLoginItemTest, RegisteringMakesTheFolderAndOneReadableEntry) {
+TEST_F(AutostartLoginItemTest, RegisteringCreatesTheFolderAndOneReadableEntry) {
   EXPECT_EQ(item_.status(), Status::notRegistered);
   EXPECT_TRUE(item_.registerItem());
   EXPECT_EQ(item_.status(), Status::enabled);
@@ -65,7 +65,7 @@ TEST_F(AutostartLoginItemTest, EntryFollowsTheRulesForDesktopEntries) {
   EXPECT_EQ(validator->readDataToEndOfFile(), "") << entry();
 }
 
-TEST_F(AutostartLoginItemTest, UnregisteringTakesTheEntryAwayAndTwiceIsAsGoodAsOnce) {
+TEST_F(AutostartLoginItemTest, UnregisteringRemovesTheEntryAndMayBeRepeated) {
   ASSERT_TRUE(item_.registerItem());
   EXPECT_TRUE(item_.unregisterItem());
   EXPECT_FALSE(fs::exists(file_));
@@ -73,7 +73,7 @@ TEST_F(AutostartLoginItemTest, UnregisteringTakesTheEntryAwayAndTwiceIsAsGoodAsO
   EXPECT_EQ(item_.status(), Status::notRegistered);
 }
 
-TEST_F(AutostartLoginItemTest, StatusFollowsWhatOthersDoToTheEntry) {
+TEST_F(AutostartLoginItemTest, StatusFollowsChangesByOtherPrograms) {
   writeEntry("");
   EXPECT_EQ(item_.status(), Status::enabled);
   writeEntry("X-GNOME-Autostart-enabled=true");
@@ -99,8 +99,8 @@ TEST_F(AutostartLoginItemTest, RegisteringReplacesAnEntryThatIsSwitchedOffOrBrok
   EXPECT_EQ(item_.status(), Status::enabled);
 }
 
-TEST_F(AutostartLoginItemTest, ProgramOfAnyNameIsTheOneThatIsStarted) {
-  // Read by GLib the way a desktop does: the program writes down how it was called.
+TEST_F(AutostartLoginItemTest, EntryStartsAProgramOfAnyName) {
+  // GLib reads the entry as a desktop does; the program writes down how it was called.
   for (const char* name : {"plain", "with space", "quote\"d", "$HOME", "100% %u %%", "back\\slash",
                            "`tick`", "it's", "semi;colon", "a\tb", "ünï → ☂", "#hash~*?&|<>()"}) {
     const fs::path program = scratch_.path() / name;
@@ -128,7 +128,7 @@ TEST_F(AutostartLoginItemTest, ProgramOfAnyNameIsTheOneThatIsStarted) {
   }
 }
 
-TEST_F(AutostartLoginItemTest, ProgramThatNoEntryCanNameIsRefused) {
+TEST_F(AutostartLoginItemTest, RefusesAPathThatCannotStandInAnEntry) {
   for (const char* program : {"", "hushbox", "bin/hushbox", "/opt/caf\xE9/hushbox", "/opt/a=b"}) {
     EXPECT_FALSE(AutostartLoginItem(folder_, program).registerItem()) << program;
     EXPECT_FALSE(fs::exists(file_));
@@ -138,13 +138,13 @@ TEST_F(AutostartLoginItemTest, ProgramThatNoEntryCanNameIsRefused) {
   EXPECT_EQ(homeless.status(), Status::notRegistered);
 }
 
-TEST_F(AutostartLoginItemTest, FolderThatCannotBeMadeIsARefusal) {
+TEST_F(AutostartLoginItemTest, RegisteringFailsWhenTheFolderCannotBeCreated) {
   std::ofstream(scratch_.path() / "config") << "a file";
   EXPECT_FALSE(item_.registerItem());
   EXPECT_EQ(item_.status(), Status::notRegistered);
 }
 
-TEST_F(AutostartLoginItemTest, FolderThatCannotBeWrittenKeepsWhatItHad) {
+TEST_F(AutostartLoginItemTest, RegisteringFailsInAReadOnlyFolderAndChangesNothing) {
   RefusedFolder folder;
   AutostartLoginItem item(folder.path(), "/bin/true");
   ASSERT_TRUE(item.registerItem());
@@ -155,7 +155,7 @@ TEST_F(AutostartLoginItemTest, FolderThatCannotBeWrittenKeepsWhatItHad) {
   EXPECT_EQ(filesIn(folder.path()), 1);
 }
 
-TEST_F(AutostartLoginItemTest, FullDiskLeavesNothingHalfWritten) {
+TEST_F(AutostartLoginItemTest, FullDiskLeavesNoPartialEntry) {
   writeEntry("X-Before=kept");
   const std::string before = entry();
   rlimit limit{};
@@ -179,7 +179,7 @@ TEST_F(AutostartLoginItemTest, EntryThatIsAFolderIsLeftAlone) {
   EXPECT_TRUE(fs::is_directory(file_));
 }
 
-TEST_F(AutostartLoginItemTest, SessionsFolderIsInTheConfigurationHome) {
+TEST_F(AutostartLoginItemTest, SessionFolderIsInTheConfigurationHome) {
   ScopedEnvironment environment;
   environment.set("HOME", "/home/somebody");
   environment.set("XDG_CONFIG_HOME", "/elsewhere");
@@ -193,7 +193,7 @@ TEST_F(AutostartLoginItemTest, SessionsFolderIsInTheConfigurationHome) {
   EXPECT_EQ(AutostartLoginItem::sessionFolder(), "");
 }
 
-TEST_F(AutostartLoginItemTest, RunningProgramIsThisOne) {
+TEST_F(AutostartLoginItemTest, ReturnsThePathOfTheRunningProgram) {
   EXPECT_THAT(
       AutostartLoginItem::runningProgram(),
       testing::AllOf(testing::StartsWith("/"), testing::EndsWith("hushbox_linux_session_tests")));

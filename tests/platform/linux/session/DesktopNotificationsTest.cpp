@@ -72,7 +72,7 @@ class DesktopNotificationsTest : public testing::Test {
       std::make_unique<DesktopNotifications>(loop_, bus_);
 };
 
-TEST_F(DesktopNotificationsTest, DaemonWithMarkupGetsTheBodyEscaped) {
+TEST_F(DesktopNotificationsTest, BodyIsEscapedForADaemonWithMarkup) {
   const NotificationDaemonMock daemon(session_, "body body-markup");
   const rehearsal::NotificationMonitor monitor(session_.busAddress());
   const auto answer = post("Jabra <low> & dry", "Your <b>Speak2</b> & \"co\"\nis under 30%.");
@@ -88,7 +88,7 @@ TEST_F(DesktopNotificationsTest, DaemonWithMarkupGetsTheBodyEscaped) {
   EXPECT_THAT(shown.actions, testing::IsEmpty());
 }
 
-TEST_F(DesktopNotificationsTest, DaemonWithoutMarkupGetsTheBodyAsItIs) {
+TEST_F(DesktopNotificationsTest, BodyIsUnchangedForADaemonWithoutMarkup) {
   const NotificationDaemonMock daemon(session_, "body");
   const rehearsal::NotificationMonitor monitor(session_.busAddress());
   wait(post("Title", "<b> & more", false));
@@ -97,7 +97,7 @@ TEST_F(DesktopNotificationsTest, DaemonWithoutMarkupGetsTheBodyAsItIs) {
   EXPECT_EQ(shown.soundName, "");
 }
 
-TEST_F(DesktopNotificationsTest, TextIsMadeFitForTheBusAndForTheScreen) {
+TEST_F(DesktopNotificationsTest, ControlCharactersAndInvalidTextAreEscaped) {
   const NotificationDaemonMock daemon(session_, "body");
   const rehearsal::NotificationMonitor monitor(session_.busAddress());
   wait(post("a\0b\nc\xFF"s, "one\ntwo\0\x1B[31m\xC3\x28"s));
@@ -123,7 +123,7 @@ TEST_F(DesktopNotificationsTest, RealDaemonShowsEachNotificationSeparately) {
   notifications_.reset();
 }
 
-TEST_F(DesktopNotificationsTest, AbsentDaemonIsAnErrorInPlainWords) {
+TEST_F(DesktopNotificationsTest, ReportsAnErrorInPlainWordsWithoutADaemon) {
   const auto permission = ask();
   wait(permission);
   EXPECT_FALSE(permission->granted);
@@ -136,7 +136,7 @@ TEST_F(DesktopNotificationsTest, AbsentDaemonIsAnErrorInPlainWords) {
   }
 }
 
-TEST_F(DesktopNotificationsTest, DaemonThatComesLaterIsFound) {
+TEST_F(DesktopNotificationsTest, FindsADaemonThatStartsLater) {
   wait(ask());
   const NotificationDaemonMock daemon(session_, "body");
   const auto answer = ask();
@@ -144,7 +144,7 @@ TEST_F(DesktopNotificationsTest, DaemonThatComesLaterIsFound) {
   EXPECT_TRUE(answer->granted);
 }
 
-TEST_F(DesktopNotificationsTest, SilentDaemonHoldsNothingUpAndIsAnErrorAtItsEnd) {
+TEST_F(DesktopNotificationsTest, DaemonThatDoesNotReplyBlocksNothing) {
   auto daemon = std::make_unique<rehearsal::SilentNotificationDaemon>(session_.busAddress());
   const auto start = std::chrono::steady_clock::now();
   const auto answer = post("Low", "Plug it in.");
@@ -156,7 +156,7 @@ TEST_F(DesktopNotificationsTest, SilentDaemonHoldsNothingUpAndIsAnErrorAtItsEnd)
   EXPECT_TRUE(answer->error);
 }
 
-TEST_F(DesktopNotificationsTest, SilentDaemonIsGivenUpAfterTheTimeOut) {
+TEST_F(DesktopNotificationsTest, DaemonThatDoesNotReplyTimesOut) {
   const rehearsal::SilentNotificationDaemon daemon(session_.busAddress());
   const auto start = std::chrono::steady_clock::now();
   const auto answer = ask();
@@ -168,7 +168,7 @@ TEST_F(DesktopNotificationsTest, SilentDaemonIsGivenUpAfterTheTimeOut) {
   EXPECT_TRUE(answer->error);
 }
 
-TEST_F(DesktopNotificationsTest, EndWithCallsUnderWayDropsTheirCompletions) {
+TEST_F(DesktopNotificationsTest, DestructorDropsCompletionsOfPendingCalls) {
   const rehearsal::SilentNotificationDaemon daemon(session_.busAddress());
   const auto called = post("Low", "Plug it in.");
   waitUntil([&] { return daemon.calls() > 0; }, rehearsal::patience, "the call");
@@ -179,7 +179,7 @@ TEST_F(DesktopNotificationsTest, EndWithCallsUnderWayDropsTheirCompletions) {
   EXPECT_EQ(posted.use_count(), 1);
 }
 
-TEST_F(DesktopNotificationsTest, EndWhileConnectingDropsTheCompletions) {
+TEST_F(DesktopNotificationsTest, DestructorDropsCompletionsWhileConnecting) {
   const auto answer = ask();
   loop_.mainAsync([this] { notifications_.reset(); });
   letPass(200ms);
@@ -187,7 +187,7 @@ TEST_F(DesktopNotificationsTest, EndWhileConnectingDropsTheCompletions) {
   EXPECT_EQ(answer.use_count(), 1);
 }
 
-TEST_F(DesktopNotificationsTest, WithoutASessionBusEveryRequestIsAnError) {
+TEST_F(DesktopNotificationsTest, ReportsAnErrorWithoutASessionBus) {
   session_.bus().stop();
   for (int i = 0; i < 3; ++i) {
     const auto answer = ask();
@@ -197,7 +197,7 @@ TEST_F(DesktopNotificationsTest, WithoutASessionBusEveryRequestIsAnError) {
   }
 }
 
-TEST_F(DesktopNotificationsTest, BusThatEndsIsAnErrorForWhatWasUnderWayAndLater) {
+TEST_F(DesktopNotificationsTest, ReportsAnErrorWhenTheBusExits) {
   auto daemon = std::make_unique<rehearsal::SilentNotificationDaemon>(session_.busAddress());
   const auto first = ask();
   waitUntil([&] { return daemon->calls() > 0; }, rehearsal::patience, "the call");
@@ -209,7 +209,7 @@ TEST_F(DesktopNotificationsTest, BusThatEndsIsAnErrorForWhatWasUnderWayAndLater)
   EXPECT_TRUE(later->error);
 }
 
-TEST_F(DesktopNotificationsTest, AnyThreadMayAskAndTheMainThreadIsAnswered) {
+TEST_F(DesktopNotificationsTest, CallableOnAnyThreadAndCompletesOnTheMainThread) {
   const NotificationDaemonMock daemon(session_, "body body-markup");
   std::atomic<int> completions = 0;
   std::vector<std::jthread> threads;
@@ -228,7 +228,7 @@ TEST_F(DesktopNotificationsTest, AnyThreadMayAskAndTheMainThreadIsAnswered) {
   waitUntil([&] { return completions == 40; }, rehearsal::patience, "all completions");
 }
 
-TEST_F(DesktopNotificationsTest, CompletionsMayBeLeftOut) {
+TEST_F(DesktopNotificationsTest, CompletionsAreOptional) {
   const NotificationDaemonMock daemon(session_, "body");
   const rehearsal::NotificationMonitor monitor(session_.busAddress());
   notifications_->requestAuthorization(0, nullptr);

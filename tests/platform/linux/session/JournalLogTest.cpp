@@ -31,7 +31,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Pair;
 
-/// A datagram socket where a journal would listen.
+/// A datagram socket in place of the journal's.
 class JournalSocket {
  public:
   explicit JournalSocket(const std::string& path)
@@ -42,7 +42,7 @@ class JournalSocket {
     EXPECT_EQ(bind(socket_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
   }
 
-  /// The fields of the next record; empty when there is none.
+  /// The fields of the next record; empty for none.
   std::map<std::string, std::string> next() const {
     std::string record(1 << 20, '\0');
     const ssize_t size = recv(socket_.get(), record.data(), record.size(), 0);
@@ -120,29 +120,29 @@ TEST_F(JournalLogTest, TextCannotForgeFieldsOrLines) {
   EXPECT_EQ(record.at("PRIORITY"), "6");
 }
 
-TEST_F(JournalLogTest, EndlessTextIsCutBetweenCharacters) {
+TEST_F(JournalLogTest, LongTextIsTruncatedBetweenCharacters) {
   const JournalSocket journal(socketPath_);
   JournalLog log(socketPath_, standardError_.descriptor());
   std::string text = "x";
   for (int i = 0; i < 1'000'000; ++i) text += "→";
   log.write("s", "teams-ui", LogLevel::info, text);
   const std::string message = journal.next()["MESSAGE"];
-  EXPECT_LE(message.size(), JournalLog::longestText);
-  EXPECT_GT(message.size(), JournalLog::longestText - 4);
+  EXPECT_LE(message.size(), JournalLog::maxTextBytes);
+  EXPECT_GT(message.size(), JournalLog::maxTextBytes - 4);
   EXPECT_TRUE(text::isValidUtf8(message));
 
   log.write("s", "teams-ui", LogLevel::info, std::string(1'000'000, '\x1B'));
-  EXPECT_LE(journal.next()["MESSAGE"].size(), JournalLog::longestText);
+  EXPECT_LE(journal.next()["MESSAGE"].size(), JournalLog::maxTextBytes);
 }
 
-TEST_F(JournalLogTest, JournalThatDoesNotReadIsNotWaitedFor) {
+TEST_F(JournalLogTest, DoesNotWaitForAJournalThatDoesNotRead) {
   const JournalSocket journal(socketPath_);
   JournalLog log(socketPath_, standardError_.descriptor());
   for (int i = 0; i < 10'000; ++i) log.write("s", "jabra", LogLevel::info, "record");
   EXPECT_THAT(standardError_.text(), IsEmpty());
 }
 
-TEST_F(JournalLogTest, WithoutAJournalLinesGoToStandardErrorUntilThereIsOne) {
+TEST_F(JournalLogTest, WritesToStandardErrorUntilThereIsAJournal) {
   JournalLog log(socketPath_, standardError_.descriptor());
   log.write("s", "coordinator", LogLevel::info, "Mute → Teams\n\x1B[31m");
   EXPECT_EQ(standardError_.text(), "coordinator: Mute → Teams\\n\\x1B[31m\n");
@@ -152,13 +152,13 @@ TEST_F(JournalLogTest, WithoutAJournalLinesGoToStandardErrorUntilThereIsOne) {
   EXPECT_THAT(standardError_.text(), IsEmpty());
 }
 
-TEST_F(JournalLogTest, PathTooLongForASocketIsNoJournal) {
+TEST_F(JournalLogTest, PathTooLongForASocketCountsAsNoJournal) {
   JournalLog log("/" + std::string(200, 'x'), standardError_.descriptor());
   log.write("s", "jabra", LogLevel::info, "text");
   EXPECT_EQ(standardError_.text(), "jabra: text\n");
 }
 
-TEST_F(JournalLogTest, TerminalShowsWhatTheJournalGetsToo) {
+TEST_F(JournalLogTest, WritesToATerminalAsWellAsTheJournal) {
   int controller = -1, terminal = -1;
   ASSERT_EQ(openpty(&controller, &terminal, nullptr, nullptr, nullptr), 0);
   const Descriptor first(controller), second(terminal);
@@ -171,7 +171,7 @@ TEST_F(JournalLogTest, TerminalShowsWhatTheJournalGetsToo) {
   EXPECT_STREQ(shown.data(), "jabra: Attached\r\n");
 }
 
-TEST_F(JournalLogTest, StandardErrorThatNobodyReadsIsNotWaitedFor) {
+TEST_F(JournalLogTest, DoesNotWaitForAFullStandardError) {
   JournalLog log(socketPath_, standardError_.descriptor());
   for (int i = 0; i < 10'000; ++i) log.write("s", "jabra", LogLevel::info, "one more record");
   EXPECT_THAT(standardError_.text(), testing::StartsWith("jabra: one more record\n"));
@@ -182,7 +182,7 @@ TEST_F(JournalLogTest, ClosedStandardErrorDoesNoHarm) {
   log.write("s", "jabra", LogLevel::info, "text");
 }
 
-TEST_F(JournalLogTest, LinesOfSeveralThreadsStayWhole) {
+TEST_F(JournalLogTest, LinesOfSeveralThreadsAreNotMixed) {
   JournalLog log(socketPath_, standardError_.descriptor());
   const std::string text(500, 'x');
   std::vector<std::jthread> threads;

@@ -38,7 +38,7 @@ class JournalLogDriver final : public UnifiedLogDriver {
   JournalLog log_;
 };
 
-/// Skips the case in progress when there is no journal to be had.
+/// Skips the current test when no journal can be started.
 std::unique_ptr<UnifiedLogDriver> makeJournalLogDriver() {
   std::string whyNot;
   auto journal = PrivateJournal::make(whyNot);
@@ -49,7 +49,7 @@ std::unique_ptr<UnifiedLogDriver> makeJournalLogDriver() {
   return std::make_unique<JournalLogDriver>(std::move(journal));
 }
 
-/// A log where there is no journal, and standard error is a file.
+/// A log without a journal, with a file as standard error.
 class StandardErrorLogDriver final : public UnifiedLogDriver {
  public:
   UnifiedLog& log() override { return log_; }

@@ -1,0 +1,163 @@
+#include "platform/linux/bus/SessionBusConnection.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "rehearsal/Session.h"
+#include "rehearsal/Waiting.h"
+#include "tests/platform/linux/fixtures/BusClient.h"
+
+namespace hushbox {
+namespace {
+
+using namespace std::chrono_literals;
+using rehearsal::letPass;
+using rehearsal::patience;
+using rehearsal::waitUntil;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+
+using Clock = std::chrono::steady_clock;
+using Outcome = BusReply::Outcome;
+
+class SessionBusConnectionTest : public testing::Test {
+ protected:
+  SessionBusConnectionTest() { session_.applyToThisProcess(); }
+
+  Subscription observe() {
+    return bus_->observe(
+        [this](GDBusConnection* connection) { connections_.push_back(connection); },
+        [this](const std::string& reason) { reasons_.push_back(reason); });
+  }
+  void connect() {
+    bus_->connect();
+    waitUntil([this] { return bus_->isConnected(); }, patience, "the connection");
+  }
+
+  static BusCall getId(std::chrono::milliseconds timeout = patience) {
+    return {{"org.freedesktop.DBus", "/org/freedesktop/DBus"},
+            "org.freedesktop.DBus",
+            "GetId",
+            "(s)",
+            timeout,
+            nullptr};
+  }
+  BusReply call(BusCall call) {
+    std::optional<BusReply> reply;
+    bus_->call(std::move(call), [&](BusReply given) { reply = std::move(given); });
+    waitUntil([&] { return reply.has_value(); }, patience, "the reply");
+    return std::move(*reply);
+  }
+
+  rehearsal::Session session_;
+  std::unique_ptr<SessionBusConnection> bus_ = std::make_unique<SessionBusConnection>();
+  std::vector<GDBusConnection*> connections_;
+  std::vector<std::string> reasons_;
+};
+
+TEST_F(SessionBusConnectionTest, SharesTheConnectionOfTheProcess) {
+  connect();
+  const auto observed = observe();
+  SessionBusConnection second;
+  GDBusConnection* other = nullptr;
+  const auto observedToo = second.observe([&](GDBusConnection* connection) { other = connection; },
+                                          [](const std::string&) {});
+  second.connect();
+  waitUntil([&] { return other != nullptr; }, patience, "the second connection");
+  const ConnectionPointer shared(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+  EXPECT_THAT(connections_, ElementsAre(shared.get()));
+  EXPECT_EQ(other, shared.get());
+}
+
+TEST_F(SessionBusConnectionTest, ObserversLearnOfTheConnectionAndOfItsEnd) {
+  const auto early = observe();
+  EXPECT_THAT(connections_, IsEmpty());
+  connect();
+  EXPECT_THAT(connections_, SizeIs(1));
+  const auto late = observe();
+  EXPECT_THAT(connections_, SizeIs(2));
+  session_.bus().kill();
+  waitUntil([this] { return reasons_.size() == 2; }, patience, "the end");
+  EXPECT_FALSE(bus_->isConnected());
+}
+
+TEST_F(SessionBusConnectionTest, EndedSubscriptionIsNotCalled) {
+  std::optional<Subscription> subscription = observe();
+  subscription.reset();
+  connect();
+  letPass(20ms);
+  EXPECT_THAT(connections_, IsEmpty());
+}
+
+TEST_F(SessionBusConnectionTest, ConnectsAgainWhileGLibStillHoldsTheClosedConnection) {
+  connect();
+  const ConnectionPointer held(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+  session_.bus().kill();
+  waitUntil([this] { return !bus_->isConnected(); }, patience, "the end");
+  const rehearsal::Session next;
+  setenv("DBUS_SESSION_BUS_ADDRESS", next.busAddress().c_str(), 1);
+  // One that has not failed to connect a moment ago.
+  bus_ = std::make_unique<SessionBusConnection>();
+  connect();
+  EXPECT_TRUE(call(getId()));
+}
+
+TEST_F(SessionBusConnectionTest, CallConnectsFirst) {
+  const BusReply reply = call(getId());
+  EXPECT_TRUE(reply);
+  EXPECT_EQ(reply.error, "");
+}
+
+TEST_F(SessionBusConnectionTest, FailedCallsSayWhy) {
+  BusCall unknown = getId();
+  unknown.method = "NoSuchMethod";
+  const BusReply refused = call(std::move(unknown));
+  EXPECT_EQ(refused.outcome, Outcome::refused);
+  EXPECT_THAT(refused.error, Not(testing::HasSubstr("GDBus")));
+  BusCall nobody = getId();
+  nobody.object.busName = "org.hushbox.Nobody";
+  EXPECT_EQ(call(std::move(nobody)).outcome, Outcome::gone);
+}
+
+TEST_F(SessionBusConnectionTest, CallsFailWithoutABusAndDoNotConnectAgainAtOnce) {
+  setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
+  for (int i = 0; i < 3; ++i) {
+    const BusReply reply = call(getId());
+    EXPECT_EQ(reply.outcome, Outcome::gone);
+    EXPECT_NE(reply.error, "");
+  }
+  EXPECT_FALSE(bus_->connect());
+}
+
+TEST_F(SessionBusConnectionTest, WaitingForAReplyTimesOut) {
+  session_.bus().freeze();
+  const auto begin = Clock::now();
+  EXPECT_FALSE(bus_->callAndWait(getId(200ms)));
+  EXPECT_GE(Clock::now() - begin, 190ms);
+  EXPECT_LT(Clock::now() - begin, 1s);
+  session_.bus().thaw();
+}
+
+TEST_F(SessionBusConnectionTest, DestructorSendsWhatIsQueued) {
+  BusClient client(session_.busAddress());
+  connect();
+  const auto observed = observe();
+  client.listenTo(g_dbus_connection_get_unique_name(connections_.at(0)));
+  for (int i = 0; i < 100; ++i)
+    g_dbus_connection_emit_signal(connections_.at(0), nullptr, "/", "test.Interface", "Signal",
+                                  nullptr, nullptr);
+  bus_.reset();
+  EXPECT_THAT(client.takeSignals(), SizeIs(100));
+}
+
+}  // namespace
+}  // namespace hushbox
