@@ -96,7 +96,7 @@ std::optional<bool> AtspiBus::askEnabled() {
   batch.send(session_);
   const BusReply& reply = batch[isEnabled];
   // If nothing owns org.a11y.Bus, accessibility is off; NameOwnerChanged reports when that changes.
-  if (reply.outcome == BusReply::Outcome::gone) return false;
+  if (reply.outcome == BusReply::Outcome::unreachable) return false;
   if (!reply) return {};
   GVariant* value = nullptr;
   g_variant_get(reply.value.get(), "(v)", &value);

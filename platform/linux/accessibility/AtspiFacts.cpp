@@ -41,9 +41,9 @@ void readRole(const BusReply& reply, AtspiFacts& facts) {
 
 AccessibilityError statusOf(const BusReply& reply) {
   switch (reply.outcome) {
-    case BusReply::Outcome::answered:
+    case BusReply::Outcome::replied:
       return accessibility::success;
-    case BusReply::Outcome::silent:
+    case BusReply::Outcome::timedOut:
       return accessibility::cannotComplete;
     default:
       return accessibility::invalidElement;

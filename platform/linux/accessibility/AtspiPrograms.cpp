@@ -35,7 +35,7 @@ std::optional<AtspiProgram> read(const CallBatch& batch, const Introduction& int
   const BusReply& process = batch[introduction.process];
   const BusReply& name = batch[introduction.name];
   const BusReply& toolkit = batch[introduction.toolkit];
-  if (!process || !name || toolkit.outcome == BusReply::Outcome::silent) return std::nullopt;
+  if (!process || !name || toolkit.outcome == BusReply::Outcome::timedOut) return std::nullopt;
   AtspiProgram program{.root = introduction.root};
   guint32 processIdentifier = 0;
   g_variant_get(process.value.get(), "(u)", &processIdentifier);

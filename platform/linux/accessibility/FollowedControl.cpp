@@ -78,7 +78,7 @@ AccessibilityError FollowedControl::findPressAction() {
   for (std::int32_t i = 0; i < maxActions && !pressAction_; ++i)
     if (isPress(batch[names[static_cast<std::size_t>(i)]])) pressAction_ = i;
   if (pressAction_) return accessibility::success;
-  return batch[names.front()].outcome == BusReply::Outcome::silent
+  return batch[names.front()].outcome == BusReply::Outcome::timedOut
              ? accessibility::cannotComplete
              : accessibility::actionUnsupported;
 }

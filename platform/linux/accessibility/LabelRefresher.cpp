@@ -60,7 +60,7 @@ void LabelRefresher::readProbes(const CallBatch& batch, const std::vector<Probe>
   for (const Probe& probe : probes) {
     Page& page = pages_[probe.document];
     page.probedAt = batch.repliedAt();
-    if (probe.refresh && batch[*probe.refresh].outcome != BusReply::Outcome::silent)
+    if (probe.refresh && batch[*probe.refresh].outcome != BusReply::Outcome::timedOut)
       page.refreshRequestedAt = batch.repliedAt();
     const BusReply& properties = batch[probe.properties];
     page.parent = {};

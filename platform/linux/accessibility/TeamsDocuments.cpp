@@ -53,7 +53,7 @@ std::vector<TeamsDocumentRef> TeamsDocuments::findCandidates(
     if (reply)
       objects = atspi_value::objects(reply.value.get(), program->root.busName, maxDocuments);
     for (const BusObject& object : objects) found.push_back(findOrMake(object, *program, true));
-    if (program->isClient && objects.empty() && reply.outcome != BusReply::Outcome::silent)
+    if (program->isClient && objects.empty() && reply.outcome != BusReply::Outcome::timedOut)
       found.push_back(findOrMake(program->root, *program, false));
   }
   for (const TeamsDocumentRef& known : documents_)
@@ -77,7 +77,7 @@ TeamsDocuments::Probe TeamsDocuments::addProbe(CallBatch& batch,
 
 bool TeamsDocuments::belongsToTeams(const CallBatch& batch, const Probe& probe) const {
   const BusReply& reply = batch[probe.signOfLife];
-  if (reply.outcome == BusReply::Outcome::silent) return contains(probe.document);
+  if (reply.outcome == BusReply::Outcome::timedOut) return contains(probe.document);
   if (!reply) return false;
   const VariantPointer value(g_variant_get_child_value(reply.value.get(), 0));
   // An object that has been destroyed still answers: with an invalid role, or without attributes.

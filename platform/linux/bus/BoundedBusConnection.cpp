@@ -31,14 +31,14 @@ struct BoundedBusConnection::Batch {
 };
 
 /// The calls without a reply yet. They may outlive the connection and the object.
-struct BoundedBusConnection::Unanswered {
+struct BoundedBusConnection::PendingCalls {
   std::size_t total = 0;
   /// Per peer, the number of calls that have timed out and still have no reply.
   std::map<std::string, std::size_t> overdue;
 };
 
 BoundedBusConnection::BoundedBusConnection()
-    : context_(g_main_context_new()), unanswered_(std::make_shared<Unanswered>()) {}
+    : context_(g_main_context_new()), pending_(std::make_shared<PendingCalls>()) {}
 
 BoundedBusConnection::~BoundedBusConnection() {
   close();
@@ -95,9 +95,9 @@ void BoundedBusConnection::close() {
   // Cancelled calls finish at once, but only when the context is iterated.
   const gint64 until = momentAfter(milliseconds{1000});
   iterateContext(
-      context_, [this] { return unanswered_->total == 0; }, [&] { return until; });
+      context_, [this] { return pending_->total == 0; }, [&] { return until; });
   dispatch();
-  unanswered_->overdue.clear();
+  pending_->overdue.clear();
   if (connection_) g_dbus_connection_close(connection_.get(), nullptr, nullptr, nullptr);
   connection_.reset();
 }
@@ -109,13 +109,13 @@ std::vector<BusReply> BoundedBusConnection::ask(std::vector<BusCall> calls) {
   batch->waits.resize(calls.size());
   const gint64 began = g_get_monotonic_time();
   const ThreadDefaultContext scope(context_);
-  for (const auto& [busName, direct] : direct_) direct->giveUp(answerLimit);
+  for (const auto& [busName, direct] : direct_) direct->abandon(abandonTimeout);
   for (std::size_t i = 0; i < calls.size(); ++i) start(calls[i], batch, i);
   for (const auto& [busName, direct] : direct_) direct->flush(calls.front().timeout);
   iterateContext(
       context_, [&] { return batch->isComplete(); }, [&] { return batch->lastWait(); });
   for (std::size_t i = 0; i < calls.size(); ++i)
-    if (batch->waits[i] != 0) ++unanswered_->overdue[calls[i].object.busName];
+    if (batch->waits[i] != 0) ++pending_->overdue[calls[i].object.busName];
   if (!batch->isComplete()) lostTime_ += std::chrono::microseconds(g_get_monotonic_time() - began);
   return std::move(batch->replies);
 }
@@ -124,39 +124,39 @@ void BoundedBusConnection::start(const BusCall& call, const std::shared_ptr<Batc
                                  std::size_t index) {
   if (!isOpen() || !g_dbus_is_name(call.object.busName.c_str()) ||
       !g_variant_is_object_path(call.object.path.c_str())) {
-    batch->replies[index].outcome = BusReply::Outcome::gone;
+    batch->replies[index].outcome = BusReply::Outcome::unreachable;
     return;
   }
-  if (isSilent(call.object.busName)) return;
+  if (hasTimedOut(call.object.busName)) return;
   batch->waits[index] = momentAfter(call.timeout);
   ++callCount_;
-  ++unanswered_->total;
-  auto answered = [waiting = std::weak_ptr(batch), index, unanswered = unanswered_,
-                   peer = call.object.busName](VariantPointer value, const GError* error) {
-    --unanswered->total;
+  ++pending_->total;
+  auto replied = [waiting = std::weak_ptr(batch), index, pending = pending_,
+                  peer = call.object.busName](VariantPointer value, const GError* error) {
+    --pending->total;
     if (const auto batch = waiting.lock()) {
       batch->replies[index] = BusReply::of(std::move(value), error);
       batch->waits[index] = 0;
-    } else if (const auto overdue = unanswered->overdue.find(peer);
-               overdue != unanswered->overdue.end() && --overdue->second == 0) {
-      unanswered->overdue.erase(overdue);
+    } else if (const auto overdue = pending->overdue.find(peer);
+               overdue != pending->overdue.end() && --overdue->second == 0) {
+      pending->overdue.erase(overdue);
     }
   };
   if (PeerConnection* const direct = directTo(call.object.busName)) {
-    direct->call(call, std::move(answered));
+    direct->call(call, std::move(replied));
     return;
   }
-  auto finished = [answered = std::move(answered)](GObject* source, GAsyncResult* result) {
+  auto finished = [replied = std::move(replied)](GObject* source, GAsyncResult* result) {
     GError* failure = nullptr;
     VariantPointer value(
         g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &failure));
     const ErrorPointer error(failure);
-    answered(std::move(value), error.get());
+    replied(std::move(value), error.get());
   };
   g_dbus_connection_call(connection_.get(), call.object.busName.c_str(), call.object.path.c_str(),
                          call.interface, call.method, call.arguments.get(),
                          G_VARIANT_TYPE(call.replyType), G_DBUS_CALL_FLAGS_NO_AUTO_START,
-                         static_cast<int>(answerLimit.count()), cancellable_.get(),
+                         static_cast<int>(abandonTimeout.count()), cancellable_.get(),
                          AsyncCallback::invoke, AsyncCallback::data(std::move(finished)));
 }
 
@@ -177,8 +177,8 @@ void BoundedBusConnection::send(const BusCall& call) {
                          G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
 }
 
-bool BoundedBusConnection::isSilent(const std::string& busName) const {
-  return unanswered_->overdue.count(busName) != 0;
+bool BoundedBusConnection::hasTimedOut(const std::string& busName) const {
+  return pending_->overdue.count(busName) != 0;
 }
 
 void BoundedBusConnection::subscribe(const char* sender, const char* interface, const char* member,

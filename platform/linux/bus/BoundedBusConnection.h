@@ -23,12 +23,12 @@ namespace hushbox {
 /// while a call waits. One thread. When the bus exits, the connection closes; the process goes on.
 ///
 /// A peer that has let a call time out is not called again until it has replied to that call, or
-/// until `answerLimit` has passed. So a frozen program costs one timeout, and is called again as
+/// until `abandonTimeout` has passed. So a frozen program costs one timeout, and is called again as
 /// soon as it has thawed.
 class BoundedBusConnection {
  public:
-  /// After this long a call without a reply is dropped, and its peer is called again.
-  static constexpr std::chrono::milliseconds answerLimit{30'000};
+  /// After this long a call without a reply is abandoned, and its peer may be called again.
+  static constexpr std::chrono::milliseconds abandonTimeout{30'000};
 
   BoundedBusConnection();
   /// Drops all calls without a reply.
@@ -56,7 +56,8 @@ class BoundedBusConnection {
   /// owns the name.
   void send(const BusCall& call);
 
-  bool isSilent(const std::string& busName) const;
+  /// Whether the peer has let a call time out and has not replied to it yet.
+  bool hasTimedOut(const std::string& busName) const;
 
   /// Calls `handler` with the arguments of each such signal, from within ask() or dispatch(), until
   /// the connection is closed.
@@ -74,18 +75,19 @@ class BoundedBusConnection {
 
  private:
   struct Batch;
-  struct Unanswered;
+  struct PendingCalls;
 
   /// The open connection directly to a peer; null for none.
   PeerConnection* directTo(const std::string& busName);
   void start(const BusCall& call, const std::shared_ptr<Batch>& batch, std::size_t index);
+
   GMainContext* const context_;
   ConnectionPointer connection_;
   /// Connections directly to peers, by their names on the bus.
   std::map<std::string, std::unique_ptr<PeerConnection>> direct_;
   CancellablePointer cancellable_;
   std::vector<guint> subscriptions_;
-  std::shared_ptr<Unanswered> unanswered_;
+  std::shared_ptr<PendingCalls> pending_;
   std::uint64_t callCount_ = 0;
   std::chrono::microseconds lostTime_{};
 };

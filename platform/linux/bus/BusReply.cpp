@@ -8,14 +8,14 @@ namespace {
 using Outcome = BusReply::Outcome;
 
 Outcome outcomeOf(const GError& error) {
-  if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) return Outcome::silent;
+  if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) return Outcome::timedOut;
   if (error.domain == G_DBUS_ERROR) {
     switch (error.code) {
       case G_DBUS_ERROR_SERVICE_UNKNOWN:
       case G_DBUS_ERROR_NAME_HAS_NO_OWNER:
       case G_DBUS_ERROR_NO_REPLY:
       case G_DBUS_ERROR_DISCONNECTED:
-        return Outcome::gone;
+        return Outcome::unreachable;
       default:
         return Outcome::refused;
     }
@@ -23,7 +23,7 @@ Outcome outcomeOf(const GError& error) {
   // GIO reports a reply of the wrong type as an invalid argument. Its other errors are about the
   // connection.
   if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_INVALID_ARGUMENT)) return Outcome::refused;
-  return Outcome::gone;
+  return Outcome::unreachable;
 }
 
 std::string textOf(const GError& error) {
@@ -39,7 +39,7 @@ std::string textOf(const GError& error) {
 }  // namespace
 
 BusReply BusReply::of(VariantPointer value, const GError* error) {
-  if (value) return {Outcome::answered, std::move(value), {}};
+  if (value) return {Outcome::replied, std::move(value), {}};
   return {outcomeOf(*error), nullptr, textOf(*error)};
 }
 

@@ -101,7 +101,7 @@ PeerConnection::~PeerConnection() {
   g_source_unref(source_);
 }
 
-void PeerConnection::call(const BusCall& call, Answer answer) {
+void PeerConnection::call(const BusCall& call, Replied replied) {
   const ObjectPointer<GDBusMessage> message(g_dbus_message_new_method_call(
       nullptr, call.object.path.c_str(), call.interface, call.method));
   g_dbus_message_set_flags(message.get(), G_DBUS_MESSAGE_FLAGS_NO_AUTO_START);
@@ -111,11 +111,12 @@ void PeerConnection::call(const BusCall& call, Answer answer) {
   const std::unique_ptr<guchar, decltype(&g_free)> bytes(
       g_dbus_message_to_blob(message.get(), &size, G_DBUS_CAPABILITY_FLAGS_NONE, nullptr), g_free);
   if (!bytes) {
-    answer({}, makeError(G_IO_ERROR_INVALID_ARGUMENT, "The call cannot be encoded").get());
+    replied({}, makeError(G_IO_ERROR_INVALID_ARGUMENT, "The call cannot be encoded").get());
     return;
   }
   outgoing_.append(reinterpret_cast<const char*>(bytes.get()), size);
-  pending_.emplace(lastSerial_, Pending{std::move(answer), call.replyType, g_get_monotonic_time()});
+  pending_.emplace(lastSerial_,
+                   Pending{std::move(replied), call.replyType, g_get_monotonic_time()});
 }
 
 void PeerConnection::flush(milliseconds timeout) {
@@ -124,11 +125,11 @@ void PeerConnection::flush(milliseconds timeout) {
   if (!sendAll(socket_, std::exchange(outgoing_, {}), until)) end();
 }
 
-void PeerConnection::giveUp(milliseconds timeout) {
+void PeerConnection::abandon(milliseconds timeout) {
   const gint64 since = g_get_monotonic_time() - std::chrono::microseconds(timeout).count();
   const ErrorPointer error = makeError(G_IO_ERROR_TIMED_OUT, "No reply in time");
   while (!pending_.empty() && pending_.begin()->second.since < since)
-    pending_.extract(pending_.begin()).mapped().answer({}, error.get());
+    pending_.extract(pending_.begin()).mapped().replied({}, error.get());
 }
 
 gboolean PeerConnection::onReadable(GSocket*, GIOCondition, gpointer self) {
@@ -170,21 +171,21 @@ bool PeerConnection::takeMessages() {
 void PeerConnection::take(GDBusMessage* message) {
   const auto type = g_dbus_message_get_message_type(message);
   if (type != G_DBUS_MESSAGE_TYPE_METHOD_RETURN && type != G_DBUS_MESSAGE_TYPE_ERROR) return;
-  auto answered = pending_.extract(g_dbus_message_get_reply_serial(message));
-  if (answered.empty()) return;
-  const Pending& pending = answered.mapped();
+  auto found = pending_.extract(g_dbus_message_get_reply_serial(message));
+  if (found.empty()) return;
+  const Pending& pending = found.mapped();
   GError* failure = nullptr;
   if (g_dbus_message_to_gerror(message, &failure)) {
     const ErrorPointer error(failure);
-    pending.answer({}, error.get());
+    pending.replied({}, error.get());
     return;
   }
   GVariant* const body = g_dbus_message_get_body(message);
   VariantPointer value(body ? g_variant_ref(body) : g_variant_ref_sink(g_variant_new("()")));
   if (g_variant_is_of_type(value.get(), G_VARIANT_TYPE(pending.replyType.c_str()))) {
-    pending.answer(std::move(value), nullptr);
+    pending.replied(std::move(value), nullptr);
   } else {
-    pending.answer({}, makeError(G_IO_ERROR_INVALID_ARGUMENT, "A reply of another type").get());
+    pending.replied({}, makeError(G_IO_ERROR_INVALID_ARGUMENT, "A reply of another type").get());
   }
 }
 
@@ -194,7 +195,7 @@ void PeerConnection::end() {
   socket_ = nullptr;
   stream_.reset();
   const ErrorPointer error = makeError(G_IO_ERROR_CLOSED, "The connection is closed");
-  for (auto& [serial, pending] : std::exchange(pending_, {})) pending.answer({}, error.get());
+  for (auto& [serial, pending] : std::exchange(pending_, {})) pending.replied({}, error.get());
 }
 
 }  // namespace hushbox

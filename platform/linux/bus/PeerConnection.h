@@ -25,7 +25,7 @@ class PeerConnection {
  public:
   /// Called once per call, with a value of the call's reply type or with an error. Must not destroy
   /// the connection.
-  using Answer = std::function<void(VariantPointer value, const GError* error)>;
+  using Replied = std::function<void(VariantPointer value, const GError* error)>;
 
   /// Connects to the UNIX socket in a D-Bus address. Returns null when the address names anything
   /// else, when another process than `process` listens there (the path that a sandboxed program
@@ -43,18 +43,18 @@ class PeerConnection {
   bool isOpen() const { return socket_ != nullptr; }
 
   /// Queues a call for the next flush(). The connection must be open.
-  void call(const BusCall& call, Answer answer);
+  void call(const BusCall& call, Replied replied);
 
   /// Sends the queued calls. The socket's buffer takes them unless the program has not read for
   /// long; the connection is closed when there is no room within `timeout`.
   void flush(std::chrono::milliseconds timeout);
 
   /// Fails the calls that have been without a reply for longer than `timeout`.
-  void giveUp(std::chrono::milliseconds timeout);
+  void abandon(std::chrono::milliseconds timeout);
 
  private:
   struct Pending {
-    Answer answer;
+    Replied replied;
     std::string replyType;
     gint64 since;
   };

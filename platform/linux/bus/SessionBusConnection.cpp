@@ -114,7 +114,7 @@ void SessionBusConnection::disconnect(const std::string& reason) {
   lastReason_ = reason;
   retryMoment_ = momentAfter(retryInterval);
   for (const auto& waiting : std::exchange(waitingCalls_, {}))
-    waiting.replied({BusReply::Outcome::gone, nullptr, reason});
+    waiting.replied({BusReply::Outcome::unreachable, nullptr, reason});
   for (const auto& observer : observers()) observer->lost(reason);
 }
 
@@ -123,7 +123,7 @@ void SessionBusConnection::call(BusCall call, Replied replied) {
   if (connect())
     waitingCalls_.push_back({std::move(call), std::move(replied)});
   else
-    replied({BusReply::Outcome::gone, nullptr, lastReason_});
+    replied({BusReply::Outcome::unreachable, nullptr, lastReason_});
 }
 
 BusReply SessionBusConnection::callAndWait(BusCall call) {

@@ -53,7 +53,7 @@ class SessionBusConnection {
   bool isConnected() const { return connection_ != nullptr; }
 
   /// Makes a call, connecting first if need be, and passes on its reply. Without a bus the outcome
-  /// is `gone`, possibly before this returns.
+  /// is `unreachable`, possibly before this returns.
   void call(BusCall call, Replied replied);
 
   /// Makes a call and waits for its reply, at most for the call's timeout, connecting included.

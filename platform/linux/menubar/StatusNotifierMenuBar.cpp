@@ -65,7 +65,7 @@ void StatusNotifierMenuBar::guessPanel(ColorScheme scheme) {
 void StatusNotifierMenuBar::panelTimedOut() {
   panelTimer_ = 0;
   if (item_.isRegistered()) return;
-  if (!bus_.isConnected()) return reportAbsence("The session bus does not answer");
+  if (!bus_.isConnected()) return reportAbsence("The session bus does not reply");
   reportAbsence(
       "No panel on this desktop shows status items (org.kde.StatusNotifierWatcher has no owner; "
       "GNOME needs its AppIndicator extension)");

@@ -21,18 +21,18 @@ constexpr const char* upower = "org.freedesktop.UPower";
 
 /// Without a timeout of its own: the program has one.
 VariantPointer call(GDBusConnection* bus, const char* path, const char* interface,
-                    const char* method, GVariant* arguments, const char* answer) {
-  return VariantPointer(g_dbus_connection_call_sync(bus, upower, path, interface, method, arguments,
-                                                    G_VARIANT_TYPE(answer), G_DBUS_CALL_FLAGS_NONE,
-                                                    G_MAXINT, nullptr, nullptr));
+                    const char* method, GVariant* arguments, const char* replyType) {
+  return VariantPointer(g_dbus_connection_call_sync(
+      bus, upower, path, interface, method, arguments, G_VARIANT_TYPE(replyType),
+      G_DBUS_CALL_FLAGS_NONE, G_MAXINT, nullptr, nullptr));
 }
 
 std::string lineFor(GDBusConnection* bus, const char* device) {
-  const auto answer = call(bus, device, "org.freedesktop.DBus.Properties", "GetAll",
-                           g_variant_new("(s)", "org.freedesktop.UPower.Device"), "(a{sv})");
+  const auto reply = call(bus, device, "org.freedesktop.DBus.Properties", "GetAll",
+                          g_variant_new("(s)", "org.freedesktop.UPower.Device"), "(a{sv})");
   // The device was unplugged meanwhile.
-  if (!answer) return {};
-  const VariantPointer properties(g_variant_get_child_value(answer.get(), 0));
+  if (!reply) return {};
+  const VariantPointer properties(g_variant_get_child_value(reply.get(), 0));
   const auto battery = AccessoryBattery::fromProperties(properties.get());
   return battery ? battery->reportLine() : std::string();
 }

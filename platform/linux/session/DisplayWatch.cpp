@@ -60,7 +60,7 @@ bool DisplayWatch::connectToWayland() {
 void DisplayWatch::connectToX() {
   const char* const name = std::getenv("DISPLAY");
   if (!name || !*name) return;
-  // On another thread: xcb_connect() waits for the server's answer without a limit.
+  // On another thread: xcb_connect() waits for the server without a timeout.
   const auto connect = [](GTask* task, gpointer, gpointer, GCancellable*) {
     g_task_return_pointer(task, xcb_connect(nullptr, nullptr), [](gpointer connection) {
       xcb_disconnect(static_cast<xcb_connection_t*>(connection));

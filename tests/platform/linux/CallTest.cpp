@@ -22,14 +22,14 @@ constexpr Milliseconds pollAndMore{1500};
 
 class CallTest : public CallFixture {
  protected:
-  void SetUp() override { putUp(AudioFlavour::PulseAudio); }
+  void SetUp() override { setUpDesk(AudioFlavour::PulseAudio); }
 };
 
 /// The tests that depend on the sound server, on each server.
 class CallOnEitherServerTest : public CallFixture,
                                public testing::WithParamInterface<AudioFlavour> {
  protected:
-  void SetUp() override { putUp(GetParam()); }
+  void SetUp() override { setUpDesk(GetParam()); }
 };
 
 // In sequence, so that each server needs only one desk.
@@ -184,19 +184,19 @@ class LoopDelay {
   LoopDelay() : source_(g_timeout_add(10, tick, this)) {}
   ~LoopDelay() { g_source_remove(source_); }
 
-  Milliseconds value() const { return std::chrono::duration_cast<Milliseconds>(longest_); }
+  Milliseconds value() const { return std::chrono::duration_cast<Milliseconds>(max_); }
 
  private:
   static gboolean tick(gpointer self) {
     auto& hold = *static_cast<LoopDelay*>(self);
     const auto now = std::chrono::steady_clock::now();
-    hold.longest_ = std::max(hold.longest_, now - hold.last_);
+    hold.max_ = std::max(hold.max_, now - hold.last_);
     hold.last_ = now;
     return G_SOURCE_CONTINUE;
   }
 
   std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
-  std::chrono::steady_clock::duration longest_{};
+  std::chrono::steady_clock::duration max_{};
   guint source_;
 };
 

@@ -61,29 +61,29 @@ class BoundedBusConnectionTest : public testing::Test {
         [](const std::string&, const std::string&) { return g_variant_new("(s)", "text"); });
     EXPECT_EQ(ask(role(program_, patience)), Outcome::refused);
   }
-  void expectASilentPeerToBeWaitedForOnceAndAskedAgainWhenItHasAnswered() {
+  void expectPeerThatTimesOutToBeCalledAgainOnceItHasReplied() {
     program_.freeze();
     const auto before = steady_clock::now();
-    EXPECT_EQ(ask(role(program_, milliseconds{200})), Outcome::silent);
+    EXPECT_EQ(ask(role(program_, milliseconds{200})), Outcome::timedOut);
     EXPECT_GE(steady_clock::now() - before, milliseconds{200});
-    EXPECT_TRUE(connection_.isSilent(program_.busName()));
+    EXPECT_TRUE(connection_.hasTimedOut(program_.busName()));
 
     const int callsBefore = callsTo(program_);
     const auto again = steady_clock::now();
     for (int i = 0; i < 20; ++i)
-      EXPECT_EQ(ask(role(program_, milliseconds{10'000})), Outcome::silent);
+      EXPECT_EQ(ask(role(program_, milliseconds{10'000})), Outcome::timedOut);
     EXPECT_LT(steady_clock::now() - again, milliseconds{5'000});
     EXPECT_EQ(callsTo(program_), callsBefore);
-    EXPECT_EQ(ask(role(other_, patience)), Outcome::answered);
+    EXPECT_EQ(ask(role(other_, patience)), Outcome::replied);
 
     program_.thaw();
     EXPECT_TRUE(holdsWithin(
         [&] {
           connection_.dispatch();
-          return !connection_.isSilent(program_.busName());
+          return !connection_.hasTimedOut(program_.busName());
         },
         patience));
-    EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
+    EXPECT_EQ(ask(role(program_, patience)), Outcome::replied);
   }
   static int callsTo(const AccessibleProgram& program) {
     return program.calls() + program.straightCalls();
@@ -102,7 +102,7 @@ TEST_F(BoundedBusConnectionTest, RepliesComeInTheOrderOfTheCalls) {
 }
 
 TEST_F(BoundedBusConnectionTest, PeerThatTimesOutIsCalledAgainOnceItHasReplied) {
-  expectASilentPeerToBeWaitedForOnceAndAskedAgainWhenItHasAnswered();
+  expectPeerThatTimesOutToBeCalledAgainOnceItHasReplied();
 }
 
 TEST_F(BoundedBusConnectionTest, CallsWithAShortTimeoutDoNotAddToThoseWithALongOne) {
@@ -126,8 +126,8 @@ TEST_F(BoundedBusConnectionTest, ReturnsWithTheLastReply) {
   const auto before = steady_clock::now();
   const auto replies = connection_.ask(std::move(calls));
   EXPECT_LT(steady_clock::now() - before, milliseconds{30'000});
-  EXPECT_EQ(replies[0].outcome, Outcome::answered);
-  EXPECT_EQ(replies[1].outcome, Outcome::silent);
+  EXPECT_EQ(replies[0].outcome, Outcome::replied);
+  EXPECT_EQ(replies[1].outcome, Outcome::timedOut);
 }
 
 TEST_F(BoundedBusConnectionTest, ErrorsAndWrongTypesAreRefusals) {
@@ -135,15 +135,15 @@ TEST_F(BoundedBusConnectionTest, ErrorsAndWrongTypesAreRefusals) {
 }
 
 TEST_F(BoundedBusConnectionTest, NamesWithoutAnOwnerAreUnreachable) {
-  BusCall nobody = role(program_, patience);
-  nobody.object.busName = ":1.99999";
-  EXPECT_EQ(ask(std::move(nobody)), Outcome::gone);
+  BusCall unowned = role(program_, patience);
+  unowned.object.busName = ":1.99999";
+  EXPECT_EQ(ask(std::move(unowned)), Outcome::unreachable);
   BusCall noName = role(program_, patience);
   noName.object.busName = "not a name";
-  EXPECT_EQ(ask(std::move(noName)), Outcome::gone);
+  EXPECT_EQ(ask(std::move(noName)), Outcome::unreachable);
   BusCall noPath = role(program_, patience);
   noPath.object.path = "no path";
-  EXPECT_EQ(ask(std::move(noPath)), Outcome::gone);
+  EXPECT_EQ(ask(std::move(noPath)), Outcome::unreachable);
 }
 
 TEST_F(BoundedBusConnectionTest, DoesNotIterateTheMainContextMeanwhile) {
@@ -169,7 +169,7 @@ TEST_F(BoundedBusConnectionTest, DoesNotIterateTheMainContextMeanwhile) {
 TEST_F(BoundedBusConnectionTest, EndOfTheBusClosesItAndItCanBeOpenedAgain) {
   accessibility_.kill();
   EXPECT_TRUE(holdsWithin([&] { return !connection_.isOpen(); }, patience));
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::gone);
+  EXPECT_EQ(ask(role(program_, patience)), Outcome::unreachable);
   EXPECT_TRUE(connection_.open(accessibility_.address(), milliseconds{10'000}));
   EXPECT_TRUE(connection_.isOpen());
 }
@@ -233,7 +233,7 @@ TEST_F(BoundedBusConnectionPeerTest, ErrorsAndWrongTypesAreRefusals) {
 }
 
 TEST_F(BoundedBusConnectionPeerTest, PeerThatTimesOutIsCalledAgainOnceItHasReplied) {
-  expectASilentPeerToBeWaitedForOnceAndAskedAgainWhenItHasAnswered();
+  expectPeerThatTimesOutToBeCalledAgainOnceItHasReplied();
   EXPECT_EQ(program_.straightCalls(), 2);
 }
 
@@ -255,21 +255,21 @@ TEST_F(BoundedBusConnectionPeerTest, LongRepliesArriveComplete) {
 }
 
 TEST_F(BoundedBusConnectionPeerTest, CallsGoOverTheBusOnceTheDirectConnectionIsClosed) {
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
+  EXPECT_EQ(ask(role(program_, patience)), Outcome::replied);
   const int straight = program_.straightCalls();
   EXPECT_EQ(straight, 1);
   program_.hangUp();
   // Perhaps only a call without a reply notices that it is closed.
   EXPECT_TRUE(
-      holdsWithin([&] { return ask(role(program_, patience)) == Outcome::answered; }, patience));
+      holdsWithin([&] { return ask(role(program_, patience)) == Outcome::replied; }, patience));
   EXPECT_EQ(program_.straightCalls(), straight);
 }
 
 TEST_F(BoundedBusConnectionPeerTest, DirectConnectionIsClosedWithTheBus) {
   connection_.close();
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::gone);
+  EXPECT_EQ(ask(role(program_, patience)), Outcome::unreachable);
   ASSERT_TRUE(connection_.open(address_, patience));
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::answered);
+  EXPECT_EQ(ask(role(program_, patience)), Outcome::replied);
   EXPECT_EQ(program_.straightCalls(), 0);
 }
 

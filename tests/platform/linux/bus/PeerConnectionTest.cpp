@@ -29,10 +29,10 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 using testing::ElementsAre;
 
-/// What a loaded machine may add to a time-out.
+/// What a loaded machine may add to a timeout.
 constexpr milliseconds slack{1500};
 
-/// Somebody who listens at a socket and does to the first who comes what the test says.
+/// Listens at a socket and serves the first connection as the test says.
 class Listener {
  public:
   using Service = std::function<void(int socket)>;
@@ -52,7 +52,7 @@ class Listener {
     ::close(socket_);
   }
 
-  /// Reads up to and with the text; false when the other end is closed before.
+  /// Reads up to and including the text; returns false if the other end is closed first.
   static bool readUntil(int socket, const std::string& end) {
     std::string text;
     char byte = 0;
@@ -63,10 +63,10 @@ class Listener {
     return true;
   }
   static void write(int socket, const std::string& text) {
-    // Whoever has hung up hears no more.
+    // The other end may be closed already.
     (void)!::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
   }
-  /// What comes before the first message.
+  /// Performs the part of the protocol before the first message.
   static void welcome(int socket) {
     readUntil(socket, "\r\n");
     write(socket, "OK 0123456789abcdef0123456789abcdef\r\n");
@@ -86,7 +86,7 @@ class Listener {
   std::thread thread_;
 };
 
-/// The connection by itself, to listeners that do as they like.
+/// The connection by itself, to listeners that behave well or badly.
 class PeerConnectionTest : public testing::Test {
  protected:
   ~PeerConnectionTest() override {
@@ -95,8 +95,8 @@ class PeerConnectionTest : public testing::Test {
   }
 
   std::unique_ptr<PeerConnection> open(const std::string& address,
-                                       milliseconds wait = patience) const {
-    return PeerConnection::open(address, getpid(), wait, context_);
+                                       milliseconds timeout = patience) const {
+    return PeerConnection::open(address, getpid(), timeout, context_);
   }
   /// Lets the listener serve a connection.
   void connect(Listener::Service service) {
@@ -104,7 +104,7 @@ class PeerConnectionTest : public testing::Test {
     peer_ = open(address_);
     ASSERT_NE(peer_, nullptr);
   }
-  /// Makes a call; how it ends is in `errors_`.
+  /// Makes a call whose outcome is recorded in `errors_`.
   void call() {
     const BusCall call{{":1.1", "/object"}, "an.Interface", "Method", "(u)", patience, nullptr};
     peer_->call(call, [this](const VariantPointer&, const GError* error) {
@@ -129,7 +129,7 @@ class PeerConnectionTest : public testing::Test {
   std::vector<int> errors_;
 };
 
-TEST_F(PeerConnectionTest, StartsNoProgramAndLooksForNobodyElsewhere) {
+TEST_F(PeerConnectionTest, StartsNoProgramAndIgnoresOtherKindsOfAddress) {
   const std::filesystem::path sign = session_.folder() / "started";
   const std::filesystem::path launcher = session_.folder() / "dbus-launch";
   std::ofstream(launcher) << "#!/bin/sh\n: > '" << sign.string() << "'\n";
@@ -147,29 +147,29 @@ TEST_F(PeerConnectionTest, StartsNoProgramAndLooksForNobodyElsewhere) {
                                    "no address",
                                    ""};
   for (const std::string& address : addresses) EXPECT_EQ(open(address), nullptr) << address;
-  // A program would take a moment.
+  // Starting a program would take a moment.
   EXPECT_FALSE(holdsWithin([&] { return std::filesystem::exists(sign); }, milliseconds{500}));
 }
 
-TEST_F(PeerConnectionTest, DoesNotComeAboutWithNobodyThere) {
+TEST_F(PeerConnectionTest, ReturnsNullWhenNothingListens) {
   EXPECT_EQ(open(address_), nullptr);
 }
 
-TEST_F(PeerConnectionTest, DoesNotComeAboutWithAnotherProcess) {
+TEST_F(PeerConnectionTest, ReturnsNullForAnotherProcess) {
   const Listener listener(path_, [](int socket) { Listener::welcome(socket); });
   EXPECT_EQ(PeerConnection::open(address_, getppid(), patience, context_), nullptr);
 }
 
-TEST_F(PeerConnectionTest, DoesNotComeAboutWithSomebodySilent) {
+TEST_F(PeerConnectionTest, ReturnsNullWhenAuthenticationTimesOut) {
   const Listener listener(path_, nullptr);
   const auto before = steady_clock::now();
   EXPECT_EQ(open(address_, milliseconds{100}), nullptr);
-  // The kernel's time-outs are rounded.
+  // The kernel rounds timeouts.
   EXPECT_GE(steady_clock::now() - before, milliseconds{90});
   EXPECT_LT(steady_clock::now() - before, milliseconds{100} + slack);
 }
 
-TEST_F(PeerConnectionTest, DoesNotComeAboutWithSomebodyWhoRefuses) {
+TEST_F(PeerConnectionTest, ReturnsNullWhenAuthenticationIsRefused) {
   const Listener listener(path_, [](int socket) {
     Listener::readUntil(socket, "\r\n");
     Listener::write(socket, "REJECTED EXTERNAL\r\n");
@@ -178,7 +178,7 @@ TEST_F(PeerConnectionTest, DoesNotComeAboutWithSomebodyWhoRefuses) {
   EXPECT_EQ(open(address_), nullptr);
 }
 
-TEST_F(PeerConnectionTest, DoesNotComeAboutWithSomebodyWhoNeverEndsALine) {
+TEST_F(PeerConnectionTest, ReturnsNullForAnEndlessLine) {
   const Listener listener(path_, [](int socket) {
     Listener::readUntil(socket, "\r\n");
     Listener::write(socket, std::string(4000, 'x'));
@@ -189,7 +189,7 @@ TEST_F(PeerConnectionTest, DoesNotComeAboutWithSomebodyWhoNeverEndsALine) {
   EXPECT_LT(steady_clock::now() - before, patience);
 }
 
-TEST_F(PeerConnectionTest, EndsWithTheOther) {
+TEST_F(PeerConnectionTest, IsClosedWithTheOtherEnd) {
   connect([](int socket) {
     Listener::welcome(socket);
     Listener::readUntil(socket, "Method");
@@ -201,7 +201,7 @@ TEST_F(PeerConnectionTest, EndsWithTheOther) {
   EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_CLOSED, G_IO_ERROR_CLOSED));
 }
 
-TEST_F(PeerConnectionTest, EndsOverWhatIsNoMessage) {
+TEST_F(PeerConnectionTest, IsClosedByAnythingButAMessage) {
   connect([](int socket) {
     Listener::welcome(socket);
     Listener::write(socket, "HTTP/1.1 200 OK\r\n\r\n");
@@ -213,7 +213,7 @@ TEST_F(PeerConnectionTest, EndsOverWhatIsNoMessage) {
   EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_CLOSED));
 }
 
-TEST_F(PeerConnectionTest, EndsWhenNobodyReadsWhatItSends) {
+TEST_F(PeerConnectionTest, IsClosedWhenThePeerDoesNotRead) {
   connect([](int socket) {
     Listener::welcome(socket);
     pollfd closed{socket, POLLRDHUP, 0};
@@ -227,7 +227,7 @@ TEST_F(PeerConnectionTest, EndsWhenNobodyReadsWhatItSends) {
   EXPECT_EQ(errors_.size(), 10'000U);
 }
 
-TEST_F(PeerConnectionTest, IgnoresAnswersToQuestionsThatItDidNotPut) {
+TEST_F(PeerConnectionTest, IgnoresRepliesToUnknownCalls) {
   connect([](int socket) {
     Listener::welcome(socket);
     const ObjectPointer<GDBusMessage> message(g_dbus_message_new());
@@ -256,17 +256,17 @@ TEST_F(PeerConnectionTest, IgnoresAnswersToQuestionsThatItDidNotPut) {
   EXPECT_THAT(errors_, ElementsAre(-1));
 }
 
-TEST_F(PeerConnectionTest, GivesUpWhatIsUnanswered) {
+TEST_F(PeerConnectionTest, AbandonsCallsWithoutAReply) {
   connect([](int socket) {
     Listener::welcome(socket);
     Listener::readUntil(socket, "never");
   });
   call();
   peer_->flush(patience);
-  peer_->giveUp(milliseconds{60'000});
+  peer_->abandon(milliseconds{60'000});
   EXPECT_THAT(errors_, ElementsAre());
   std::this_thread::sleep_for(milliseconds{2});
-  peer_->giveUp(milliseconds{1});
+  peer_->abandon(milliseconds{1});
   EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_TIMED_OUT));
   call();
   peer_.reset();

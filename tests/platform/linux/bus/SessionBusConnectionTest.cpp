@@ -123,16 +123,16 @@ TEST_F(SessionBusConnectionTest, FailedCallsSayWhy) {
   const BusReply refused = call(std::move(unknown));
   EXPECT_EQ(refused.outcome, Outcome::refused);
   EXPECT_THAT(refused.error, Not(testing::HasSubstr("GDBus")));
-  BusCall nobody = getId();
-  nobody.object.busName = "org.hushbox.Nobody";
-  EXPECT_EQ(call(std::move(nobody)).outcome, Outcome::gone);
+  BusCall unowned = getId();
+  unowned.object.busName = "org.hushbox.Unowned";
+  EXPECT_EQ(call(std::move(unowned)).outcome, Outcome::unreachable);
 }
 
 TEST_F(SessionBusConnectionTest, CallsFailWithoutABusAndDoNotConnectAgainAtOnce) {
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
   for (int i = 0; i < 3; ++i) {
     const BusReply reply = call(getId());
-    EXPECT_EQ(reply.outcome, Outcome::gone);
+    EXPECT_EQ(reply.outcome, Outcome::unreachable);
     EXPECT_NE(reply.error, "");
   }
   EXPECT_FALSE(bus_->connect());

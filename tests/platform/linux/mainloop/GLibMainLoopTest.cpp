@@ -268,12 +268,12 @@ TEST_F(GLibMainLoopTest, UtilityBlocksRunAtALowerPriority) {
 }
 
 TEST_F(GLibMainLoopTest, UtilityBlocksBeyondMaxThreadsWait) {
-  std::atomic<std::size_t> atOnce = 0, most = 0, done = 0;
+  std::atomic<std::size_t> atOnce = 0, max = 0, done = 0;
   const std::size_t blocks = 10 * UtilityQueue::maxThreads;
   for (std::size_t i = 0; i < blocks; ++i) {
     loop_.utilityAsync([&] {
-      std::size_t present = ++atOnce, seen = most;
-      while (present > seen && !most.compare_exchange_weak(seen, present)) {
+      std::size_t present = ++atOnce, seen = max;
+      while (present > seen && !max.compare_exchange_weak(seen, present)) {
       }
       std::this_thread::sleep_for(2ms);
       --atOnce;
@@ -281,8 +281,8 @@ TEST_F(GLibMainLoopTest, UtilityBlocksBeyondMaxThreadsWait) {
     });
   }
   runUntil([&] { return done == blocks; });
-  EXPECT_LE(most, UtilityQueue::maxThreads);
-  EXPECT_GE(most, 2U);
+  EXPECT_LE(max, UtilityQueue::maxThreads);
+  EXPECT_GE(max, 2U);
 }
 
 TEST_F(GLibMainLoopTest, UtilityThreadsExitWhenThereIsNoWork) {

@@ -153,7 +153,7 @@ TEST_F(StatusNotifierMenuBarTest, FrozenBusBlocksNothing) {
   startMenuBar(100ms);
   EXPECT_LT(Clock::now() - begin, patience);
   waitForLog();
-  EXPECT_THAT(log_.lines, ElementsAre(HasSubstr("does not answer")));
+  EXPECT_THAT(log_.lines, ElementsAre(HasSubstr("does not reply")));
   const auto end = Clock::now();
   menuBar_.reset();
   sessionBus_.reset();
