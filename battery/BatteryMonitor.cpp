@@ -5,9 +5,13 @@
 #include "platform/ChildProcess.h"
 #include "platform/MainLoop.h"
 #include "platform/Platform.h"
+#include "support/Log.h"
 
 namespace hushbox {
 namespace {
+
+/// Unused so far: a missing battery is not worth a log record.
+[[maybe_unused]] constexpr Log log{"battery"};
 
 constexpr TimeInterval pollInterval{60.0};
 

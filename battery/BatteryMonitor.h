@@ -9,7 +9,6 @@
 #include "battery/BatteryReading.h"
 #include "platform/RegistrationToken.h"
 #include "support/ChangePublisher.h"
-#include "support/Log.h"
 #include "support/Published.h"
 
 namespace hushbox {
@@ -54,8 +53,6 @@ class BatteryMonitor : public std::enable_shared_from_this<BatteryMonitor> {
 
   Published<std::optional<std::int64_t>> level_{objectWillChange, std::nullopt};
   Published<bool> isCharging_{objectWillChange, false};
-  /// Unused so far: a missing battery is not worth a log record.
-  [[maybe_unused]] Log log_{"battery"};
   std::string nameMatch_;
   RegistrationToken timer_;
 };

@@ -7,10 +7,13 @@
 #include "platform/Locale.h"
 #include "platform/MainLoop.h"
 #include "platform/Platform.h"
+#include "support/Log.h"
 #include "teams/TeamsUI.h"
 
 namespace hushbox {
 namespace {
+
+constexpr Log log{"coordinator"};
 
 constexpr TimeInterval pollInterval{1.0};
 
@@ -127,7 +130,7 @@ void MuteCoordinator::warnOfLowBattery() {
 }
 
 void MuteCoordinator::note(const std::string& message) {
-  log_.info("%{public}s", message);
+  log.info("%{public}s", message);
   lastEvent_ = platform().locale.shortTime() + "  " + message;
 }
 

@@ -12,7 +12,6 @@
 #include "platform/Time.h"
 #include "support/ChangePublisher.h"
 #include "support/Lifetime.h"
-#include "support/Log.h"
 #include "support/Published.h"
 #include "support/Subscription.h"
 
@@ -63,7 +62,6 @@ class MuteCoordinator {
   std::shared_ptr<BatteryMonitor> battery_ = BatteryMonitor::make("Jabra");
   Published<std::string> lastEvent_{objectWillChange, "Waiting for Jabra button…"};
   Published<std::optional<bool>> teamsMuted_{objectWillChange, std::nullopt};
-  Log log_{"coordinator"};
   std::vector<Subscription> cancellables_;
   RegistrationToken pollTimer_;
   /// The poll does not read Teams before this moment, because the last read failed.
