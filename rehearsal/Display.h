@@ -18,7 +18,7 @@ class Display {
   /// The value for DISPLAY, such as ":3".
   const std::string& name() const { return name_; }
 
-  /// Ends the X server, as the end of a login session does.
+  /// Stops the X server, as logging out does.
   void close() { server_->stop(); }
 
   /// Writes a screenshot of the whole display to a PNG file. Throws DeskError if that fails.
