@@ -9,67 +9,69 @@ namespace hushbox::rehearsal {
 
 namespace {
 
-constexpr Milliseconds answerTime{10'000};
+constexpr Milliseconds replyTimeout{10'000};
 
 SourceState stateOf(const pa_source_info& info) {
   return {static_cast<double>(pa_cvolume_max(&info.volume)) / PA_VOLUME_NORM, info.mute != 0,
           info.state == PA_SOURCE_RUNNING};
 }
 
-/// A question to the server: starts it with the client's thread locked, waits with it running.
-template <typename Answer>
-class Question {
+/// One request to the server. Sends it with the client's thread locked and waits for the reply with
+/// that thread running.
+template <typename Reply>
+class Request {
  public:
-  explicit Question(const AudioClient& client) : client_(client) {}
+  explicit Request(const AudioClient& client) : client_(client) {}
 
   template <typename Start>
-  Answer ask(const std::string& what, const Start& start) {
-    auto answer = promise_.get_future();
+  Reply send(const std::string& what, const Start& start) {
+    auto reply = promise_.get_future();
     pa_operation* operation = nullptr;
     {
       const AudioClient::Lock lock(client_);
       operation = client_.context() ? start(client_.context(), this) : nullptr;
     }
-    if (!operation) throw DeskError(what + " cannot be asked: the sound server is gone");
-    const auto end = std::chrono::steady_clock::now() + answerTime;
-    while (answer.wait_for(Milliseconds{50}) != std::future_status::ready) {
+    if (!operation) throw DeskError(what + ": not connected to the sound server");
+    const auto end = std::chrono::steady_clock::now() + replyTimeout;
+    while (reply.wait_for(Milliseconds{50}) != std::future_status::ready) {
       if (client_.isConnected() && std::chrono::steady_clock::now() < end) continue;
       break;
     }
     {
-      // Once cancelled, no answer comes any more; one that has just come is still good.
+      // After this no reply arrives; one that has just arrived still counts.
       const AudioClient::Lock lock(client_);
       pa_operation_cancel(operation);
       pa_operation_unref(operation);
     }
-    if (answer.wait_for(Milliseconds{0}) != std::future_status::ready) {
-      throw DeskError(what + ": the sound server did not answer");
+    if (reply.wait_for(Milliseconds{0}) != std::future_status::ready) {
+      throw DeskError(what + ": no reply from the sound server");
     }
-    return answer.get();
+    return reply.get();
   }
 
-  void answer(Answer value) {
-    if (!answered_) promise_.set_value(std::move(value));
-    answered_ = true;
+  /// Only the first reply counts: a list of sources ends with an empty one.
+  void reply(Reply value) {
+    if (!replied_) promise_.set_value(std::move(value));
+    replied_ = true;
   }
 
  private:
   const AudioClient& client_;
-  std::promise<Answer> promise_;
-  bool answered_ = false;
+  std::promise<Reply> promise_;
+  bool replied_ = false;
 };
 
-void succeed(pa_context*, int success, void* question) {
-  static_cast<Question<bool>*>(question)->answer(success != 0);
+void onSuccess(pa_context*, int success, void* request) {
+  static_cast<Request<bool>*>(request)->reply(success != 0);
 }
 
-void takeIndex(pa_context*, uint32_t index, void* question) {
-  static_cast<Question<uint32_t>*>(question)->answer(index);
+void onIndex(pa_context*, uint32_t index, void* request) {
+  static_cast<Request<uint32_t>*>(request)->reply(index);
 }
 
-void takeSource(pa_context*, const pa_source_info* info, int end, void* question) {
-  auto* asked = static_cast<Question<std::optional<SourceState>>*>(question);
-  asked->answer(end == 0 && info ? std::optional<SourceState>(stateOf(*info)) : std::nullopt);
+void onSource(pa_context*, const pa_source_info* info, int last, void* request) {
+  auto* sent = static_cast<Request<std::optional<SourceState>>*>(request);
+  sent->reply(last == 0 && info ? std::optional<SourceState>(stateOf(*info)) : std::nullopt);
 }
 
 void require(bool success, const std::string& what) {
@@ -82,16 +84,17 @@ struct AudioClient::Watch {
   std::string source;
   std::function<void(const SourceState&)> changed;
 
-  static void event(pa_context* context, pa_subscription_event_type_t type, uint32_t, void* watch) {
+  static void onEvent(pa_context* context, pa_subscription_event_type_t type, uint32_t,
+                      void* watch) {
     if ((type & PA_SUBSCRIPTION_EVENT_TYPE_MASK) == PA_SUBSCRIPTION_EVENT_REMOVE) return;
     auto* self = static_cast<Watch*>(watch);
-    pa_operation* asked =
-        pa_context_get_source_info_by_name(context, self->source.c_str(), tell, watch);
-    if (asked) pa_operation_unref(asked);
+    pa_operation* operation =
+        pa_context_get_source_info_by_name(context, self->source.c_str(), onState, watch);
+    if (operation) pa_operation_unref(operation);
   }
 
-  static void tell(pa_context*, const pa_source_info* info, int end, void* watch) {
-    if (end == 0 && info) static_cast<Watch*>(watch)->changed(stateOf(*info));
+  static void onState(pa_context*, const pa_source_info* info, int last, void* watch) {
+    if (last == 0 && info) static_cast<Watch*>(watch)->changed(stateOf(*info));
   }
 };
 
@@ -102,7 +105,7 @@ AudioClient::AudioClient(const std::string& server, const std::string& name, Mil
   if (connected) return;
   pa_threaded_mainloop_stop(loop_);
   pa_threaded_mainloop_free(loop_);
-  throw DeskError("no sound server answers at " + server);
+  throw DeskError("no reply from a sound server at " + server);
 }
 
 AudioClient::~AudioClient() {
@@ -122,7 +125,7 @@ bool AudioClient::connect(const std::string& server, const std::string& name) {
     pa_context_connect(context_, server.c_str(), PA_CONTEXT_NOAUTOSPAWN, nullptr);
   }
   const auto settled = [&] { return state() == PA_CONTEXT_READY || !PA_CONTEXT_IS_GOOD(state()); };
-  holdsWithin(settled, answerTime);
+  holdsWithin(settled, replyTimeout);
   if (state() == PA_CONTEXT_READY) return true;
   disconnect();
   return false;
@@ -143,47 +146,47 @@ bool AudioClient::isConnected() const {
 }
 
 uint32_t AudioClient::loadModule(const std::string& module, const std::string& arguments) {
-  const uint32_t index = Question<uint32_t>(*this).ask("module " + module, [&](pa_context* context,
-                                                                               void* question) {
-    return pa_context_load_module(context, module.c_str(), arguments.c_str(), takeIndex, question);
-  });
+  const uint32_t index =
+      Request<uint32_t>(*this).send("module " + module, [&](pa_context* context, void* request) {
+        return pa_context_load_module(context, module.c_str(), arguments.c_str(), onIndex, request);
+      });
   require(index != PA_INVALID_INDEX, "to load " + module + " " + arguments);
   return index;
 }
 
 void AudioClient::unloadModule(uint32_t index) {
-  require(Question<bool>(*this).ask("unloading a module",
-                                    [&](pa_context* context, void* question) {
-                                      return pa_context_unload_module(context, index, succeed,
-                                                                      question);
+  require(Request<bool>(*this).send("unloading a module",
+                                    [&](pa_context* context, void* request) {
+                                      return pa_context_unload_module(context, index, onSuccess,
+                                                                      request);
                                     }),
           "to unload a module");
 }
 
 std::optional<SourceState> AudioClient::source(const std::string& name) const {
-  return Question<std::optional<SourceState>>(*this).ask(
-      "the source " + name, [&](pa_context* context, void* question) {
-        return pa_context_get_source_info_by_name(context, name.c_str(), takeSource, question);
+  return Request<std::optional<SourceState>>(*this).send(
+      "the source " + name, [&](pa_context* context, void* request) {
+        return pa_context_get_source_info_by_name(context, name.c_str(), onSource, request);
       });
 }
 
 void AudioClient::setVolume(const std::string& source, double volume) {
-  // A single value goes for all channels of any source.
+  // A volume with one channel applies to all channels of the source.
   pa_cvolume wanted;
   pa_cvolume_set(&wanted, 1, static_cast<pa_volume_t>(std::lround(volume * PA_VOLUME_NORM)));
-  require(Question<bool>(*this).ask("setting a volume",
-                                    [&](pa_context* context, void* question) {
+  require(Request<bool>(*this).send("setting a volume",
+                                    [&](pa_context* context, void* request) {
                                       return pa_context_set_source_volume_by_name(
-                                          context, source.c_str(), &wanted, succeed, question);
+                                          context, source.c_str(), &wanted, onSuccess, request);
                                     }),
           "to set the volume of " + source);
 }
 
 void AudioClient::setMuteSwitch(const std::string& source, bool muted) {
-  require(Question<bool>(*this).ask("setting a mute switch",
-                                    [&](pa_context* context, void* question) {
+  require(Request<bool>(*this).send("setting a mute switch",
+                                    [&](pa_context* context, void* request) {
                                       return pa_context_set_source_mute_by_name(
-                                          context, source.c_str(), muted, succeed, question);
+                                          context, source.c_str(), muted, onSuccess, request);
                                     }),
           "to set the mute switch of " + source);
 }
@@ -192,9 +195,9 @@ void AudioClient::watchSource(const std::string& name,
                               std::function<void(const SourceState&)> changed) {
   watch_ = std::make_unique<Watch>(Watch{name, std::move(changed)});
   const bool subscribed =
-      Question<bool>(*this).ask("a subscription", [&](pa_context* context, void* question) {
-        pa_context_set_subscribe_callback(context, Watch::event, watch_.get());
-        return pa_context_subscribe(context, PA_SUBSCRIPTION_MASK_SOURCE, succeed, question);
+      Request<bool>(*this).send("a subscription", [&](pa_context* context, void* request) {
+        pa_context_set_subscribe_callback(context, Watch::onEvent, watch_.get());
+        return pa_context_subscribe(context, PA_SUBSCRIPTION_MASK_SOURCE, onSuccess, request);
       });
   require(subscribed, "a subscription");
 }

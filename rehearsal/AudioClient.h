@@ -11,21 +11,22 @@
 
 namespace hushbox::rehearsal {
 
-/// What a client reads of a source.
+/// The state of a source, as a client reads it.
 struct SourceState {
   double volume = 0.0;
   bool muteSwitch = false;
   bool running = false;
 };
 
-/// One connection to a sound server, with a thread of its own for it.
+/// A connection to a sound server, with its own thread.
 ///
-/// All members are callable on any thread but the client's own, block until the server has
-/// answered, and throw DeskError when it refuses, is gone, or stays silent for 10 s.
+/// All members are callable on any thread except the client's own. They block until the reply and
+/// throw DeskError if the server refuses, has exited, or sends no reply within 10 s.
 class AudioClient {
  public:
-  /// Connects, trying again until the deadline because the server may be still starting.
-  AudioClient(const std::string& server, const std::string& name, Milliseconds deadline = patience);
+  /// Connects. Retries until the deadline, because the server may still be starting.
+  AudioClient(const std::string& server, const std::string& name,
+              Milliseconds deadline = serverTimeout);
   ~AudioClient();
   AudioClient(const AudioClient&) = delete;
   AudioClient& operator=(const AudioClient&) = delete;
@@ -36,16 +37,16 @@ class AudioClient {
   uint32_t loadModule(const std::string& module, const std::string& arguments);
   void unloadModule(uint32_t index);
 
-  /// Empty when there is no source of that name.
+  /// Returns nullopt if there is no source with that name.
   std::optional<SourceState> source(const std::string& name) const;
   void setVolume(const std::string& source, double volume);
   void setMuteSwitch(const std::string& source, bool muted);
 
-  /// Calls back on the client's thread whenever a source changes, appears or goes; the callback
-  /// gets the state of the named one. Once per client.
+  /// Calls `changed` on the client's thread with the state of the named source, whenever any source
+  /// appears or changes. Call it at most once per client.
   void watchSource(const std::string& name, std::function<void(const SourceState&)> changed);
 
-  /// Holds the client's thread still, for calls to libpulse.
+  /// Blocks the client's thread during direct calls to libpulse.
   class Lock {
    public:
     explicit Lock(const AudioClient& client) : loop_(client.loop_) {

@@ -2,7 +2,7 @@
 
 namespace hushbox::rehearsal {
 
-/// Which sound server answers on the PulseAudio socket.
+/// The sound server behind the PulseAudio socket.
 enum class AudioFlavour { PulseAudio, PipeWire };
 
 }  // namespace hushbox::rehearsal

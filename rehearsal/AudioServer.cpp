@@ -16,10 +16,10 @@ namespace {
 
 constexpr const char* clientName = "Rehearsal";
 
-/// Module arguments nest two kinds of quotes and have no escape that both servers understand.
+/// Module arguments nest two kinds of quotes, and no escape works on both servers.
 std::string requirePlain(const std::string& name) {
   if (name.find_first_of("\"'\\") == std::string::npos) return name;
-  throw DeskError("a device cannot be named " + name + ": no quotes, no backslashes");
+  throw DeskError("the device name " + name + " contains a quote or a backslash");
 }
 
 std::string descriptionProperty(const std::string& name) {
@@ -38,7 +38,7 @@ void forgetVolumes(const Session& session) {
       << "wireplumber.settings = { node.stream.restore-props = false }\n";
 }
 
-/// A killed server leaves its socket's file behind: only connecting tells whether one is there.
+/// Tries to connect: the file alone proves nothing, because a killed server leaves it behind.
 bool isListening(const std::filesystem::path& socketFile) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -88,7 +88,7 @@ void AudioServer::startPulseAudio() {
       "pulseaudio.log",
       {"pulseaudio", "--daemonize=no", "-n", "--exit-idle-time=-1", "--use-pid-file=no",
        "--disallow-exit", "-L", "module-native-protocol-unix socket=" + socketPath(session_), "-L",
-       // A real desktop's is 5 s; whoever waits for the suspension in a test waits less.
+       // 5 s on a real desktop; shorter here so that tests wait less for the suspension.
        "module-suspend-on-idle timeout=2"}));
 }
 
@@ -135,20 +135,20 @@ void AudioServer::load(Plugged& plugged) {
         "module-null-sink", "media.class=Audio/Source/Virtual channels=1 sink_name=" +
                                 plugged.source + " " + descriptionProperty(plugged.name));
   }
-  waitUntil([&] { return client_->source(plugged.source).has_value(); }, patience,
+  waitUntil([&] { return client_->source(plugged.source).has_value(); }, serverTimeout,
             "the source " + plugged.source);
   makeWritable(plugged.source);
 }
 
 void AudioServer::makeWritable(const std::string& source) {
   if (flavour_ == AudioFlavour::PulseAudio) return;
-  // A corked stream is not enough. A meter is, and no program takes it for a call.
+  // A corked stream is not enough. A meter is, and it does not count as a call.
   RecordingStream(client_, source, RecordingStream::Kind::Meter);
   const auto stopped = [&] {
     const std::optional<SourceState> state = client_->source(source);
     return state && !state->running;
   };
-  waitUntil(stopped, patience, source + " to stop running");
+  waitUntil(stopped, serverTimeout, source + " to stop running");
 }
 
 void AudioServer::plug(const std::string& source, const std::string& name) {
@@ -167,7 +167,7 @@ void AudioServer::unplug(const std::string& source) {
   const uint32_t module = found->module;
   plugged_.erase(found);
   client_->unloadModule(module);
-  waitUntil([&] { return !client_->source(source); }, patience, source + " to be gone");
+  waitUntil([&] { return !client_->source(source); }, serverTimeout, source + " to be gone");
 }
 
 void AudioServer::plugSpeakerphone(const std::string& name) {

@@ -12,67 +12,68 @@
 
 namespace hushbox::rehearsal {
 
-/// A real sound server with a speakerphone to plug in, at the session's PULSE_SERVER.
+/// A real sound server at the session's PULSE_SERVER, with a virtual speakerphone to plug in.
 ///
-/// Decoys are always there: a loudspeaker of the speakerphone's name, whose "Monitor of ..." source
-/// therefore bears the name too, and another microphone. Volumes are fractions of full volume
-/// (1.0 is 100 %), linear in what the server counts. Each call blocks until the server has
-/// confirmed it, some tenths of a millisecond, and throws DeskError when the server is gone,
-/// refuses, or has not answered within 10 s. Call on one thread.
+/// Two decoys are always present: another microphone, and a loudspeaker with the speakerphone's
+/// name, whose "Monitor of ..." source therefore contains the name too. Volumes are fractions of
+/// full volume (1.0 is 100 %) on the server's own scale. Each call blocks until the server has
+/// confirmed it, usually for less than a millisecond, and throws DeskError if the server has
+/// exited, refuses, or sends no reply within 10 s. Use it on one thread.
 class AudioServer {
  public:
-  /// The speakerphone's source name, as a real one's is made of bus, maker and model.
+  /// The speakerphone's source name: bus, maker and model, like a real device's.
   static constexpr const char* speakerphoneSource = "alsa_input.usb-Jabra_Speak2_75";
   static constexpr const char* speakerphoneName = "Jabra Speak2 75";
   static constexpr const char* decoySource = "alsa_input.pci-builtin_microphone";
 
-  /// Starts the server and puts up the decoys; the speakerphone is not plugged in yet.
+  /// Starts the server and plugs in the decoys, but not the speakerphone.
   explicit AudioServer(const Session& session, AudioFlavour flavour = AudioFlavour::PulseAudio);
   ~AudioServer();
 
   AudioFlavour flavour() const { return flavour_; }
   bool isRunning() const;
 
-  /// Ends the server as a crash would (SIGKILL); streams and clients lose their connection.
+  /// Kills the server with SIGKILL, like a crash. Streams and clients lose their connection.
   void kill();
-  /// Starts the server again at the same address, ending it first if it runs. What was plugged in
-  /// is there again, at full volume, as hardware would be; indices start over.
+  /// Kills the server if it runs and starts it again at the same address. Plugged-in devices are
+  /// present again, at full volume, as hardware would be. Indices start from 0 again.
   void restart();
-  /// Stops the server in its tracks; until thaw() it answers nobody.
+  /// Suspends the server's processes: it sends no reply until thaw().
   void freeze();
   void thaw();
 
-  /// Plugs the speakerphone in (at full volume) and waits until a client can see it.
+  /// Plugs the speakerphone in, at full volume, and waits until a client sees it.
   void plugSpeakerphone(const std::string& name = speakerphoneName);
   void unplugSpeakerphone();
   bool hasSpeakerphone() const;
-  /// Any further microphone, for the case of two headsets.
+  /// Plugs in another microphone, for example a second headset.
   void plug(const std::string& source, const std::string& name);
   void unplug(const std::string& source);
 
-  /// For a virtual source that a test has loaded itself; plug() does it too. PipeWire 1.4 reports a
-  /// write to such a source only once a stream has run on it. Runs a meter on the source for a
-  /// moment; writes then take effect at once, even after the server has suspended the source.
+  /// Makes writes to a virtual source take effect at once. plug() does this; call it for a source
+  /// that a test has loaded itself. PipeWire 1.4 does not report a write to such a source until a
+  /// stream has run on it, so this runs a meter on it briefly. The effect lasts, even after the
+  /// server has suspended the source. Does nothing on PulseAudio, which needs none of this.
   void makeWritable(const std::string& source);
 
-  /// What the speakerphone's mute button does: 0.0 is muted. Writing the present value again
-  /// gives no event.
+  /// Does what the speakerphone's mute button does; 0.0 is muted. Writing the current value again
+  /// causes no event.
   void setVolume(double volume);
   double volume() const;
-  /// The source's own mute switch, which some button presses arrive as.
+  /// Sets the source's own mute switch. Some devices report a press of their button this way.
   void setMuteSwitch(bool muted);
   bool muteSwitch() const;
-  /// Whether the server counts the speakerphone as running, for whatever reason.
+  /// Whether the server reports the speakerphone as running, for any reason, even a meter.
   bool isSpeakerphoneRunning() const;
 
-  /// A call: a stream that really records from the speakerphone; returns once sound arrives.
+  /// Starts a call: a stream that records from the speakerphone. Returns when sound arrives.
   std::unique_ptr<RecordingStream> record();
-  /// A volume meter as mixers show it, which is no call.
+  /// Opens a volume meter, as mixers do. It is not a call.
   std::unique_ptr<RecordingStream> meter();
-  /// A recording stream that is paused from the start: no call until uncork().
+  /// Opens a recording stream that starts paused: it is not a call until uncork().
   std::unique_ptr<RecordingStream> corkedRecord();
 
-  /// What happened to the speakerphone's volume, as a client of its own sees it.
+  /// The history of the speakerphone's volume, from a separate connection to the server.
   VolumeObserver& observer() { return observer_; }
 
  private:

@@ -9,7 +9,7 @@ namespace hushbox::rehearsal {
 namespace {
 
 constexpr pa_sample_spec speech{PA_SAMPLE_S16LE, 16000, 1};
-// Mixers draw their meters 25 times a second.
+// Mixers update their meters 25 times a second.
 constexpr pa_sample_spec peaks{PA_SAMPLE_FLOAT32LE, 25, 1};
 
 pa_buffer_attr fragments(uint32_t bytes) {
@@ -41,7 +41,7 @@ RecordingStream::RecordingStream(std::shared_ptr<AudioClient> client, const std:
     return pa_stream_get_state(stream_) == PA_STREAM_READY;
   };
   const auto flowing = [&] { return accepted() && (kind == Kind::Corked || bytes_ > 0); };
-  if (holdsWithin(flowing, patience)) return;
+  if (holdsWithin(flowing, serverTimeout)) return;
   release();
   throw DeskError("no sound arrives from " + source);
 }
@@ -67,7 +67,7 @@ void RecordingStream::connect(const std::string& source, Kind kind) {
                                           meter ? &peaks : &speech, nullptr, properties);
   }
   pa_proplist_free(properties);
-  if (!stream_) throw DeskError("nothing can be recorded: the sound server is gone");
+  if (!stream_) throw DeskError("cannot record: not connected to the sound server");
   pa_stream_set_read_callback(stream_, discard, &bytes_);
   pa_stream_connect_record(stream_, source.c_str(), &attributes,
                            static_cast<pa_stream_flags_t>(flags));

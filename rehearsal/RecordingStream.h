@@ -9,17 +9,17 @@
 
 namespace hushbox::rehearsal {
 
-/// A stream that takes sound from a source for as long as it lives.
+/// A stream that records from a source from construction to destruction.
 class RecordingStream {
  public:
   enum class Kind {
     Call,    ///< Records, as a meeting does.
-    Corked,  ///< Connected, but paused.
+    Corked,  ///< Connected but paused.
     Meter,   ///< A peak meter as mixers show it ("Peak detect").
   };
 
-  /// Connects and waits until the server has accepted it and, unless corked, sound arrives.
-  /// Throws DeskError when that does not happen.
+  /// Connects and waits until the server has accepted the stream and, unless corked, sound
+  /// arrives. Throws DeskError on failure.
   RecordingStream(std::shared_ptr<AudioClient> client, const std::string& source, Kind kind);
   ~RecordingStream();
   RecordingStream(const RecordingStream&) = delete;
@@ -28,7 +28,7 @@ class RecordingStream {
   void cork();
   void uncork();
 
-  /// How much sound has arrived so far.
+  /// The bytes of sound received so far.
   std::uint64_t bytes() const { return bytes_; }
 
  private:

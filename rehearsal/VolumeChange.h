@@ -4,9 +4,9 @@
 
 namespace hushbox::rehearsal {
 
-/// What the speakerphone's volume and mute switch came to be, and when a client learnt of it.
+/// The speakerphone's volume and mute switch after a change, and when a client received it.
 struct VolumeChange {
-  double volume = 0.0;  ///< Fraction of full volume; exactly 0.0 when at the bottom.
+  double volume = 0.0;  ///< Fraction of full volume; exactly 0.0 at the bottom.
   bool muteSwitch = false;
   std::chrono::steady_clock::time_point when;
 };

@@ -10,7 +10,7 @@ namespace hushbox::rehearsal {
 void VolumeObserver::connect(const std::string& server) {
   disconnect();
   client_ = std::make_unique<AudioClient>(server, "Rehearsal observer");
-  client_->watchSource(source_, [this](const SourceState& state) { enter(state); });
+  client_->watchSource(source_, [this](const SourceState& state) { record(state); });
 }
 
 void VolumeObserver::disconnect() {
@@ -47,7 +47,7 @@ VolumeChange VolumeObserver::waitForVolume(double volume, Milliseconds deadline)
   return *found;
 }
 
-void VolumeObserver::enter(const SourceState& state) {
+void VolumeObserver::record(const SourceState& state) {
   const auto now = std::chrono::steady_clock::now();
   const std::scoped_lock lock(mutex_);
   if (last_ && last_->volume == state.volume && last_->muteSwitch == state.muteSwitch) return;

@@ -11,32 +11,32 @@
 
 namespace hushbox::rehearsal {
 
-/// Keeps the history of a source's volume, with a connection of its own to the sound server.
+/// Records the history of a source's volume over a separate connection to the sound server.
 ///
-/// A change is entered when its value is known, one round trip after the server's event. Events
-/// that leave volume and switch as they were are not entered. All members are callable on any
+/// A change is recorded when its value is known, one round trip after the server's event. Events
+/// that change neither volume nor mute switch are not recorded. All members are callable on any
 /// thread.
 class VolumeObserver {
  public:
   explicit VolumeObserver(std::string source) : source_(std::move(source)) {}
 
-  /// Begins anew with another server; the history stays.
+  /// Connects, replacing an earlier connection. The history is kept. Throws DeskError on failure.
   void connect(const std::string& server);
   void disconnect();
 
   std::vector<VolumeChange> history() const;
   void clear();
 
-  /// Calls back on the observer's own thread with each change; an empty function ends it. The
-  /// callback must not call into the observer.
+  /// Calls `callback` on the observer's own thread with each change; an empty function removes it.
+  /// The callback must not call the observer: its lock is held.
   void onVolumeChanged(std::function<void(const VolumeChange&)> callback);
 
-  /// Waits until a change to that volume (and switch position) is in the history, and returns it.
-  /// Throws DeskError when the deadline passes first.
-  VolumeChange waitForVolume(double volume, Milliseconds deadline = patience) const;
+  /// Waits until the history contains a change to that volume and returns the first one. Throws
+  /// DeskError at the deadline.
+  VolumeChange waitForVolume(double volume, Milliseconds deadline = serverTimeout) const;
 
  private:
-  void enter(const SourceState& state);
+  void record(const SourceState& state);
 
   std::string source_;
   mutable std::mutex mutex_;
