@@ -18,7 +18,7 @@ struct Image {
   bool isTemplate = false;
   /// Draws on the canvas. Returns false, without drawing, if `canvas` is null. Captures values
   /// only, so it may be called at any later time.
-  std::function<bool(Canvas* canvas)> draw;
+  std::function<bool(Canvas* canvas)> draw = nullptr;
 };
 
 }  // namespace hushbox

@@ -8,7 +8,7 @@ namespace hushbox::doubles {
 
 /// What a scripted child does.
 struct TaskScript {
-  std::string output;
+  std::string output{};
   /// Neither ends nor closes its output until `endHangingTasks()`.
   bool hangs = false;
 };
