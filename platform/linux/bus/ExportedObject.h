@@ -15,25 +15,15 @@ class ExportedObject {
   /// `vtable` must outlive this; its functions receive `self`. On a closed connection they are
   /// never called.
   ExportedObject(GDBusConnection* connection, const char* path, GDBusInterfaceInfo* interface,
-                 const GDBusInterfaceVTable& vtable, gpointer self)
-      : connection_(g_object_ref(connection)),
-        path_(path),
-        interface_(interface),
-        id_(g_dbus_connection_register_object(connection, path, interface, &vtable, self, nullptr,
-                                              nullptr)) {}
-  ~ExportedObject() {
-    if (id_) g_dbus_connection_unregister_object(connection_.get(), id_);
-  }
+                 const GDBusInterfaceVTable& vtable, gpointer self);
+  ~ExportedObject();
   ExportedObject(const ExportedObject&) = delete;
   ExportedObject& operator=(const ExportedObject&) = delete;
 
   GDBusConnection* connection() const { return connection_.get(); }
 
   /// Broadcasts a signal of the interface. Takes over floating arguments, a tuple or null.
-  void emit(const char* signal, GVariant* arguments = nullptr) const {
-    g_dbus_connection_emit_signal(connection_.get(), nullptr, path_, interface_->name, signal,
-                                  arguments, nullptr);
-  }
+  void emit(const char* signal, GVariant* arguments = nullptr) const;
 
  private:
   ConnectionPointer connection_;
