@@ -44,7 +44,8 @@ std::string address(const MeetingPage::Options& options) {
   return Browser::teamsUrl("meeting.html") + "?n=" + std::to_string(options.extraElements) +
          "&muted=" + (options.muted ? "1" : "0") + "&control=" + controlName(options.microphone) +
          "&delay=" + std::to_string(options.labelDelay.count()) +
-         "&stuck=" + (options.stuck ? "1" : "0") + "&title=" + percentEncoded(options.title);
+         "&stuck=" + (options.stuck ? "1" : "0") + "&media=" + (options.mediaPlayers ? "1" : "0") +
+         "&title=" + percentEncoded(options.title);
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ class MeetingPage {
     Control microphone = Control::Button;
     Milliseconds labelDelay{0};  ///< Delay between a press and the change of the label.
     bool stuck = false;          ///< Presses change nothing.
+    bool mediaPlayers = false;   ///< A video and a sound with native controls come first.
     std::string title = "Weekly sync | Microsoft Teams";
   };
 

@@ -75,6 +75,11 @@ void SimulatedAccessibilityTree::freeze(std::int32_t processIdentifier) {
   setResponseTime(processIdentifier, never);
 }
 
+TimeInterval SimulatedAccessibilityTree::messagingTimeout(std::int32_t processIdentifier) const {
+  const auto application = applications_.find(processIdentifier);
+  return application == applications_.end() ? never : application->second.timeout.value_or(never);
+}
+
 std::optional<bool> SimulatedAccessibilityTree::written(std::int32_t processIdentifier,
                                                         const std::string& attribute) const {
   const auto application = applications_.find(processIdentifier);

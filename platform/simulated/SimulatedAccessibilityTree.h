@@ -46,6 +46,9 @@ class SimulatedAccessibilityTree final : public AccessibilityTree {
   /// How often the system was asked to prompt the user.
   std::size_t promptCount() const { return prompts_; }
 
+  /// Returns the application's messaging timeout; infinite while none is set.
+  TimeInterval messagingTimeout(std::int32_t processIdentifier) const;
+
   /// What `setAttributeValue` returns for an application's element; initially success.
   void setAttributeWriteStatus(AccessibilityError status) { writeStatus_ = status; }
   /// Returns what was last written to that attribute of the application.

@@ -1,5 +1,6 @@
 #include "platform/simulated/SimulatedTeams.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace hushbox {
@@ -55,8 +56,11 @@ AccessibilityError SimulatedTeams::press(std::string_view action) {
   if (action != "AXPress") return accessibility::actionUnsupported;
   if (pressStatus_ != accessibility::success) return pressStatus_;
   ++pressCount_;
-  if (pressLatency_) {
-    loop_.after(*pressLatency_, [this] { setMuted(!muted_); });
+  const TimeInterval wait = std::min(pressDuration_, tree_.messagingTimeout(processIdentifier_));
+  loop_.sleep(wait);
+  const TimeInterval rest = pressDuration_ - wait + pressLatency_.value_or(TimeInterval{});
+  if (pressLatency_ || rest > TimeInterval{}) {
+    loop_.after(rest, [this] { setMuted(!muted_); });
   } else {
     setMuted(!muted_);
   }

@@ -43,6 +43,10 @@ class SimulatedTeams {
   /// How long after a press the label changes; initially at once.
   void setPressLatency(std::optional<TimeInterval> latency) { pressLatency_ = latency; }
 
+  /// How long the application takes over a press; initially no time. The press lasts until then, or
+  /// until its messaging timeout, and the label changes no earlier.
+  void setPressDuration(TimeInterval duration) { pressDuration_ = duration; }
+
   std::int32_t processIdentifier() const { return processIdentifier_; }
   /// The application and the microphone button; null if there is none.
   const SimulatedElementRef& application() const { return application_; }
@@ -65,6 +69,7 @@ class SimulatedTeams {
   std::size_t pressCount_ = 0;
   AccessibilityError pressStatus_ = accessibility::success;
   std::optional<TimeInterval> pressLatency_;
+  TimeInterval pressDuration_{};
 };
 
 }  // namespace hushbox

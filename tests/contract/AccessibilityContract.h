@@ -136,6 +136,32 @@ TEST_P(AccessibilityContract, PressArrivesOnceAndChangesTheLabelOfTheSameElement
   EXPECT_EQ(driver().pressCount(), 1U);
 }
 
+TEST_P(AccessibilityContract, PressLastsUntilTheLabelShowsIt) {
+  if (!driver().delayLabel(TimeInterval(0.7))) GTEST_SKIP() << "cannot delay a label";
+  const auto button = openMeeting();
+  ASSERT_TRUE(button);
+  const Instant before = driver().now();
+  EXPECT_EQ(tree().performAction(button, "AXPress"), 0);
+  EXPECT_GE(driver().now() - before, TimeInterval(0.69));
+  // A read right after it must not show the state before it.
+  ASSERT_TRUE(application());
+  EXPECT_TRUE(says(button, true)) << label(button);
+  EXPECT_EQ(driver().pressCount(), 1U);
+}
+
+TEST_P(AccessibilityContract, PressThatTheLabelNeverShowsLastsTheTimeoutAndIsThenBelieved) {
+  if (!driver().delayLabel(TimeInterval(3600))) GTEST_SKIP() << "cannot delay a label";
+  const auto button = openMeeting();
+  ASSERT_TRUE(button);
+  const Instant before = driver().now();
+  EXPECT_EQ(tree().performAction(button, "AXPress"), 0);
+  EXPECT_GE(driver().now() - before, TimeInterval(0.99));
+  // Some slack for a busy machine.
+  EXPECT_LT(driver().now() - before, TimeInterval(2.5));
+  ASSERT_TRUE(application());
+  EXPECT_TRUE(says(button, false)) << label(button);
+}
+
 TEST_P(AccessibilityContract, ChangeInTheApplicationShowsInTheTree) {
   const auto button = openMeeting();
   ASSERT_TRUE(button);

@@ -35,6 +35,10 @@ class AccessibilityDriver : public ContractDriver {
   /// The user mutes or unmutes with the mouse.
   virtual void setMuted(bool muted) = 0;
 
+  /// Makes the button change its label only this long after each press. Returns false where the
+  /// platform under test cannot do that. Call it before openMeeting().
+  virtual bool delayLabel(TimeInterval) { return false; }
+
   /// Suspends and resumes the application.
   virtual void freeze() = 0;
   virtual void thaw() = 0;

@@ -146,7 +146,7 @@ AccessibilityError AtspiAccessibilityTree::press(const AtspiElement& element) {
   if (facts.status != success) return facts.status;
   control_.follow(element.siblings()->document, element.object());
   const AccessibilityError status = control_.press();
-  if (status == success) control_.awaitChange(facts.name, pressWait);
+  if (status == success) control_.awaitChange(facts.name, bus_.timeout());
   return status;
 }
 

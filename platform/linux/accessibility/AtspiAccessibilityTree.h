@@ -43,11 +43,6 @@ namespace hushbox {
 /// program when it thaws.
 class AtspiAccessibilityTree final : public AccessibilityTree {
  public:
-  /// The page handles a press some 10 ms after the program has confirmed it, and only then changes
-  /// the label. A press waits for that, but no longer than this: a label read in between would show
-  /// the state before the press.
-  static constexpr std::chrono::milliseconds pressWait{250};
-
   /// Calls `switchedOn` whenever it has switched accessibility on.
   explicit AtspiAccessibilityTree(std::function<void()> switchedOn = {});
   ~AtspiAccessibilityTree() override;
@@ -66,7 +61,10 @@ class AtspiAccessibilityTree final : public AccessibilityTree {
                                        std::string_view attribute, bool value) override;
   AccessibilityError copyAttributeValue(const AccessibilityElementRef& element,
                                         std::string_view attribute, AttributeValue& value) override;
-  /// "AXPress" is the action that is called press, click, toggle or the like.
+  /// "AXPress" is the action that is called press, click, toggle or the like. The page handles a
+  /// press some 10 ms after the program has confirmed it, and only then changes the label. A press
+  /// lasts until the label has changed, but no longer than the messaging timeout: a label read in
+  /// between would show the state before the press.
   AccessibilityError performAction(const AccessibilityElementRef& element,
                                    std::string_view action) override;
 

@@ -20,9 +20,14 @@ const BusObject launcher{launcherName, "/org/a11y/bus"};
 }  // namespace
 
 void AtspiBus::send(CallBatch& batch) {
-  const auto before = accessibility_.lostTime();
+  const auto lostBefore = accessibility_.lostTime();
   batch.send(accessibility_);
-  budget_.lose(accessibility_.lostTime() - before);
+  budget_.charge(batch.duration(), accessibility_.lostTime() - lostBefore);
+}
+
+void AtspiBus::sendToStrangers(CallBatch& batch) {
+  batch.send(accessibility_);
+  budget_.charge(batch.duration(), {});
 }
 
 BusReply AtspiBus::ask(BusCall call) {
@@ -34,9 +39,10 @@ BusReply AtspiBus::ask(BusCall call) {
 
 bool AtspiBus::reach(const std::string& busName, const std::string& address, std::int32_t process,
                      std::chrono::milliseconds timeout) {
-  const auto before = accessibility_.lostTime();
+  const auto lostBefore = accessibility_.lostTime();
   const bool isReached = accessibility_.reach(busName, address, process, timeout);
-  budget_.lose(accessibility_.lostTime() - before);
+  const auto lost = accessibility_.lostTime() - lostBefore;
+  budget_.charge(lost, lost);
   return isReached;
 }
 

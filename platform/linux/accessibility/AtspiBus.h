@@ -39,7 +39,12 @@ class AtspiBus {
   /// Makes the calls to programs on the accessibility bus and charges the budget with what they
   /// lose; see BoundedBusConnection::ask().
   void send(CallBatch& batch);
+  /// The same for programs not called before: what they lose does not shorten the timeout of
+  /// others.
+  void sendToStrangers(CallBatch& batch);
   BusReply ask(BusCall call);
+  /// Makes a call whose reply does not matter; see BoundedBusConnection::post().
+  bool post(const BusCall& call) { return accessibility_.post(call); }
   /// Calls a program over a connection of its own from now on, if possible; see
   /// BoundedBusConnection::reach().
   bool reach(const std::string& busName, const std::string& address, std::int32_t process,

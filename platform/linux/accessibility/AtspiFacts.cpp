@@ -22,6 +22,7 @@ void readProperties(GVariant* reply, AtspiFacts& facts) {
   if (facts.description.empty())
     facts.description = atspi_value::text(properties.get(), "HelpText");
   facts.identifier = atspi_value::text(properties.get(), "AccessibleId");
+  facts.parent = atspi_value::object(reply, "Parent").value_or(BusObject{});
   const VariantPointer attributes(
       g_variant_lookup_value(properties.get(), "Attributes", G_VARIANT_TYPE("a{ss}")));
   if (attributes) readAttributes(attributes.get(), facts);

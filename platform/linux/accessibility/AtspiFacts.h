@@ -17,11 +17,13 @@ struct AtspiFacts {
   /// 0 when the object answered.
   AccessibilityError status = accessibility::cannotComplete;
   std::uint32_t role = 0;
-  std::string name;
+  std::string name{};
   /// The description, which is where a browser puts the tooltip, or else the help text.
-  std::string description;
+  std::string description{};
   /// The identifier in the document, or else the one that the toolkit assigns.
-  std::string identifier;
+  std::string identifier{};
+  /// The object that it is directly in; without a name if that is unknown.
+  BusObject parent{};
   /// False where the toolkit leaves attributes out of the properties: then AtspiRemainingFactsCalls
   /// reads the texts one by one.
   bool isComplete = false;

@@ -1,5 +1,6 @@
 #include "platform/linux/accessibility/AtspiPrograms.h"
 
+#include <optional>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -57,6 +58,7 @@ bool AtspiPrograms::refresh() {
   std::set<std::string_view> present;
   for (const BusObject& root : roots) present.insert(root.busName);
   std::erase_if(programs_, [&](const auto& entry) { return present.count(entry.first) == 0; });
+  std::erase_if(lateStrangers_, [&](const auto& name) { return present.count(name) == 0; });
   std::vector<BusObject> strangers;
   for (const BusObject& root : roots)
     if (programs_.count(root.busName) == 0) strangers.push_back(root);
@@ -66,17 +68,29 @@ bool AtspiPrograms::refresh() {
 bool AtspiPrograms::identify(const std::vector<BusObject>& roots) {
   CallBatch batch;
   std::vector<Introduction> introductions;
-  for (const BusObject& root : roots)
-    introductions.push_back(introduce(batch, root, bus_.timeout()));
-  bus_.send(batch);
+  for (const BusObject& root : roots) {
+    const bool isLate = lateStrangers_.count(root.busName) != 0;
+    introductions.push_back(
+        introduce(batch, root, isLate ? bus_.timeout() : CallBudget::strangerTimeout));
+  }
+  bus_.sendToStrangers(batch);
   bool metBrowser = false;
   for (const Introduction& introduction : introductions) {
     const auto program = read(batch, introduction);
-    if (!program) continue;
+    if (!program) {
+      lateStrangers_.insert(introduction.root.busName);
+      continue;
+    }
     metBrowser |= program->isBrowser;
     programs_.emplace(program->root.busName, Entry{.program = *program});
+    lateStrangers_.erase(program->root.busName);
   }
   return metBrowser;
+}
+
+void AtspiPrograms::clear() {
+  programs_.clear();
+  lateStrangers_.clear();
 }
 
 std::vector<const AtspiProgram*> AtspiPrograms::hosts() const {

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
-#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -37,7 +37,8 @@ class AtspiPrograms {
 
   /// Lists the programs on the bus (one call), asks the new ones what they are (three calls each)
   /// and forgets those that have exited. Returns whether it met a new browser. A program that does
-  /// not reply is new again the next time.
+  /// not reply in time is new again the next time, and then has the time of other calls: it has
+  /// replied late, or this was long ago.
   bool refresh();
 
   /// The programs that may present documents of Teams, in the order of their bus names.
@@ -51,7 +52,7 @@ class AtspiPrograms {
   void connectDirectly(const std::string& busName);
 
   /// Forgets all programs. Their names mean nothing on another bus.
-  void clear() { programs_.clear(); }
+  void clear();
 
  private:
   struct Entry {
@@ -62,6 +63,8 @@ class AtspiPrograms {
   bool identify(const std::vector<BusObject>& roots);
 
   AtspiBus& bus_;
+  /// The names of those that have not replied in time.
+  std::set<std::string> lateStrangers_;
   std::map<std::string, Entry> programs_;
 };
 

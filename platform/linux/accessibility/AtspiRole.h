@@ -15,8 +15,16 @@ inline constexpr std::uint32_t window = 69;
 inline constexpr std::uint32_t application = 75;
 inline constexpr std::uint32_t documentFrame = 82;
 inline constexpr std::uint32_t documentWeb = 95;
+inline constexpr std::uint32_t audio = 106;
+inline constexpr std::uint32_t video = 107;
 inline constexpr std::uint32_t pushButtonMenu = 129;
 inline constexpr std::uint32_t switchControl = 130;
+
+/// Whether the object's controls are not those of the document around it: a document nested in it,
+/// which counts by its own address, or a media player, whose buttons are named "mute" too.
+constexpr bool isForeignContainer(std::uint32_t role) {
+  return role == documentFrame || role == documentWeb || role == audio || role == video;
+}
 
 /// The role's name in the accessibility tree.
 constexpr const char* name(std::uint32_t role) {

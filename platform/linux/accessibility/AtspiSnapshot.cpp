@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <optional>
-#include <set>
 #include <utility>
 
 #include "platform/linux/accessibility/AtspiCalls.h"
 #include "platform/linux/accessibility/AtspiRole.h"
 #include "platform/linux/accessibility/AtspiValue.h"
+#include "platform/linux/accessibility/DocumentControls.h"
+#include "platform/linux/accessibility/TeamsSigns.h"
 
 namespace hushbox {
 
@@ -16,6 +17,9 @@ namespace {
 bool isFresh(const AtspiFacts& facts) {
   return std::chrono::steady_clock::now() - facts.readAt <= LabelRefresher::freshness;
 }
+
+/// The facts of an object whose page was closed or went to another site.
+const AtspiFacts notOfTeams{.status = accessibility::invalidElement};
 
 }  // namespace
 
@@ -38,6 +42,7 @@ const AtspiFacts& AtspiSnapshot::facts(const AtspiElement& element) {
   const AtspiSiblings& siblings = *element.siblings();
   const BusObject& object = element.object();
   if (const AtspiFacts* facts = known(object); facts && isFresh(*facts)) return *facts;
+  if (!teams_.hasDocument(siblings.document)) return notOfTeams;
   labels_.awaitLabels(*siblings.document);
   if (siblings.snapshot == number_) {
     readFacts(siblings, unread(facts_, siblings, element.index()));
@@ -100,34 +105,46 @@ void AtspiSnapshot::readRemainingFacts(const Objects& objects) {
 
 AtspiSnapshot::Siblings AtspiSnapshot::controls(const TeamsDocumentRef& document) {
   untouched_ = false;
-  const BusObject& root = document->object;
-  CallBatch batch;
-  const auto allTicket = batch.add(atspi_calls::matches(
-      root, {atspi_role::pushButton, atspi_role::toggleButton, atspi_role::checkBox}, maxChildren,
-      bus_.timeout()));
-  // Which of them are check boxes: that spares asking each for its role.
-  const auto boxesTicket =
-      batch.add(atspi_calls::matches(root, {atspi_role::checkBox}, maxChildren, bus_.timeout()));
-  bus_.send(batch);
-  const BusReply& all = batch[allTicket];
-  const BusReply& boxes = batch[boxesTicket];
-  if (!all || !boxes) return childrenOf(*siblings(document, {root}), 0);
-  const auto result =
-      siblings(document, atspi_value::objects(all.value.get(), root.busName, maxChildren));
-  const auto boxList = atspi_value::objects(boxes.value.get(), root.busName, maxChildren);
-  const std::set<BusObject> checkBoxes(boxList.begin(), boxList.end());
-  for (std::size_t i = 0; i < result->objects.size(); ++i) {
-    result->roles[i] =
-        checkBoxes.count(result->objects[i]) != 0 ? atspi_role::checkBox : atspi_role::pushButton;
-  }
+  const DocumentControls finder(bus_);
+  const auto found = finder.find(document->object);
+  if (!found) return childrenOf(*siblings(document, {document->object}), 0);
+  Objects objects;
+  for (const auto& control : *found) objects.push_back(control.object);
+  const auto result = siblings(document, std::move(objects));
+  for (std::size_t i = 0; i < found->size(); ++i) result->roles[i] = (*found)[i].role;
   result->flat = true;
+  sortMuteControls(*result);
   return result;
+}
+
+void AtspiSnapshot::sortMuteControls(AtspiSiblings& siblings) {
+  labels_.awaitLabels(*siblings.document);
+  std::vector<DocumentControls::Control> controls;
+  std::vector<std::size_t> places;
+  for (std::size_t i = 0; i < siblings.objects.size(); ++i) {
+    const BusObject& object = siblings.objects[i];
+    if (!known(object)) readFacts(siblings, unread(facts_, siblings, i));
+    const AtspiFacts& facts = facts_[object];
+    const auto isMute = [](const std::string& text) { return teams_signs::isMuteLabel(text); };
+    if (!isMute(facts.name) && !isMute(facts.description) && !isMute(facts.identifier)) continue;
+    controls.push_back({object, siblings.roles[i], facts.parent});
+    places.push_back(i);
+  }
+  if (controls.size() < 2 || controls.size() > maxSorted) return;
+  DocumentControls(bus_).sortBreadthFirst(siblings.document->object, controls);
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    siblings.objects[places[i]] = controls[i].object;
+    siblings.roles[places[i]] = controls[i].role;
+  }
 }
 
 AtspiSnapshot::Siblings AtspiSnapshot::children(const AtspiElement& element) {
   untouched_ = false;
   const AtspiSiblings& own = *element.siblings();
-  return own.flat ? siblings(own.document, {}) : childrenOf(own, element.index());
+  const AtspiFacts* const facts = known(element.object());
+  const bool isForeign = facts && atspi_role::isForeignContainer(facts->role);
+  if (own.flat || isForeign) return siblings(own.document, {});
+  return childrenOf(own, element.index());
 }
 
 AtspiSnapshot::Siblings AtspiSnapshot::childrenOf(const AtspiSiblings& siblings,

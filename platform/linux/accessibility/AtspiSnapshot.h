@@ -28,6 +28,8 @@ class AtspiSnapshot {
   static constexpr std::size_t batchSize = 64;
   /// No meeting has more controls in a document, nor more children in an object.
   static constexpr std::size_t maxChildren = 10'000;
+  /// With more controls that are labelled so, document order is good enough.
+  static constexpr std::size_t maxSorted = 64;
   /// How long a snapshot may descend into the tree of a program that cannot search it by itself.
   /// What lies deeper is not found then.
   static constexpr std::chrono::milliseconds maxDescent{2000};
@@ -49,8 +51,10 @@ class AtspiSnapshot {
   /// What has been read of the object; null if nothing has.
   const AtspiFacts* known(const BusObject& object) const;
 
-  /// The controls in a document, in document order. The program itself finds them, in two calls;
-  /// where it cannot, these are the document's own children. Null when neither can be read.
+  /// The controls in a document: see DocumentControls. They are in document order, except that
+  /// those labelled as the microphone button may be come in breadth-first order: only there does
+  /// the order matter, and levels take calls to find out. Where the program cannot search, these
+  /// are the document's own children. Null when neither can be read.
   Siblings controls(const TeamsDocumentRef& document);
 
   /// The children of an object in a document; null when they cannot be read.
@@ -65,6 +69,7 @@ class AtspiSnapshot {
   void readFacts(const AtspiSiblings& siblings, const std::vector<std::size_t>& places);
   /// Reads one by one the texts that some toolkits leave out of GetAll.
   void readRemainingFacts(const Objects& objects);
+  void sortMuteControls(AtspiSiblings& siblings);
   Siblings childrenOf(const AtspiSiblings& siblings, std::size_t place);
   void readChildren(const AtspiSiblings& siblings, std::size_t first);
   std::shared_ptr<AtspiSiblings> siblings(const TeamsDocumentRef& document, Objects objects) const;

@@ -18,8 +18,9 @@ constexpr std::string_view pressNames[] = {"press", "click",   "toggle",
                                            "check", "uncheck", "activate"};
 /// The main action is the first in practice; a menu or a context menu may precede it.
 constexpr std::int32_t maxActions = 4;
-/// A page shows a change after one or two frames.
-constexpr std::chrono::milliseconds changeInterval{8};
+/// A page shows a change after one or two frames. One that takes longer is looked at less often.
+constexpr std::chrono::milliseconds minChangeInterval{8};
+constexpr std::chrono::milliseconds maxChangeInterval{40};
 
 bool isPress(const BusReply& name) {
   if (!name) return false;
@@ -86,9 +87,11 @@ AccessibilityError FollowedControl::findPressAction() {
 void FollowedControl::awaitChange(const std::string& name,
                                   std::chrono::milliseconds timeout) const {
   const auto end = std::chrono::steady_clock::now() + timeout;
+  std::chrono::milliseconds interval = minChangeInterval;
   do {
     // Before the first look too: calls only hold up the page while it handles the press.
-    std::this_thread::sleep_for(changeInterval);
+    std::this_thread::sleep_for(interval);
+    interval = std::min(interval * 3 / 2, maxChangeInterval);
     CallBatch batch;
     const auto now =
         batch.add(atspi_calls::property(object_, atspi_calls::accessible, "Name", bus_.timeout()));

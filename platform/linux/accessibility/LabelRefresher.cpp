@@ -27,6 +27,10 @@ bool isFirst(const BusObject& document, const BusReply& matches) {
 
 }  // namespace
 
+LabelRefresher::~LabelRefresher() {
+  if (timer_ != 0) g_source_remove(timer_);
+}
+
 std::vector<LabelRefresher::Probe> LabelRefresher::addProbes(
     CallBatch& batch, const std::vector<TeamsDocumentRef>& documents) {
   std::vector<Probe> probes;
@@ -40,11 +44,14 @@ std::vector<LabelRefresher::Probe> LabelRefresher::addProbes(
 LabelRefresher::Probe LabelRefresher::addProbe(CallBatch& batch, const TeamsDocument& document) {
   const Page& page = pages_[document.object];
   const auto age = Clock::now() - page.refreshRequestedAt;
+  const auto aheadAge = Clock::now() - page.refreshedAheadAt;
+  const bool isCurrent = !page.isDrawn && aheadAge >= settlingTime() && aheadAge <= maxLabelAge;
   std::optional<CallBatch::Ticket> refresh;
-  if (!page.isDrawn || age >= minRefreshInterval)
+  if (page.isDrawn ? age >= minRefreshInterval : !isCurrent)
     refresh = batch.add(atspi_calls::refreshLabels(document.object, bus_.timeout()));
   Probe probe{.document = document.object,
               .refresh = refresh,
+              .isCurrent = isCurrent,
               .wasRefreshed = age <= maxRefreshAge,
               .properties = batch.add(atspi_calls::allProperties(document.object, bus_.timeout())),
               .windowStates = std::nullopt};
@@ -60,6 +67,7 @@ void LabelRefresher::readProbes(const CallBatch& batch, const std::vector<Probe>
   for (const Probe& probe : probes) {
     Page& page = pages_[probe.document];
     page.probedAt = batch.repliedAt();
+    page.wasCurrent = probe.isCurrent;
     if (probe.refresh && batch[*probe.refresh].outcome != BusReply::Outcome::timedOut)
       page.refreshRequestedAt = batch.repliedAt();
     const BusReply& properties = batch[probe.properties];
@@ -79,12 +87,36 @@ void LabelRefresher::awaitLabels(const TeamsDocument& document) {
   if (page.probedAt < snapshotBegan_ || Clock::now() - page.probedAt > freshness) probe(document);
   seekWindow(document, page);
   if (page.isDrawn) return;
+  scheduleRefresh(document.object);
+  if (page.wasCurrent && Clock::now() - page.refreshedAheadAt <= maxLabelAge) return;
   // A page that was drawn until now may have been probed without a refresh.
   if (page.refreshRequestedAt < snapshotBegan_) probe(document);
   if (page.refreshRequestedAt < snapshotBegan_) return;
-  const auto slow = std::min<Clock::duration>(4 * replyTime_, maxRefreshTime);
-  std::this_thread::sleep_until(page.refreshRequestedAt +
-                                std::max<Clock::duration>(slow, refreshTime));
+  std::this_thread::sleep_until(page.refreshRequestedAt + settlingTime());
+}
+
+LabelRefresher::Clock::duration LabelRefresher::settlingTime() const {
+  // A page is slow where its program is.
+  return std::clamp<Clock::duration>(4 * replyTime_, refreshTime, maxRefreshTime);
+}
+
+void LabelRefresher::scheduleRefresh(const BusObject& document) {
+  // A press between two polls leaves the timer where it is.
+  if (timer_ != 0) return;
+  nextRefreshed_ = document;
+  const auto callback = [](gpointer self) -> gboolean {
+    static_cast<LabelRefresher*>(self)->refreshAhead();
+    return G_SOURCE_REMOVE;
+  };
+  timer_ = g_timeout_add(static_cast<guint>((pollInterval - refreshLead).count()), callback, this);
+}
+
+void LabelRefresher::refreshAhead() {
+  timer_ = 0;
+  const auto found = pages_.find(nextRefreshed_);
+  if (found == pages_.end()) return;
+  if (!bus_.post(atspi_calls::refreshLabels(nextRefreshed_, CallBudget::minTimeout))) return;
+  found->second.refreshRequestedAt = found->second.refreshedAheadAt = Clock::now();
 }
 
 void LabelRefresher::probe(const TeamsDocument& document) {
@@ -98,7 +130,7 @@ void LabelRefresher::probe(const TeamsDocument& document) {
 bool LabelRefresher::wereLabelsCurrent(const TeamsDocument& document) const {
   if (!document.labelsLag) return true;
   const auto page = pages_.find(document.object);
-  return page != pages_.end() && page->second.isDrawn;
+  return page != pages_.end() && (page->second.isDrawn || page->second.wasCurrent);
 }
 
 void LabelRefresher::seekWindow(const TeamsDocument& document, Page& page) {

@@ -24,6 +24,10 @@ namespace hushbox {
 /// front page of a window that is not minimised, where a compositing manager makes sure that it
 /// does not matter what covers the window. In case the page rests for some other reason, a refresh
 /// must also have been requested within `maxRefreshAge` before.
+///
+/// Polls come once a second, so for a resting page the refresh of the next poll is requested ahead
+/// of it, by a timer on the main loop: the poll then finds labels up to date without waiting. A
+/// press that comes at any other time waits.
 class LabelRefresher {
  public:
   using Clock = std::chrono::steady_clock;
@@ -39,6 +43,11 @@ class LabelRefresher {
   /// A page being drawn is refreshed no more often than this: a refresh costs the page as much time
   /// as a press.
   static constexpr std::chrono::milliseconds minRefreshInterval{900};
+  /// How long before the next poll a resting page is refreshed, and how old that makes labels at
+  /// most.
+  static constexpr std::chrono::milliseconds pollInterval{1000};
+  static constexpr std::chrono::milliseconds refreshLead{230};
+  static constexpr std::chrono::milliseconds maxLabelAge{300};
   /// What was read within this time counts as current.
   static constexpr std::chrono::milliseconds freshness{100};
 
@@ -46,6 +55,8 @@ class LabelRefresher {
   struct Probe {
     BusObject document;
     std::optional<CallBatch::Ticket> refresh;
+    /// Whether a refresh ahead of the poll had brought the labels up to date.
+    bool isCurrent = false;
     /// Whether a refresh had been requested within `maxRefreshAge`.
     bool wasRefreshed = false;
     CallBatch::Ticket properties;
@@ -53,6 +64,9 @@ class LabelRefresher {
   };
 
   LabelRefresher(AtspiBus& bus, const AtspiPrograms& programs) : bus_(bus), programs_(programs) {}
+  ~LabelRefresher();
+  LabelRefresher(const LabelRefresher&) = delete;
+  LabelRefresher& operator=(const LabelRefresher&) = delete;
 
   /// Refreshes and probes from before no longer count.
   void beginSnapshot() { snapshotBegan_ = Clock::now(); }
@@ -78,6 +92,10 @@ class LabelRefresher {
   struct Page {
     Clock::time_point probedAt{};
     Clock::time_point refreshRequestedAt{};
+    /// When a refresh was last requested ahead of a poll.
+    Clock::time_point refreshedAheadAt{};
+    /// Whether labels were up to date at `probedAt`, thanks to that.
+    bool wasCurrent = false;
     bool isDrawn = false;
     /// What the document is directly in; empty for pages in the background.
     BusObject parent;
@@ -87,6 +105,11 @@ class LabelRefresher {
     BusObject window;
     bool windowSought = false;
   };
+
+  Clock::duration settlingTime() const;
+  /// Has the document refreshed ahead of the next poll.
+  void scheduleRefresh(const BusObject& document);
+  void refreshAhead();
 
   Probe addProbe(CallBatch& batch, const TeamsDocument& document);
   void probe(const TeamsDocument& document);
@@ -99,6 +122,9 @@ class LabelRefresher {
   Clock::time_point snapshotBegan_{};
   /// How long the programs of Teams took to reply last.
   Clock::duration replyTime_{};
+  /// The GLib source that refreshes `nextRefreshed_`; 0 while none is scheduled.
+  unsigned timer_ = 0;
+  BusObject nextRefreshed_;
 };
 
 }  // namespace hushbox

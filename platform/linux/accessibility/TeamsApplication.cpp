@@ -32,7 +32,8 @@ void TeamsApplication::search() {
   const bool metBrowser = programs_.refresh();
   const auto end = steady_clock::now() + wakeTimeout;
   confirm(documents_.findCandidates(programs_.hosts()));
-  while (metBrowser && documents_.all().empty() && steady_clock::now() < end) {
+  const bool isWaking = metBrowser || documents_.hasFallenAsleep();
+  while (isWaking && documents_.all().empty() && steady_clock::now() < end) {
     std::this_thread::sleep_for(milliseconds{20});
     confirm(documents_.findCandidates(programs_.hosts()));
   }

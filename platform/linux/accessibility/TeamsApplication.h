@@ -20,8 +20,8 @@ namespace hushbox {
 /// the followed control.
 class TeamsApplication {
  public:
-  /// How long a browser met for the first time may take to present its pages: it takes 50 to 300
-  /// ms.
+  /// How long a browser may take to present its pages when it is met for the first time or was
+  /// asleep: it takes 50 to 300 ms.
   static constexpr std::chrono::milliseconds wakeTimeout{500};
 
   TeamsApplication(AtspiBus& bus, AtspiPrograms& programs, TeamsDocuments& documents,
@@ -43,6 +43,7 @@ class TeamsApplication {
 
   /// What was found last, in the order in which to look at it.
   const std::vector<TeamsDocumentRef>& documents() const { return documents_.all(); }
+  bool hasDocument(const TeamsDocumentRef& document) const { return documents_.contains(document); }
 
  private:
   using Documents = std::vector<TeamsDocumentRef>;

@@ -19,11 +19,12 @@ using Evidence = TeamsDocument::Evidence;
 std::optional<Evidence> evidenceFor(const TeamsDocument& document, GVariant* attributes,
                                     const std::string& title) {
   // The first key is that of Chromium and WebKit, the second that of Gecko.
-  if (teams_signs::isAddress(atspi_value::text(attributes, "URI")) ||
-      teams_signs::isAddress(atspi_value::text(attributes, "DocURL")))
-    return Evidence::address;
+  std::string address = atspi_value::text(attributes, "URI");
+  if (address.empty()) address = atspi_value::text(attributes, "DocURL");
+  if (teams_signs::isAddress(address)) return Evidence::address;
   if (document.inClient) return Evidence::client;
-  if (teams_signs::isTitle(title)) return Evidence::title;
+  // Any page can have a title of Teams, so where there is an address, that decides.
+  if (address.empty() && teams_signs::isTitle(title)) return Evidence::title;
   return std::nullopt;
 }
 
@@ -47,11 +48,17 @@ std::vector<TeamsDocumentRef> TeamsDocuments::findCandidates(
   }
   bus_.send(batch);
   std::vector<TeamsDocumentRef> found;
+  const std::set<std::string> wereAwake = std::exchange(awake_, {});
+  hasFallenAsleep_ = false;
   for (const auto& [program, ticket] : searches) {
     const BusReply& reply = batch[ticket];
     std::vector<BusObject> objects;
     if (reply)
       objects = atspi_value::objects(reply.value.get(), program->root.busName, maxDocuments);
+    if (!objects.empty())
+      awake_.insert(program->root.busName);
+    else if (reply && wereAwake.count(program->root.busName) != 0)
+      hasFallenAsleep_ = true;
     for (const BusObject& object : objects) found.push_back(findOrMake(object, *program, true));
     if (program->isClient && objects.empty() && reply.outcome != BusReply::Outcome::timedOut)
       found.push_back(findOrMake(program->root, *program, false));

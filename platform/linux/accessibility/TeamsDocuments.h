@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <optional>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "platform/linux/accessibility/AtspiBus.h"
@@ -16,8 +18,8 @@ namespace hushbox {
 /// On Linux, Teams is not a program of its own: its meetings are pages in one or several browsers,
 /// or in a client built on one. So documents count, whichever programs present them, and nothing
 /// else of a browser does: neither its own controls ("Mute tab") nor its other pages. A document
-/// belongs to Teams by its address, by being in a client that has Teams' name, or by its title.
-/// Documents with stronger evidence come first, but weaker ones are not hidden.
+/// belongs to Teams by its address or by being in a client that has Teams' name. Where a browser
+/// reports no address, the title decides. Documents with stronger evidence come first.
 ///
 /// Once found, a document is remembered for as long as it lives: a browser removes the page of a
 /// background tab from its tree, but continues to answer for it.
@@ -43,6 +45,11 @@ class TeamsDocuments {
   /// belong to Teams, and those that were kept last.
   std::vector<TeamsDocumentRef> findCandidates(const std::vector<const AtspiProgram*>& programs);
 
+  /// Whether, in the last findCandidates(), a program presented no document that had presented some
+  /// the time before. Chromium does that after a while without assistive programs; the search wakes
+  /// it, and its documents appear a moment later.
+  bool hasFallenAsleep() const { return hasFallenAsleep_; }
+
   /// Adds the calls that probe the document.
   Probe addProbe(CallBatch& batch, const TeamsDocumentRef& document) const;
 
@@ -53,14 +60,15 @@ class TeamsDocuments {
   /// Keeps these and forgets all others.
   void keep(std::vector<TeamsDocumentRef> documents);
 
-  void clear() { documents_.clear(); }
-
  private:
   TeamsDocumentRef findOrMake(const BusObject& object, const AtspiProgram& program,
                               bool isDocument) const;
 
   AtspiBus& bus_;
   std::vector<TeamsDocumentRef> documents_;
+  /// The names of the programs that presented documents in the last search.
+  std::set<std::string> awake_;
+  bool hasFallenAsleep_ = false;
 };
 
 }  // namespace hushbox

@@ -39,6 +39,12 @@ bool isTitle(std::string_view title) {
   return title.ends_with("| Microsoft Teams");
 }
 
+bool isMuteLabel(std::string_view label) {
+  constexpr std::string_view unmute = "unmute";
+  const std::string start = text::lowercased(label.substr(0, unmute.size()));
+  return start.starts_with("mute") || start == unmute;
+}
+
 bool isClientName(std::string_view name) {
   return std::find(std::begin(clients), std::end(clients), text::lowercased(name)) !=
          std::end(clients);

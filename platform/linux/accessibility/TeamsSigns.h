@@ -17,4 +17,8 @@ bool isTitle(std::string_view title);
 /// Whether an application's name is that of a Teams desktop client, ignoring case.
 bool isClientName(std::string_view name);
 
+/// Whether a control's label may be that of the microphone button: it begins with "mute" or
+/// "unmute", ignoring case. The core decides which control it is.
+bool isMuteLabel(std::string_view label);
+
 }  // namespace hushbox::teams_signs

@@ -177,6 +177,21 @@ void BoundedBusConnection::send(const BusCall& call) {
                          G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
 }
 
+bool BoundedBusConnection::post(const BusCall& call) {
+  if (!isOpen() || hasTimedOut(call.object.busName)) return false;
+  const ThreadDefaultContext scope(context_);
+  ++callCount_;
+  if (PeerConnection* const direct = directTo(call.object.busName)) {
+    direct->call(call, [](const VariantPointer&, const GError*) {});
+    direct->flush(call.timeout);
+    return true;
+  }
+  g_dbus_connection_call(connection_.get(), call.object.busName.c_str(), call.object.path.c_str(),
+                         call.interface, call.method, call.arguments.get(), nullptr,
+                         G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr, nullptr);
+  return true;
+}
+
 bool BoundedBusConnection::hasTimedOut(const std::string& busName) const {
   return pending_->overdue.count(busName) != 0;
 }

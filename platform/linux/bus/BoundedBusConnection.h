@@ -56,6 +56,11 @@ class BoundedBusConnection {
   /// owns the name.
   void send(const BusCall& call);
 
+  /// Makes a call whose reply does not matter, without waiting for it. Never starts a program.
+  /// Returns false when it did not make the call: the connection is closed, or the peer has let an
+  /// earlier call time out.
+  bool post(const BusCall& call);
+
   /// Whether the peer has let a call time out and has not replied to it yet.
   bool hasTimedOut(const std::string& busName) const;
 

@@ -15,6 +15,10 @@ class SimulatedAccessibilityDriver final : public AccessibilityDriver {
   bool isMuted() override { return teams_.isMuted(); }
   std::size_t pressCount() override { return teams_.pressCount(); }
   void setMuted(bool muted) override { teams_.setMuted(muted); }
+  bool delayLabel(TimeInterval delay) override {
+    teams_.setPressDuration(delay);
+    return true;
+  }
   void freeze() override { teams_.freeze(); }
   void thaw() override { teams_.thaw(); }
   bool waitFor(const std::function<bool()>& condition, TimeInterval limit) override {

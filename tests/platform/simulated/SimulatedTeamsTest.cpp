@@ -58,6 +58,28 @@ TEST_F(SimulatedTeamsTest, LabelMayChangeAfterADelay) {
   EXPECT_EQ(label(), SimulatedTeams::unmuteLabel);
 }
 
+TEST_F(SimulatedTeamsTest, PressLastsUntilTheApplicationHasHandledIt) {
+  teams.joinMeeting();
+  teams.setPressDuration(0.05s);
+  const Instant before = loop.now();
+  EXPECT_EQ(tree.performAction(teams.microphone(), "AXPress"), 0);
+  EXPECT_EQ(loop.now() - before, 50ms);
+  EXPECT_EQ(label(), SimulatedTeams::unmuteLabel);
+}
+
+TEST_F(SimulatedTeamsTest, LabelMayChangeAfterAPressThatTimedOut) {
+  teams.joinMeeting();
+  tree.setMessagingTimeout(teams.application(), 1.0F);
+  teams.setPressDuration(1.05s);
+  const Instant before = loop.now();
+  EXPECT_EQ(tree.performAction(teams.microphone(), "AXPress"), 0);
+  EXPECT_EQ(loop.now() - before, 1s);
+  loop.advance(0.049s);
+  EXPECT_EQ(label(), SimulatedTeams::muteLabel);
+  loop.advance(0.001s);
+  EXPECT_EQ(label(), SimulatedTeams::unmuteLabel);
+}
+
 TEST_F(SimulatedTeamsTest, FailedPressChangesNothing) {
   teams.joinMeeting(true);
   teams.setPressStatus(accessibility::cannotComplete);

@@ -18,6 +18,7 @@ class AtspiDriver final : public AccessibilityDriver {
   void openMeeting(bool muted) override {
     rehearsal::MeetingPage::Options options;
     options.muted = muted;
+    options.labelDelay = labelDelay_;
     meeting_ = std::make_unique<rehearsal::MeetingPage>(desk_.browser(), options);
   }
   void leaveMeeting() override { meeting_->leaveCall(); }
@@ -26,6 +27,10 @@ class AtspiDriver final : public AccessibilityDriver {
   std::size_t pressCount() override { return meeting_->presses().size(); }
   void setMuted(bool muted) override {
     if (meeting_->isMuted() != muted) meeting_->clickMicrophone();
+  }
+  bool delayLabel(TimeInterval delay) override {
+    labelDelay_ = std::chrono::ceil<rehearsal::Milliseconds>(delay);
+    return true;
   }
   void freeze() override { desk_.browser().freeze(); }
   void thaw() override { desk_.browser().thaw(); }
@@ -43,6 +48,7 @@ class AtspiDriver final : public AccessibilityDriver {
 
   rehearsal::Desk desk_{options()};
   AtspiAccessibilityTree tree_;
+  rehearsal::Milliseconds labelDelay_{0};
   std::unique_ptr<rehearsal::MeetingPage> meeting_;
 };
 

@@ -81,6 +81,14 @@ TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, CostsOneTimeoutIfFrozenBeforeI
   }
 }
 
+TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, LeavesTheBrowserItsTime) {
+  const auto stopped = program("Terminal", "gtk");
+  stopped->freeze();
+  const auto teams = meeting();
+  teams->setReplyDelay(milliseconds{80});
+  EXPECT_EQ(reader_.read(), live);
+}
+
 TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, CostsOneTimeoutIfFrozenLater) {
   const auto frozen = program("Other browser", "Chromium");
   const auto teams = meeting();

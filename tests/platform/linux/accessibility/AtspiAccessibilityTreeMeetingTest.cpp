@@ -1,8 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 #include "platform/linux/accessibility/AtspiAccessibilityTree.h"
 #include "rehearsal/Desk.h"
@@ -48,6 +50,9 @@ class AtspiAccessibilityTreeMeetingTest : public testing::Test {
       return testing::AssertionSuccess();
     return testing::AssertionFailure() << "read last: " << last;
   }
+
+  /// More than a browser takes to present a page.
+  static constexpr std::chrono::milliseconds wakeTime{500};
 
   static inline std::unique_ptr<Desk> desk_;
   AtspiAccessibilityTree tree_;
@@ -113,12 +118,36 @@ TEST_F(AtspiAccessibilityTreeMeetingTest, BrowserWithoutAMeetingIsNotTeams) {
 TEST_F(AtspiAccessibilityTreeMeetingTest, PageThatOnlyHasTheTitleDoesNotHideTheMeeting) {
   const auto advertisement =
       open(titled("Meetings and calls | Microsoft Teams", "<button aria-label='Buy'>x</button>"));
-  ASSERT_TRUE(reads(TeamsReader::noMeeting));
+  ASSERT_TRUE(reads(TeamsReader::notRunning));
   const auto meeting = meet();
   ASSERT_TRUE(reads(live));
   EXPECT_EQ(reader_.press(), accessibility::success);
   EXPECT_TRUE(meeting->isMuted());
   advertisement->close();
+  meeting->close();
+}
+
+TEST_F(AtspiAccessibilityTreeMeetingTest, ForeignPageThatOnlyHasTheTitleIsNeitherReadNorPressed) {
+  const auto foreign =
+      open(titled("Weekly sync | Microsoft Teams",
+                  "<button aria-label='Mute mic' onclick='pressed = true'>x</button>"));
+  std::this_thread::sleep_for(AtspiAccessibilityTreeMeetingTest::wakeTime);
+  EXPECT_EQ(reader_.read(), TeamsReader::notRunning);
+  EXPECT_NE(reader_.press(), accessibility::success);
+  EXPECT_TRUE(foreign->evaluate("typeof pressed === 'undefined'").get<bool>());
+  foreign->close();
+}
+
+TEST_F(AtspiAccessibilityTreeMeetingTest, ControlsOfMediaPlayersAreNotOffered) {
+  MeetingPage::Options options;
+  options.mediaPlayers = true;
+  const auto meeting = meet(options);
+  ASSERT_TRUE(reads(live));
+  EXPECT_THAT(reader_.controls(),
+              ElementsAre("People", "Mute all participants", "Turn camera on (Ctrl+Shift+O)", live,
+                          "Leave (Ctrl+Shift+H)"));
+  EXPECT_EQ(reader_.press(), accessibility::success);
+  EXPECT_TRUE(meeting->isMuted());
   meeting->close();
 }
 

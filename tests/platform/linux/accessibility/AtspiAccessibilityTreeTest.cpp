@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <map>
 #include <memory>
+#include <string>
+#include <thread>
 
 #include "tests/platform/linux/fixtures/AccessibleProgramsFixture.h"
 
@@ -101,6 +104,66 @@ TEST_F(AtspiAccessibilityTreeTest, ReturnsNoValueForEmptyAndOverlongTexts) {
   EXPECT_EQ(reader_.text(controls[0], "AXDOMIdentifier"), "microphone-button");
 }
 
+TEST_F(AtspiAccessibilityTreeTest, ControlsOfMediaPlayersAreNotOffered) {
+  const auto teams = browser({{"/player", {.role = 107, .children = {"/panel"}}},
+                              {"/sound", {.role = 106, .children = {"/unmute"}}},
+                              {"/toolbar", {.role = 63, .children = {"/mic"}}}});
+  teams->put("/panel", {.role = 39, .children = {"/mute"}});
+  teams->put("/mute", button("mute"));
+  teams->put("/unmute", button("unmute"));
+  teams->put("/mic", button(label));
+  EXPECT_EQ(reader_.read(), label);
+  EXPECT_THAT(reader_.controls(), ElementsAre(label));
+  EXPECT_EQ(reader_.press(), accessibility::success);
+  EXPECT_THAT(teams->performed(), ElementsAre("/mic 0"));
+}
+
+TEST_F(AtspiAccessibilityTreeTest, WalkLeavesOutControlsOfMediaPlayers) {
+  const auto client = program("Microsoft Teams", "GTK");
+  client->setCollection(false);
+  client->put("/mute", button("Mute"));
+  client->put("/player", {.role = 107, .children = {"/mute"}});
+  client->put("/bar", {.role = 63, .children = {"/panel"}});
+  client->put("/panel", {.role = 39, .children = {"/mic"}});
+  client->put("/mic", button(label));
+  client->put("/frame", {.role = 23, .children = {"/player", "/bar"}});
+  client->put(root, {.role = 75, .children = {"/frame"}});
+  EXPECT_EQ(reader_.read(), label);
+}
+
+TEST_F(AtspiAccessibilityTreeTest, OffersMuteControlsInBreadthFirstOrder) {
+  const auto teams = browser({{"/list", {.role = 31, .parent = "/document", .children = {"/row"}}},
+                              {"/toolbar", {.role = 63, .parent = "/document"}}});
+  const auto put = [&](const std::string& path, const std::string& name,
+                       const std::string& parent) {
+    Object control = button(name);
+    control.parent = parent;
+    teams->put(path, control);
+  };
+  teams->put("/row", {.role = 32, .parent = "/list", .children = {"/muteRow"}});
+  teams->put("/toolbar", {.role = 63, .parent = "/document", .children = {"/people", "/mic"}});
+  put("/muteRow", "Mute", "/row");
+  put("/people", "People", "/toolbar");
+  put("/mic", label, "/toolbar");
+  EXPECT_EQ(reader_.read(), label);
+  EXPECT_THAT(reader_.controls(), ElementsAre(label, "People", "Mute"));
+}
+
+TEST_F(AtspiAccessibilityTreeTest, SlowProgramCostsTwoTimeoutsPerSnapshot) {
+  constexpr std::chrono::milliseconds timeout{1000};
+  // What a busy machine may add.
+  constexpr std::chrono::milliseconds slack{800};
+  const auto teams = meeting();
+  teams->setReplyDelay(std::chrono::milliseconds{900});
+  for (int i = 0; i < 4; ++i) {
+    const auto began = std::chrono::steady_clock::now();
+    reader_.read();
+    EXPECT_LT(std::chrono::steady_clock::now() - began, 2 * timeout + slack) << i;
+    // Late replies arrive.
+    std::this_thread::sleep_for(timeout);
+  }
+}
+
 TEST_F(AtspiAccessibilityTreeTest, ReadsControlsInBatches) {
   std::map<std::string, Object> objects;
   for (int i = 100; i < 300; ++i) objects["/b" + std::to_string(i)] = button("Reaction");
@@ -144,6 +207,8 @@ TEST_F(AtspiAccessibilityTreeTest, IgnoresRepliesOfTheWrongType) {
       AtspiAccessibilityTree tree;
       TeamsReader reader(tree, tree.workspace());
       EXPECT_EQ(reader.read(), label) << method;
+      // Nothing here changes its label, which a press would wait for.
+      tree.setMessagingTimeout(reader.button(), 0.05F);
       reader.press();
     }
   }

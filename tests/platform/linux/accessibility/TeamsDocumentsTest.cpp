@@ -1,5 +1,9 @@
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <chrono>
+#include <thread>
+
 #include "tests/platform/linux/fixtures/AccessibleProgramsFixture.h"
 
 namespace hushbox {
@@ -32,27 +36,81 @@ TEST_F(TeamsDocumentsTest, DocumentCountsOnceItsAddressIsOfTeams) {
 }
 
 TEST_F(TeamsDocumentsTest, MeetingInOneBrowserIsNotHiddenByAnotherBrowser) {
-  const auto titled = browser({{"/b", button("Buy")}}, "https://www.example.org/");
-  titled->put("/document", {.role = 95,
-                            .name = "Calls | Microsoft Teams",
-                            .documentAttributes = {{"URI", "https://www.example.org/"}},
-                            .children = {"/b"}});
+  const auto titled = browser({{"/b", button("Buy")}}, {}, "Calls | Microsoft Teams");
   const auto chat = browser({{"/b", button("Send")}});
   ASSERT_EQ(reader_.read(), TeamsReader::noMeeting);
-  const auto meeting = browser({{"/b", button(label)}});
+  const auto teams = meeting();
   EXPECT_EQ(reader_.read(), label);
   EXPECT_EQ(reader_.press(), accessibility::success);
-  EXPECT_THAT(meeting->performed(), ElementsAre("/b 0"));
+  EXPECT_THAT(teams->performed(), ElementsAre("/b 0"));
+}
+
+TEST_F(TeamsDocumentsTest, ForeignPageWithATitleOfTeamsDoesNotCount) {
+  const auto foreign =
+      browser({{"/b", button(label)}}, "https://www.example.org/", "Calls | Microsoft Teams");
+  EXPECT_EQ(reader_.read(), TeamsReader::notRunning);
+  EXPECT_NE(reader_.press(), accessibility::success);
+  EXPECT_THAT(foreign->performed(), IsEmpty());
+}
+
+TEST_F(TeamsDocumentsTest, TitleCountsWhereTheBrowserReportsNoAddress) {
+  const auto titled = browser({{"/b", button(label)}}, {}, "Calls | Microsoft Teams");
+  EXPECT_EQ(reader_.read(), label);
 }
 
 TEST_F(TeamsDocumentsTest, AddressesComeBeforeTitles) {
-  const auto titled = browser({{"/b", button("Mute mic of a fake")}}, "https://www.example.org/");
-  titled->put("/document", {.role = 95,
-                            .name = "Calls | Microsoft Teams",
-                            .documentAttributes = {{"URI", "https://www.example.org/"}},
-                            .children = {"/b"}});
-  const auto meeting = browser({{"/b", button(label)}});
+  const auto titled =
+      browser({{"/b", button("Mute mic of a fake")}}, {}, "Calls | Microsoft Teams");
+  const auto teams = meeting();
   EXPECT_EQ(reader_.read(), label);
+}
+
+TEST_F(TeamsDocumentsTest, NestedDocumentCountsByItsOwnAddress) {
+  const auto teams = browser({{"/mic", button(label)}});
+  teams->put("/ad", button("Mute mic of an app"));
+  teams->put("/app", {.role = 95,
+                      .documentAttributes = {{"URI", "https://app.example.org/"}},
+                      .children = {"/ad"}});
+  teams->put(
+      "/document",
+      {.role = 95, .documentAttributes = {{"URI", teamsAddress}}, .children = {"/app", "/mic"}});
+  EXPECT_EQ(reader_.read(), label);
+  EXPECT_THAT(reader_.controls(), ElementsAre(label));
+}
+
+TEST_F(TeamsDocumentsTest, ButtonIsInvalidOnceItsPageHasLeftTeams) {
+  const auto page = meeting();
+  ASSERT_EQ(reader_.read(), label);
+  const auto chat = browser({{"/b", button("Send")}});
+  TeamsReader another(tree_, tree_.workspace());
+  ASSERT_EQ(another.read(), label);
+  page->put("/document", {.role = 95,
+                          .documentAttributes = {{"URI", "https://www.example.org/"}},
+                          .children = {"/b"}});
+  EXPECT_EQ(reader_.read(), TeamsReader::noMeeting);
+}
+
+TEST_F(TeamsDocumentsTest, BrowserThatFellAsleepIsWokenAndWaitedFor) {
+  const auto teams = meeting();
+  ASSERT_EQ(reader_.read(), label);
+  teams->put(root, {.role = 75});
+  teams->remove("/document");
+  teams->remove("/b");
+  std::atomic<bool> isWoken = false;
+  teams->answerWith([&](const std::string& path, const std::string& method) -> GVariant* {
+    if (path == root && method == "GetAttributes") isWoken = true;
+    return nullptr;
+  });
+  std::thread browserProcess([&] {
+    while (!isWoken) std::this_thread::sleep_for(std::chrono::milliseconds{1});
+    std::this_thread::sleep_for(std::chrono::milliseconds{150});
+    teams->put("/b2", button(label));
+    teams->put("/document2",
+               {.role = 95, .documentAttributes = {{"URI", teamsAddress}}, .children = {"/b2"}});
+    teams->put(root, {.role = 75, .children = {"/document2"}});
+  });
+  EXPECT_EQ(reader_.read(), label);
+  browserProcess.join();
 }
 
 TEST_F(TeamsDocumentsTest, ClientIsRecognisedByItsName) {
