@@ -23,8 +23,11 @@ AccessibilityError give(const std::string& text, AttributeValue& value) {
 
 }  // namespace
 
-AtspiAccessibilityTree::AtspiAccessibilityTree(std::function<void()> switchedOn)
-    : switchedOn_(std::move(switchedOn)), identity_(std::make_shared<char>()) {}
+AtspiAccessibilityTree::AtspiAccessibilityTree(std::function<void()> switchedOn,
+                                               TeamsRanking::RecordingProcesses recordingProcesses)
+    : switchedOn_(std::move(switchedOn)),
+      ranking_(labels_, std::move(recordingProcesses)),
+      identity_(std::make_shared<char>()) {}
 
 AtspiAccessibilityTree::~AtspiAccessibilityTree() = default;
 

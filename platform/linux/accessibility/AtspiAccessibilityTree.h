@@ -16,6 +16,7 @@
 #include "platform/linux/accessibility/LabelRefresher.h"
 #include "platform/linux/accessibility/TeamsApplication.h"
 #include "platform/linux/accessibility/TeamsDocuments.h"
+#include "platform/linux/accessibility/TeamsRanking.h"
 
 namespace hushbox {
 
@@ -43,8 +44,10 @@ namespace hushbox {
 /// program when it thaws.
 class AtspiAccessibilityTree final : public AccessibilityTree {
  public:
-  /// Calls `switchedOn` whenever it has switched accessibility on.
-  explicit AtspiAccessibilityTree(std::function<void()> switchedOn = {});
+  /// Calls `switchedOn` whenever it has switched accessibility on. With several documents of Teams,
+  /// one whose browser is among `recordingProcesses` comes first: see TeamsRanking.
+  explicit AtspiAccessibilityTree(std::function<void()> switchedOn = {},
+                                  TeamsRanking::RecordingProcesses recordingProcesses = {});
   ~AtspiAccessibilityTree() override;
 
   /// Whether accessibility is switched on for the session and the accessibility bus is there.
@@ -91,7 +94,8 @@ class AtspiAccessibilityTree final : public AccessibilityTree {
   TeamsDocuments documents_{bus_};
   LabelRefresher labels_{bus_, programs_};
   FollowedControl control_{bus_};
-  TeamsApplication teams_{bus_, programs_, documents_, labels_, control_};
+  TeamsRanking ranking_;
+  TeamsApplication teams_{bus_, programs_, documents_, labels_, control_, ranking_};
   AtspiSnapshot snapshot_{bus_, teams_, labels_, control_};
   AtspiWorkspace workspace_{teams_, snapshot_};
   const std::shared_ptr<const char> identity_;

@@ -22,6 +22,8 @@ struct AtspiSiblings {
   bool flat = false;
   /// The number of the snapshot in which they were found.
   std::uint64_t snapshot = 0;
+  /// The choice among several documents under which they were found: see TeamsApplication.
+  std::uint64_t choice = 0;
 };
 
 /// An application, a document of Teams, or an object in a document.

@@ -18,8 +18,8 @@ bool isFresh(const AtspiFacts& facts) {
   return std::chrono::steady_clock::now() - facts.readAt <= LabelRefresher::freshness;
 }
 
-/// The facts of an object whose page was closed or went to another site.
-const AtspiFacts notOfTeams{.status = accessibility::invalidElement};
+/// The facts of an object whose page was closed, left Teams, or was not chosen again.
+const AtspiFacts notPresented{.status = accessibility::invalidElement};
 
 }  // namespace
 
@@ -42,7 +42,8 @@ const AtspiFacts& AtspiSnapshot::facts(const AtspiElement& element) {
   const AtspiSiblings& siblings = *element.siblings();
   const BusObject& object = element.object();
   if (const AtspiFacts* facts = known(object); facts && isFresh(*facts)) return *facts;
-  if (!teams_.hasDocument(siblings.document)) return notOfTeams;
+  if (!teams_.hasDocument(siblings.document) || siblings.choice != teams_.choice())
+    return notPresented;
   labels_.awaitLabels(*siblings.document);
   if (siblings.snapshot == number_) {
     readFacts(siblings, unread(facts_, siblings, element.index()));
@@ -177,7 +178,8 @@ std::shared_ptr<AtspiSiblings> AtspiSnapshot::siblings(const TeamsDocumentRef& d
   return std::make_shared<AtspiSiblings>(AtspiSiblings{.document = document,
                                                        .objects = std::move(objects),
                                                        .roles = std::move(roles),
-                                                       .snapshot = number_});
+                                                       .snapshot = number_,
+                                                       .choice = teams_.choice()});
 }
 
 }  // namespace hushbox

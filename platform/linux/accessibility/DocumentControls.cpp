@@ -80,7 +80,7 @@ void DocumentControls::sortBreadthFirst(const BusObject& document,
       controls.begin(), controls.end(),
       [&](const Control& control) { return control.parent == controls.front().parent; });
   if (isOneLevel) return;
-  // All climb by one level at a time. Whichever arrives first is highest.
+  // All climb by one level at a time, in one batch. The depth is the level of arrival.
   std::map<BusObject, std::size_t> depths;
   std::map<BusObject, BusObject> ancestors;
   for (const Control& control : controls) ancestors[control.object] = control.parent;

@@ -19,6 +19,11 @@ bool isOnScreen(const BusReply& states) {
          !atspi_value::hasState(states.value.get(), atspi_state::iconified);
 }
 
+/// Whether the window has the focus.
+bool isActive(const BusReply& states) {
+  return states && atspi_value::hasState(states.value.get(), atspi_state::active);
+}
+
 /// Whether `matches`, the documents in a window, begin with this one.
 bool isFirst(const BusObject& document, const BusReply& matches) {
   return matches && atspi_value::objects(matches.value.get(), document.busName, 1) ==
@@ -35,7 +40,8 @@ std::vector<LabelRefresher::Probe> LabelRefresher::addProbes(
     CallBatch& batch, const std::vector<TeamsDocumentRef>& documents) {
   std::vector<Probe> probes;
   for (const TeamsDocumentRef& document : documents)
-    if (document->labelsLag) probes.push_back(addProbe(batch, *document));
+    if (document->labelsLag || !pages_[document->object].window.busName.empty())
+      probes.push_back(addProbe(batch, *document));
   // Its answer arrives while the batch is under way.
   if (!probes.empty()) compositingManager_.request();
   return probes;
@@ -43,20 +49,17 @@ std::vector<LabelRefresher::Probe> LabelRefresher::addProbes(
 
 LabelRefresher::Probe LabelRefresher::addProbe(CallBatch& batch, const TeamsDocument& document) {
   const Page& page = pages_[document.object];
-  const auto age = Clock::now() - page.refreshRequestedAt;
-  const auto aheadAge = Clock::now() - page.refreshedAheadAt;
-  const bool isCurrent = !page.isDrawn && aheadAge >= settlingTime() && aheadAge <= maxLabelAge;
-  std::optional<CallBatch::Ticket> refresh;
-  if (page.isDrawn ? age >= minRefreshInterval : !isCurrent)
-    refresh = batch.add(atspi_calls::refreshLabels(document.object, bus_.timeout()));
-  Probe probe{.document = document.object,
-              .refresh = refresh,
-              .isCurrent = isCurrent,
-              .wasRefreshed = age <= maxRefreshAge,
-              .properties = batch.add(atspi_calls::allProperties(document.object, bus_.timeout())),
-              .windowStates = std::nullopt};
+  Probe probe{.document = document.object};
   if (!page.window.busName.empty())
     probe.windowStates = batch.add(atspi_calls::states(page.window, bus_.timeout()));
+  if (!document.labelsLag) return probe;
+  const auto age = Clock::now() - page.refreshRequestedAt;
+  const auto aheadAge = Clock::now() - page.refreshedAheadAt;
+  probe.wasRefreshed = age <= maxRefreshAge;
+  probe.isCurrent = !page.isDrawn && aheadAge >= settlingTime() && aheadAge <= maxLabelAge;
+  if (page.isDrawn ? age >= minRefreshInterval : !probe.isCurrent)
+    probe.refresh = batch.add(atspi_calls::refreshLabels(document.object, bus_.timeout()));
+  probe.properties = batch.add(atspi_calls::allProperties(document.object, bus_.timeout()));
   return probe;
 }
 
@@ -70,15 +73,50 @@ void LabelRefresher::readProbes(const CallBatch& batch, const std::vector<Probe>
     page.wasCurrent = probe.isCurrent;
     if (probe.refresh && batch[*probe.refresh].outcome != BusReply::Outcome::timedOut)
       page.refreshRequestedAt = batch.repliedAt();
-    const BusReply& properties = batch[probe.properties];
-    page.parent = {};
-    if (properties) {
-      page.parent = atspi_value::object(properties.value.get(), "Parent").value_or(BusObject{});
-      if (page.parent != page.parentOfWindow) page.windowSought = false;
-    }
-    page.isDrawn = isComposited && probe.wasRefreshed && page.parent == page.parentOfWindow &&
-                   probe.windowStates && isOnScreen(batch[*probe.windowStates]);
+    if (probe.properties) readParent(batch[*probe.properties], page);
+    const bool isInPlace = page.parent == page.parentOfWindow;
+    page.isDrawn = isComposited && probe.wasRefreshed && isInPlace && probe.windowStates &&
+                   isOnScreen(batch[*probe.windowStates]);
+    page.isInFront = isInPlace && probe.windowStates && isActive(batch[*probe.windowStates]);
   }
+}
+
+void LabelRefresher::readParent(const BusReply& properties, Page& page) {
+  page.parent = {};
+  if (!properties) return;
+  page.parent = atspi_value::object(properties.value.get(), "Parent").value_or(BusObject{});
+  if (page.parent != page.parentOfWindow) page.windowSought = false;
+}
+
+void LabelRefresher::findFronts(const std::vector<TeamsDocumentRef>& documents) {
+  CallBatch parents;
+  std::vector<std::pair<TeamsDocumentRef, CallBatch::Ticket>> calls;
+  for (const TeamsDocumentRef& document : documents) {
+    calls.emplace_back(document,
+                       parents.add(atspi_calls::allProperties(document->object, bus_.timeout())));
+  }
+  bus_.send(parents);
+  for (const auto& [document, ticket] : calls) {
+    Page& page = pages_[document->object];
+    readParent(parents[ticket], page);
+    page.windowSought = false;
+    seekWindow(*document, page);
+  }
+  CallBatch states;
+  std::vector<std::pair<Page*, CallBatch::Ticket>> windows;
+  for (const TeamsDocumentRef& document : documents) {
+    Page& page = pages_[document->object];
+    page.isInFront = false;
+    if (!page.window.busName.empty())
+      windows.emplace_back(&page, states.add(atspi_calls::states(page.window, bus_.timeout())));
+  }
+  bus_.send(states);
+  for (const auto& [page, ticket] : windows) page->isInFront = isActive(states[ticket]);
+}
+
+bool LabelRefresher::isInFront(const TeamsDocument& document) const {
+  const auto page = pages_.find(document.object);
+  return page != pages_.end() && page->second.isInFront;
 }
 
 void LabelRefresher::awaitLabels(const TeamsDocument& document) {

@@ -54,13 +54,13 @@ class LabelRefresher {
   /// The calls that probe one document.
   struct Probe {
     BusObject document;
-    std::optional<CallBatch::Ticket> refresh;
+    std::optional<CallBatch::Ticket> refresh{};
     /// Whether a refresh ahead of the poll had brought the labels up to date.
     bool isCurrent = false;
     /// Whether a refresh had been requested within `maxRefreshAge`.
     bool wasRefreshed = false;
-    CallBatch::Ticket properties;
-    std::optional<CallBatch::Ticket> windowStates;
+    std::optional<CallBatch::Ticket> properties{};
+    std::optional<CallBatch::Ticket> windowStates{};
   };
 
   LabelRefresher(AtspiBus& bus, const AtspiPrograms& programs) : bus_(bus), programs_(programs) {}
@@ -72,7 +72,7 @@ class LabelRefresher {
   void beginSnapshot() { snapshotBegan_ = Clock::now(); }
 
   /// Adds the calls that refresh those of the documents whose labels lag, and that show whether
-  /// they are being drawn: three or fewer per document.
+  /// they are being drawn and in front: three or fewer per document.
   std::vector<Probe> addProbes(CallBatch& batch, const std::vector<TeamsDocumentRef>& documents);
   void readProbes(const CallBatch& batch, const std::vector<Probe>& probes);
 
@@ -81,6 +81,11 @@ class LabelRefresher {
 
   /// Whether what was read in the last probe's batch is up to date without waiting.
   bool wereLabelsCurrent(const TeamsDocument& document) const;
+
+  /// Finds out which of the documents are in front: some ten calls per document.
+  void findFronts(const std::vector<TeamsDocumentRef>& documents);
+  /// Whether the document was in front in the window that has the focus, when that was read last.
+  bool isInFront(const TeamsDocument& document) const;
 
   /// Looks for the documents' windows again at the next opportunity: a tab may have moved.
   void forgetWindows();
@@ -97,6 +102,7 @@ class LabelRefresher {
     /// Whether labels were up to date at `probedAt`, thanks to that.
     bool wasCurrent = false;
     bool isDrawn = false;
+    bool isInFront = false;
     /// What the document is directly in; empty for pages in the background.
     BusObject parent;
     /// As `parent` was when the window was looked for.
@@ -113,6 +119,7 @@ class LabelRefresher {
 
   Probe addProbe(CallBatch& batch, const TeamsDocument& document);
   void probe(const TeamsDocument& document);
+  static void readParent(const BusReply& properties, Page& page);
   void seekWindow(const TeamsDocument& document, Page& page);
 
   AtspiBus& bus_;

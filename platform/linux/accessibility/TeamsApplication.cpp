@@ -1,7 +1,6 @@
 #include "platform/linux/accessibility/TeamsApplication.h"
 
 #include <algorithm>
-#include <iterator>
 #include <thread>
 #include <utility>
 
@@ -21,9 +20,25 @@ void TeamsApplication::beginSnapshot() {
 bool TeamsApplication::isRunning() {
   if (!bus_.connect()) return false;
   forgetAfterReconnection();
+  if (const TeamsDocumentRef followed = control_.document()) {
+    // The others are not asked, so that a poll costs the same however many there are.
+    confirm({followed});
+    if (documents_.contains(followed)) {
+      if (ranking_.hasLostGround(followed)) chooseAgain();
+      return !documents_.all().empty();
+    }
+  }
   if (!documents_.all().empty()) confirm(documents_.all());
   if (documents_.all().empty()) search();
   return !documents_.all().empty();
+}
+
+void TeamsApplication::chooseAgain() {
+  const TeamsDocumentRef before = control_.document();
+  search();
+  if (documents_.all().empty() || documents_.all().front() == before) return;
+  ++choice_;
+  control_.forget();
 }
 
 void TeamsApplication::search() {
@@ -40,11 +55,21 @@ void TeamsApplication::search() {
   for (const TeamsDocumentRef& document : documents_.all())
     programs_.connectDirectly(document->object.busName);
   labels_.forgetWindows();
+  rank();
+}
+
+void TeamsApplication::rank() {
+  Documents documents = documents_.all();
+  // Where labels lag, the window of a single document is found along with its labels.
+  if (documents.size() > 1 || (!documents.empty() && !documents.front()->labelsLag))
+    labels_.findFronts(documents);
+  ranking_.sort(documents);
+  documents_.keep(std::move(documents));
 }
 
 void TeamsApplication::confirm(const std::vector<TeamsDocumentRef>& candidates) {
-  // A control that is there shows that its document is. Where that cannot be asked in the same
-  // breath, or a title may change, the document is asked itself.
+  // A control that is there shows that its document is there too. Where labels do not lag, and
+  // where a title may change, the document is probed itself.
   const auto mayBeShown = [this](const TeamsDocumentRef& document) {
     return control_.isOn(document) && document->labelsLag &&
            document->evidence != TeamsDocument::Evidence::title;
@@ -52,7 +77,9 @@ void TeamsApplication::confirm(const std::vector<TeamsDocumentRef>& candidates) 
   CallBatch batch;
   // A refresh takes effect while the other calls of the batch are under way.
   const bool isFirst = !std::exchange(isProbed_, true);
-  const auto labelProbes = labels_.addProbes(batch, isFirst ? documents_.all() : Documents());
+  const bool isFollowed = isFirst && control_.document();
+  const auto labelProbes =
+      labels_.addProbes(batch, isFollowed ? Documents{control_.document()} : Documents());
   const auto controlCalls = isFirst ? control_.addCalls(batch) : std::nullopt;
   Probes probes;
   for (const TeamsDocumentRef& document : candidates)
@@ -86,9 +113,15 @@ std::set<TeamsDocumentRef> TeamsApplication::belonging(const CallBatch& batch,
 
 void TeamsApplication::keep(const Documents& candidates,
                             const std::set<TeamsDocumentRef>& present) {
+  const auto isAmong = [](const Documents& documents, const TeamsDocumentRef& document) {
+    return std::find(documents.begin(), documents.end(), document) != documents.end();
+  };
   Documents kept;
-  std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(kept),
-               [&](const TeamsDocumentRef& document) { return present.count(document) != 0; });
+  // What was not a candidate stays as it was.
+  for (const TeamsDocumentRef& document : documents_.all())
+    if (!isAmong(candidates, document) || present.count(document) != 0) kept.push_back(document);
+  for (const TeamsDocumentRef& document : candidates)
+    if (present.count(document) != 0 && !isAmong(kept, document)) kept.push_back(document);
   documents_.keep(std::move(kept));
   labels_.keepOnly(documents_.all());
   if (!documents_.contains(control_.document())) control_.forget();
@@ -97,7 +130,7 @@ void TeamsApplication::keep(const Documents& candidates,
 void TeamsApplication::forgetAfterReconnection() {
   if (std::exchange(busGeneration_, bus_.generation()) == bus_.generation()) return;
   programs_.clear();
-  keep({}, {});
+  keep(documents_.all(), {});
 }
 
 }  // namespace hushbox

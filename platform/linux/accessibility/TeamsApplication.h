@@ -10,6 +10,7 @@
 #include "platform/linux/accessibility/FollowedControl.h"
 #include "platform/linux/accessibility/LabelRefresher.h"
 #include "platform/linux/accessibility/TeamsDocuments.h"
+#include "platform/linux/accessibility/TeamsRanking.h"
 
 namespace hushbox {
 
@@ -25,15 +26,21 @@ class TeamsApplication {
   static constexpr std::chrono::milliseconds wakeTimeout{500};
 
   TeamsApplication(AtspiBus& bus, AtspiPrograms& programs, TeamsDocuments& documents,
-                   LabelRefresher& labels, FollowedControl& control)
-      : bus_(bus), programs_(programs), documents_(documents), labels_(labels), control_(control) {}
+                   LabelRefresher& labels, FollowedControl& control, TeamsRanking& ranking)
+      : bus_(bus),
+        programs_(programs),
+        documents_(documents),
+        labels_(labels),
+        control_(control),
+        ranking_(ranking) {}
 
   /// Starts the time budget again; whatever was probed before no longer counts.
   void beginSnapshot();
 
-  /// Whether anything of Teams is there. While a known document is still there, this asks about the
-  /// known ones only: seven calls per document at most, in one round trip or two. Otherwise it
-  /// searches.
+  /// Whether anything of Teams is there. While a control is followed and its document is still
+  /// there, this asks about that one only: seven calls at most, in one round trip or two, however
+  /// many documents there are. Once something that spoke for that document has ended, it searches
+  /// and chooses again.
   bool isRunning();
 
   /// Looks for everything that belongs to Teams: one call to the registry, two per browser, two per
@@ -41,7 +48,10 @@ class TeamsApplication {
   /// snapshot; later calls do nothing.
   void search();
 
-  /// What was found last, in the order in which to look at it.
+  /// Grows whenever another document was chosen: what was found before it no longer counts.
+  std::uint64_t choice() const { return choice_; }
+
+  /// What was found last, in the order in which to look at it; see TeamsRanking.
   const std::vector<TeamsDocumentRef>& documents() const { return documents_.all(); }
   bool hasDocument(const TeamsDocumentRef& document) const { return documents_.contains(document); }
 
@@ -50,6 +60,8 @@ class TeamsApplication {
   using Probes = std::vector<TeamsDocuments::Probe>;
 
   void forgetAfterReconnection();
+  void chooseAgain();
+  void rank();
   /// Keeps those of the candidates that are there and belong to Teams.
   void confirm(const Documents& candidates);
   /// The probed documents that are there and belong to Teams.
@@ -61,6 +73,8 @@ class TeamsApplication {
   TeamsDocuments& documents_;
   LabelRefresher& labels_;
   FollowedControl& control_;
+  TeamsRanking& ranking_;
+  std::uint64_t choice_ = 0;
   std::uint64_t busGeneration_ = 0;
   std::chrono::steady_clock::time_point snapshotBegan_{};
   bool isProbed_ = false;

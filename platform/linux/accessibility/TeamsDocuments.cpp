@@ -97,13 +97,6 @@ bool TeamsDocuments::belongsToTeams(const CallBatch& batch, const Probe& probe) 
   return evidence.has_value();
 }
 
-void TeamsDocuments::keep(std::vector<TeamsDocumentRef> documents) {
-  documents_ = std::move(documents);
-  std::stable_sort(documents_.begin(), documents_.end(), [](const auto& one, const auto& other) {
-    return one->evidence < other->evidence;
-  });
-}
-
 TeamsDocumentRef TeamsDocuments::findOrMake(const BusObject& object, const AtspiProgram& program,
                                             bool isDocument) const {
   const auto known = std::find_if(documents_.begin(), documents_.end(),

@@ -4,6 +4,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/accessibility/AtspiBus.h"
@@ -19,7 +20,7 @@ namespace hushbox {
 /// or in a client built on one. So documents count, whichever programs present them, and nothing
 /// else of a browser does: neither its own controls ("Mute tab") nor its other pages. A document
 /// belongs to Teams by its address or by being in a client that has Teams' name. Where a browser
-/// reports no address, the title decides. Documents with stronger evidence come first.
+/// reports no address, the title decides.
 ///
 /// Once found, a document is remembered for as long as it lives: a browser removes the page of a
 /// background tab from its tree, but continues to answer for it.
@@ -37,7 +38,7 @@ class TeamsDocuments {
 
   explicit TeamsDocuments(AtspiBus& bus) : bus_(bus) {}
 
-  /// Those kept last, the strongest evidence first.
+  /// Those kept last, in that order.
   const std::vector<TeamsDocumentRef>& all() const { return documents_; }
   bool contains(const TeamsDocumentRef& document) const;
 
@@ -58,7 +59,7 @@ class TeamsDocuments {
   bool belongsToTeams(const CallBatch& batch, const Probe& probe) const;
 
   /// Keeps these and forgets all others.
-  void keep(std::vector<TeamsDocumentRef> documents);
+  void keep(std::vector<TeamsDocumentRef> documents) { documents_ = std::move(documents); }
 
  private:
   TeamsDocumentRef findOrMake(const BusObject& object, const AtspiProgram& program,
