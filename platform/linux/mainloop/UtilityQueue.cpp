@@ -43,7 +43,8 @@ void UtilityQueue::finish() {
 }
 
 void UtilityQueue::work(Threads::iterator self) {
-  setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), niceness);
+  const auto thread = static_cast<id_t>(gettid());
+  setpriority(PRIO_PROCESS, thread, getpriority(PRIO_PROCESS, thread) + niceness);
   std::unique_lock lock(mutex_);
   while (!posted_.empty()) {
     auto block = std::move(posted_.front());

@@ -19,7 +19,8 @@ class UtilityQueue {
   /// Enough for one battery reading per minute and one at the start of each call; more than that is
   /// better queued.
   static constexpr std::size_t maxThreads = 4;
-  /// The nice value of the threads; child processes started by a block inherit it.
+  /// Added to the program's own nice value for the threads (the kernel caps the sum at 19); child
+  /// processes started by a block inherit it.
   static constexpr int niceness = 5;
 
   UtilityQueue() = default;
