@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -44,6 +45,9 @@ class AudioServer {
 
   /// Plugs the speakerphone in, at full volume, and waits until a client sees it.
   void plugSpeakerphone(const std::string& name = speakerphoneName);
+  /// Plugs the speakerphone in again, unplugged before, as hardware would be: a session manager may
+  /// restore the volume and the mute switch that it was left at, a moment later.
+  void replugSpeakerphone();
   void unplugSpeakerphone();
   bool hasSpeakerphone() const;
   /// Plugs in another microphone, for example a second headset.
@@ -87,6 +91,7 @@ class AudioServer {
   void startPulseAudio();
   void startPipeWire();
   void load(Plugged& plugged);
+  void setToFullVolume(const std::string& source);
   SourceState speakerphone() const;
   std::unique_ptr<RecordingStream> stream(RecordingStream::Kind kind);
 
@@ -97,6 +102,8 @@ class AudioServer {
   std::shared_ptr<AudioClient> client_;
   VolumeObserver observer_;
   std::vector<Plugged> plugged_;
+  /// The state of each source when it was unplugged, by its name.
+  std::map<std::string, SourceState> leftAt_;
 };
 
 }  // namespace hushbox::rehearsal

@@ -25,7 +25,10 @@ struct LinuxPlatform {
         menuBar(bus, log),
         locale(bus),
         scope({mainLoop, audio, accessibility, accessibility.workspace(), childProcesses,
-               notifications, loginItem, menuBar, log, locale}) {}
+               notifications, loginItem, menuBar, log, locale}) {
+    // A timer must not overtake a volume that changed before it was due.
+    mainLoop.setBeforeTimer([this](Instant due) { audio.deliverUntil(due); });
+  }
 
   /// Kills the child processes and waits for the work on other threads, which uses the platform.
   ~LinuxPlatform() {

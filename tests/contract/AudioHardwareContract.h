@@ -196,6 +196,38 @@ TEST_P(AudioHardwareContract, ReadsAndAnnouncesAVolumeSetByAnotherProgram) {
   EXPECT_TRUE(driver().waitFor([&] { return *calls >= 1; }));
 }
 
+TEST_P(AudioHardwareContract, ListenerReadsEachVolumeInTheOrderOfTheChanges) {
+  const AudioObjectID device = plug();
+  std::vector<float> reads;
+  hardware().addPropertyListener(device, audio::inputVolume,
+                                 [&] { reads.push_back(volume(device).value_or(-1)); });
+  for (const float value : {0.25F, 0.0F, 0.5F, 0.0F, 0.75F}) {
+    driver().writeVolume(value);
+    driver().letPass(TimeInterval(0.05));
+  }
+  EXPECT_TRUE(driver().waitFor([&] { return reads.size() >= 5; }));
+  EXPECT_THAT(reads, testing::ElementsAre(testing::FloatNear(0.25F, tolerance), 0.0F,
+                                          testing::FloatNear(0.5F, tolerance), 0.0F,
+                                          testing::FloatNear(0.75F, tolerance)));
+}
+
+TEST_P(AudioHardwareContract, SeesEachDropThatIsRestoredShortlyAfterwards) {
+  const AudioObjectID device = plug();
+  int drops = 0;
+  int returns = 0;
+  hardware().addPropertyListener(device, audio::inputVolume,
+                                 [&] { ++(volume(device) == 0.0F ? drops : returns); });
+  for (int drop = 0; drop < 20; ++drop) {
+    driver().writeVolume(0);
+    driver().letPass(TimeInterval(0.005));
+    driver().writeVolume(1);
+    driver().letPass(TimeInterval(0.02));
+  }
+  EXPECT_TRUE(driver().waitFor([&] { return returns >= 20; }));
+  EXPECT_EQ(drops, 20);
+  EXPECT_EQ(returns, 20);
+}
+
 TEST_P(AudioHardwareContract, OnlyVolumeZeroIsReadAsExactlyZero) {
   const AudioObjectID device = plug();
   driver().writeVolume(0);

@@ -3,18 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 namespace hushbox {
 namespace {
-
-// Releases the operation: replies arrive through the request's callbacks. Returns false if the
-// request could not be sent.
-bool sent(pa_operation* operation) {
-  if (operation == nullptr) return false;
-  pa_operation_unref(operation);
-  return true;
-}
 
 template <typename Value>
 AudioStatus copyOut(const Value& value, std::uint32_t& size, void* data) {
@@ -26,8 +19,15 @@ AudioStatus copyOut(const Value& value, std::uint32_t& size, void* data) {
 
 }  // namespace
 
-PulseAudioHardware::PulseAudioHardware() {
-  waitForDevices();
+PulseAudioHardware::PulseAudioHardware()
+    : reports_(std::make_shared<PulseReportQueue>([this] { deliverUntil(Instant::max()); })),
+      thread_(reports_) {
+  reports_->waitForReport(startTimeout);
+  deliverUntil(Instant::max());
+}
+
+PulseAudioHardware::~PulseAudioHardware() {
+  reports_->close();
 }
 
 bool PulseAudioHardware::hasProperty(AudioObjectID object, const AudioPropertyAddress& address) {
@@ -81,16 +81,15 @@ AudioStatus PulseAudioHardware::getPropertyText(AudioObjectID object,
 AudioStatus PulseAudioHardware::setPropertyData(AudioObjectID object,
                                                 const AudioPropertyAddress& address,
                                                 std::uint32_t size, const void* data) {
-  if (connection_.context() == nullptr) return audio::hardwareNotRunning;
+  if (connection_ == 0) return audio::hardwareNotRunning;
   if (const AudioStatus status = check(object, address); status != audio::noError) return status;
   if (address != audio::inputVolume) return audio::unsupportedOperation;
   float level = 0.0F;
   if (size != sizeof level) return audio::badPropertySize;
   std::memcpy(&level, data, sizeof level);
   if (std::isnan(level)) return audio::unsupportedOperation;
-  level = std::clamp(level, 0.0F, 1.0F);
-  table_.setUnconfirmedLevel(object, level);
-  return writeVolume(*table_.find(object), level);
+  send(table_.write(object, std::clamp(level, 0.0F, 1.0F)));
+  return audio::noError;
 }
 
 RegistrationToken PulseAudioHardware::addPropertyListener(AudioObjectID object,
@@ -108,81 +107,54 @@ AudioStatus PulseAudioHardware::removePropertyListener(AudioObjectID object,
                                                         : audio::unsupportedOperation;
 }
 
-void PulseAudioHardware::connected(pa_context& context) {
-  pa_context_set_subscribe_callback(&context, &onEvent, this);
-  constexpr auto facilities = static_cast<pa_subscription_mask_t>(
-      PA_SUBSCRIPTION_MASK_SOURCE | PA_SUBSCRIPTION_MASK_SOURCE_OUTPUT);
-  sent(pa_context_subscribe(&context, facilities, nullptr, nullptr));
+void PulseAudioHardware::deliverUntil(Instant latest) {
+  const std::weak_ptr<PulseReportQueue> alive = reports_;
+  for (auto reports = alive.lock(); reports != nullptr; reports = alive.lock()) {
+    const auto report = reports->takeUntil(latest);
+    reports.reset();
+    if (!report) return;
+    // Don't touch `this` afterwards; a listener may have destroyed it.
+    std::visit([this](const auto& content) { apply(content); }, report->content);
+  }
+}
+
+void PulseAudioHardware::apply(const PulseServerReport& report) {
+  connection_ = report.connection;
   // Streams first, so that a device already in a call appears as running and does not seem to
   // start.
-  sent(pa_context_get_source_output_info_list(&context, &onStream, this));
-  sent(pa_context_get_source_info_list(&context, &onSource, this));
-}
-
-void PulseAudioHardware::disconnected() {
-  complete_ = false;
-  note(table_.clear());
-  announce();
-}
-
-void PulseAudioHardware::onEvent(pa_context* context, pa_subscription_event_type_t type,
-                                 std::uint32_t index, void* self) {
-  auto& hardware = *static_cast<PulseAudioHardware*>(self);
-  const bool isSource =
-      (type & PA_SUBSCRIPTION_EVENT_FACILITY_MASK) == PA_SUBSCRIPTION_EVENT_SOURCE;
-  if ((type & PA_SUBSCRIPTION_EVENT_TYPE_MASK) == PA_SUBSCRIPTION_EVENT_REMOVE) {
-    PulseSourceTable& table = hardware.table_;
-    hardware.note(isSource ? table.removeSource(index) : table.removeStream(index));
-    hardware.announce();
-  } else if (isSource) {
-    sent(pa_context_get_source_info_by_index(context, index, &onSource, self));
-  } else {
-    sent(pa_context_get_source_output_info(context, index, &onStream, self));
+  for (const PulseStreamReport& stream : report.streams) table_.setStream(stream);
+  PulseSourceTable::Changes changes;
+  for (const PulseSourceReport& source : report.sources) {
+    std::ranges::copy(table_.setSource(source), std::back_inserter(changes));
   }
+  announce(changes);
 }
 
-void PulseAudioHardware::onSource(pa_context*, const pa_source_info* info, int last, void* self) {
-  auto& hardware = *static_cast<PulseAudioHardware*>(self);
-  if (last == 0) {
-    hardware.note(hardware.table_.setSource(*info));
-    return;
-  }
-  hardware.complete_ = true;
-  hardware.announce();
+void PulseAudioHardware::apply(const PulseServerLoss&) {
+  connection_ = 0;
+  announce(table_.clear());
 }
 
-void PulseAudioHardware::onStartedSource(pa_context*, const pa_source_info* info, int last,
-                                         void* self) {
-  auto& hardware = *static_cast<PulseAudioHardware*>(self);
-  if (last == 0) {
-    hardware.note(hardware.table_.setSource(*info));
-    hardware.repeatUnconfirmedWrite(info->index);
-  } else {
-    hardware.announce();
-  }
+void PulseAudioHardware::apply(const PulseSourceReport& report) {
+  const PulseSourceTable::Changes changes = table_.setSource(report);
+  for (const PulseWrite& write : table_.takeFollowUps()) send(write);
+  announce(changes);
 }
 
-void PulseAudioHardware::onStream(pa_context* context, const pa_source_output_info* info, int last,
-                                  void* self) {
-  auto& hardware = *static_cast<PulseAudioHardware*>(self);
-  if (last == 0) {
-    PulseSourceTable::Changes changes = hardware.table_.setStream(*info);
-    hardware.readStartedSources(*context, changes);
-    hardware.note(std::move(changes));
-  } else {
-    hardware.announce();
-  }
+void PulseAudioHardware::apply(const PulseSourceRemoval& report) {
+  announce(table_.removeSource(report.index));
 }
 
-void PulseAudioHardware::waitForDevices() {
-  bool late = false;
-  const auto setLate = [](gpointer flag) -> gboolean {
-    *static_cast<bool*>(flag) = true;
-    return G_SOURCE_REMOVE;
-  };
-  const guint timer = g_timeout_add(static_cast<guint>(startTimeout.count()), setLate, &late);
-  while (!complete_ && !late && connection_.isOpen()) g_main_context_iteration(nullptr, TRUE);
-  if (!late) g_source_remove(timer);
+void PulseAudioHardware::apply(const PulseVolumeBounce& report) {
+  announce(table_.setBounced(report.index));
+}
+
+void PulseAudioHardware::apply(const PulseStreamReport& report) {
+  announce(table_.setStream(report));
+}
+
+void PulseAudioHardware::apply(const PulseStreamRemoval& report) {
+  announce(table_.removeStream(report.index));
 }
 
 AudioStatus PulseAudioHardware::check(AudioObjectID object,
@@ -195,43 +167,12 @@ AudioStatus PulseAudioHardware::check(AudioObjectID object,
   return known ? audio::noError : audio::unknownProperty;
 }
 
-void PulseAudioHardware::readStartedSources(pa_context& context,
-                                            const PulseSourceTable::Changes& changes) {
-  for (const AudioProperty& change : changes) {
-    const PulseSourceTable::Source* const source = table_.find(change.object);
-    if (change.address != audio::runningSomewhere || source == nullptr || !source->running)
-      continue;
-    if (!source->unconfirmedLevel) continue;
-    sent(pa_context_get_source_info_by_index(&context, source->index, &onStartedSource, this));
-  }
+void PulseAudioHardware::send(PulseWrite write) {
+  write.connection = connection_;
+  thread_.write(write);
 }
 
-void PulseAudioHardware::repeatUnconfirmedWrite(std::uint32_t sourceIndex) {
-  const auto& sources = table_.sources();
-  const auto source = std::ranges::find(sources, sourceIndex, &PulseSourceTable::Source::index);
-  if (source == sources.end() || !source->running) return;
-  const std::optional<float> level = table_.takeUnconfirmedLevel(source->id);
-  if (level) writeVolume(*source, *level);
-}
-
-AudioStatus PulseAudioHardware::writeVolume(const PulseSourceTable::Source& source, float level) {
-  pa_context* const context = connection_.context();
-  const pa_cvolume volume = source.volumeFor(level);
-  const bool isSent =
-      sent(pa_context_set_source_volume_by_index(context, source.index, &volume, nullptr, nullptr));
-  // The switch comes second; otherwise the old level would be audible for a moment.
-  const bool clearsSwitch = level > 0.0F;
-  const bool isCleared = !clearsSwitch || sent(pa_context_set_source_mute_by_index(
-                                              context, source.index, 0, nullptr, nullptr));
-  return isSent && isCleared ? audio::noError : audio::hardwareNotRunning;
-}
-
-void PulseAudioHardware::note(PulseSourceTable::Changes changes) {
-  unannounced_.insert(unannounced_.end(), changes.begin(), changes.end());
-}
-
-void PulseAudioHardware::announce() {
-  const PulseSourceTable::Changes changes = std::exchange(unannounced_, {});
+void PulseAudioHardware::announce(const PulseSourceTable::Changes& changes) {
   if (changes.empty()) return;
   listeners_.removeUnless([this](AudioObjectID object) {
     return object == audio::systemObject || table_.find(object) != nullptr;

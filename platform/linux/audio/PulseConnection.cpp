@@ -1,7 +1,5 @@
 #include "platform/linux/audio/PulseConnection.h"
 
-#include <pulse/glib-mainloop.h>
-
 #include <algorithm>
 #include <memory>
 #include <string>
@@ -12,33 +10,27 @@
 namespace hushbox {
 namespace {
 
-// Never freed, like the main context that it is attached to: the last connection may be destroyed
-// inside one of libpulse's callbacks.
-pa_mainloop_api* mainLoopApi() {
-  static pa_glib_mainloop* const loop = pa_glib_mainloop_new(nullptr);
-  return pa_glib_mainloop_get_api(loop);
-}
-
-pa_context* makeContext() {
+pa_context* makeContext(pa_mainloop_api& loop) {
   const std::unique_ptr<pa_proplist, decltype(&pa_proplist_free)> properties(pa_proplist_new(),
                                                                              pa_proplist_free);
   pa_proplist_sets(properties.get(), PA_PROP_APPLICATION_ID, std::string(bundleIdentifier).c_str());
-  return pa_context_new_with_proplist(mainLoopApi(), "Hushbox", properties.get());
+  return pa_context_new_with_proplist(&loop, "Hushbox", properties.get());
 }
 
 }  // namespace
 
-PulseConnection::PulseConnection(Client& client) : client_(client) {
+PulseConnection::PulseConnection(pa_mainloop_api& loop, Client& client)
+    : loop_(loop), client_(client) {
   open();
 }
 
 PulseConnection::~PulseConnection() {
-  if (retry_ != 0) g_source_remove(retry_);
+  if (retry_ != nullptr) loop_.time_free(retry_);
   close();
 }
 
 void PulseConnection::open() {
-  context_ = makeContext();
+  context_ = makeContext(loop_);
   if (context_ == nullptr ||
       pa_context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0 ||
       !PA_CONTEXT_IS_GOOD(pa_context_get_state(context_))) {
@@ -77,15 +69,15 @@ void PulseConnection::stateChanged() {
 }
 
 void PulseConnection::openAfterDelay() {
-  retry_ = g_timeout_add(
-      static_cast<guint>(delay_.count()),
-      [](gpointer self) -> gboolean {
-        auto& connection = *static_cast<PulseConnection*>(self);
-        connection.retry_ = 0;
-        connection.open();
-        return G_SOURCE_REMOVE;
-      },
-      this);
+  timeval due{};
+  pa_timeval_add(pa_gettimeofday(&due), static_cast<pa_usec_t>(delay_.count()) * PA_USEC_PER_MSEC);
+  const auto retry = [](pa_mainloop_api* loop, pa_time_event* event, const timeval*, void* self) {
+    auto& connection = *static_cast<PulseConnection*>(self);
+    loop->time_free(event);
+    connection.retry_ = nullptr;
+    connection.open();
+  };
+  retry_ = loop_.time_new(&loop_, &due, retry, this);
   delay_ = std::min(2 * delay_, maxRetryDelay);
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <glib.h>
 #include <pulse/pulseaudio.h>
 
 #include <chrono>
@@ -9,10 +8,10 @@ namespace hushbox {
 
 /// A connection to the user's sound server. Reconnects whenever the connection is lost.
 ///
-/// Runs on the default main context and calls back on it. The server is the one that libpulse finds
-/// through the environment (PULSE_SERVER and its defaults): PulseAudio or PipeWire's PulseAudio
-/// server. It never starts one. Nothing here waits for the server; libpulse closes the connection
-/// to a hung server 30 s after a request that got no reply.
+/// Runs on a main loop of libpulse's, on the thread of that loop. The server is the one that
+/// libpulse finds through the environment (PULSE_SERVER and its defaults): PulseAudio or PipeWire's
+/// PulseAudio server. It never starts one. Nothing here waits for the server; libpulse closes the
+/// connection to a hung server 30 s after a request that got no reply.
 class PulseConnection {
  public:
   using Delay = std::chrono::milliseconds;
@@ -35,8 +34,8 @@ class PulseConnection {
     ~Client() = default;
   };
 
-  /// Starts to connect. Calls `client` later, from the main context only.
-  explicit PulseConnection(Client& client);
+  /// Starts to connect. Calls `client` later, from the loop only. `loop` must outlive this.
+  PulseConnection(pa_mainloop_api& loop, Client& client);
   ~PulseConnection();
   PulseConnection(const PulseConnection&) = delete;
   PulseConnection& operator=(const PulseConnection&) = delete;
@@ -53,10 +52,11 @@ class PulseConnection {
   void stateChanged();
   void openAfterDelay();
 
+  pa_mainloop_api& loop_;
   Client& client_;
   pa_context* context_ = nullptr;
   bool ready_ = false;
-  guint retry_ = 0;
+  pa_time_event* retry_ = nullptr;
   Delay delay_ = minRetryDelay;
 };
 

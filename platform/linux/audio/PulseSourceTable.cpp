@@ -1,15 +1,10 @@
 #include "platform/linux/audio/PulseSourceTable.h"
 
 #include <pulse/def.h>
-#include <pulse/proplist.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <string_view>
 #include <utility>
-
-#include "support/Text.h"
 
 namespace hushbox {
 namespace {
@@ -21,49 +16,27 @@ AudioObjectID makeIdentifier() {
   return ++last;
 }
 
-std::string_view view(const char* text) {
-  return text == nullptr ? "" : text;
-}
-
-std::string nameOf(const pa_source_info& info) {
-  return text::decodeUtf8Lossy(view(info.description == nullptr ? info.name : info.description));
-}
-
-bool isTrue(const pa_proplist* properties, const char* key) {
-  return view(pa_proplist_gets(properties, key)) == "true";
-}
-
-// PulseAudio marks a level meter by its resampler, PipeWire by stream properties. Versions of
-// PipeWire without those properties leave only the names that mixers give to their meters and
-// themselves.
-bool isMeter(const pa_source_output_info& info) {
-  constexpr std::array<std::string_view, 2> mixers{"org.PulseAudio.pavucontrol",
-                                                   "org.gnome.VolumeControl"};
-  if (view(info.resample_method) == "peaks" || view(info.name) == "Peak detect") return true;
-  if (info.proplist == nullptr) return false;
-  return isTrue(info.proplist, "resample.peaks") || isTrue(info.proplist, "stream.monitor") ||
-         std::ranges::count(mixers,
-                            view(pa_proplist_gets(info.proplist, PA_PROP_APPLICATION_ID))) != 0;
-}
-
-bool records(const pa_source_output_info& info) {
-  return info.corked == 0 && info.source != PA_INVALID_INDEX && !isMeter(info);
+float scalarOf(const pa_cvolume& volume) {
+  return std::min(static_cast<float>(pa_cvolume_max(&volume)) / PA_VOLUME_NORM, 1.0F);
 }
 
 }  // namespace
 
+bool PulseSourceTable::Source::isSilent() const {
+  return muteSwitch || pa_cvolume_is_muted(&volume) != 0;
+}
+
 float PulseSourceTable::Source::inputVolume() const {
-  if (muteSwitch) return 0.0F;
-  const float level = static_cast<float>(pa_cvolume_max(&volume)) / PA_VOLUME_NORM;
-  return std::min(level, 1.0F);
+  return isSilent() || hasBounced ? 0.0F : scalarOf(volume);
 }
 
 pa_cvolume PulseSourceTable::Source::volumeFor(float level) const {
+  const bool isAtZero = pa_cvolume_is_muted(&volume) != 0;
+  pa_cvolume result =
+      isAtZero && audibleVolume.channels == volume.channels ? audibleVolume : volume;
+  if (level > 0.0F && level == scalarOf(result)) return result;
   const auto exact = static_cast<pa_volume_t>(std::lround(level * PA_VOLUME_NORM));
-  const pa_volume_t loudest = level > 0.0F ? std::max<pa_volume_t>(exact, 1) : PA_VOLUME_MUTED;
-  const bool silent = pa_cvolume_is_muted(&volume) != 0;
-  pa_cvolume result = silent && audibleVolume.channels == volume.channels ? audibleVolume : volume;
-  pa_cvolume_scale(&result, loudest);
+  pa_cvolume_scale(&result, level > 0.0F ? std::max<pa_volume_t>(exact, 1) : PA_VOLUME_MUTED);
   return result;
 }
 
@@ -72,17 +45,17 @@ const PulseSourceTable::Source* PulseSourceTable::find(AudioObjectID id) const {
   return found == sources_.end() ? nullptr : &*found;
 }
 
-PulseSourceTable::Changes PulseSourceTable::setSource(const pa_source_info& info) {
+PulseSourceTable::Changes PulseSourceTable::setSource(const PulseSourceReport& report) {
   // A source without channels is not fully set up yet; an event follows when it is. It would count
   // as silent, which looks like a press of the button.
-  if (info.monitor_of_sink != PA_INVALID_INDEX || !pa_cvolume_valid(&info.volume)) return {};
+  if (report.isMonitor || !pa_cvolume_valid(&report.volume)) return {};
 
-  const auto found = std::ranges::find(sources_, info.index, &Source::index);
+  const auto found = std::ranges::find(sources_, report.index, &Source::index);
   if (found != sources_.end()) {
-    if (found->key == view(info.name)) return update(*found, info);
+    if (found->key == report.key) return update(*found, report);
     sources_.erase(found);
   }
-  add(info);
+  add(report);
   return {deviceListChange};
 }
 
@@ -91,9 +64,16 @@ PulseSourceTable::Changes PulseSourceTable::removeSource(std::uint32_t index) {
   return std::erase_if(sources_, matches) == 0 ? Changes{} : Changes{deviceListChange};
 }
 
-PulseSourceTable::Changes PulseSourceTable::setStream(const pa_source_output_info& info) {
-  if (!records(info)) return removeStream(info.index);
-  streams_[info.index] = info.source;
+PulseSourceTable::Changes PulseSourceTable::setBounced(std::uint32_t index) {
+  const auto source = std::ranges::find(sources_, index, &Source::index);
+  if (source == sources_.end() || source->inputVolume() == 0.0F) return {};
+  source->hasBounced = true;
+  return {{source->id, audio::inputVolume}};
+}
+
+PulseSourceTable::Changes PulseSourceTable::setStream(const PulseStreamReport& report) {
+  if (!report.records) return removeStream(report.index);
+  streams_[report.index] = report.source;
   return updateRunning();
 }
 
@@ -102,23 +82,32 @@ PulseSourceTable::Changes PulseSourceTable::removeStream(std::uint32_t index) {
   return updateRunning();
 }
 
-void PulseSourceTable::setUnconfirmedLevel(AudioObjectID id, float level) {
-  if (Source* const source = findSource(id)) source->unconfirmedLevel = level;
-}
-
-std::optional<float> PulseSourceTable::takeUnconfirmedLevel(AudioObjectID id) {
-  Source* const source = findSource(id);
-  return source == nullptr ? std::nullopt : std::exchange(source->unconfirmedLevel, std::nullopt);
-}
-
-PulseSourceTable::Source* PulseSourceTable::findSource(AudioObjectID id) {
-  const auto found = std::ranges::find(sources_, id, &Source::id);
-  return found == sources_.end() ? nullptr : &*found;
-}
-
 PulseSourceTable::Changes PulseSourceTable::clear() {
   streams_.clear();
+  followUps_.clear();
   return std::exchange(sources_, {}).empty() ? Changes{} : Changes{deviceListChange};
+}
+
+PulseWrite PulseSourceTable::write(AudioObjectID id, float level) {
+  Source& source = *findMutable(id);
+  const float previous = std::exchange(source.unconfirmedLevel, level).value_or(0.0F);
+  if (level > 0.0F) {
+    source.ownMute = Source::OwnMute::none;
+    return {source.index, source.volumeFor(level), false};
+  }
+  // A source that another program has muted stays muted by that program.
+  if (!source.isSilent() || previous > 0.0F) source.ownMute = Source::OwnMute::requested;
+  if (source.isMutedBySwitch) return {source.index, std::nullopt, true};
+  return {source.index, source.volumeFor(0.0F), std::nullopt};
+}
+
+std::vector<PulseWrite> PulseSourceTable::takeFollowUps() {
+  return std::exchange(followUps_, {});
+}
+
+PulseSourceTable::Source* PulseSourceTable::findMutable(AudioObjectID id) {
+  const auto found = std::ranges::find(sources_, id, &Source::id);
+  return found == sources_.end() ? nullptr : &*found;
 }
 
 bool PulseSourceTable::hasStream(std::uint32_t sourceIndex) const {
@@ -136,35 +125,65 @@ PulseSourceTable::Changes PulseSourceTable::updateRunning() {
   return changes;
 }
 
-void PulseSourceTable::add(const pa_source_info& info) {
-  sources_.push_back({.id = makeIdentifier(),
-                      .index = info.index,
-                      .key = std::string(view(info.name)),
-                      .name = nameOf(info),
-                      .volume = info.volume,
-                      .audibleVolume = info.volume,
-                      .muteSwitch = info.mute != 0,
-                      .running = hasStream(info.index),
-                      .unconfirmedLevel = std::nullopt});
+void PulseSourceTable::add(const PulseSourceReport& report) {
+  Source source{};
+  source.id = makeIdentifier();
+  source.index = report.index;
+  source.key = report.key;
+  source.name = report.name;
+  source.volume = report.volume;
+  source.audibleVolume = report.volume;
+  source.muteSwitch = report.muteSwitch;
+  source.isHardware = report.isHardware;
+  source.running = hasStream(report.index);
+  const auto place =
+      source.isHardware ? std::ranges::find(sources_, false, &Source::isHardware) : sources_.end();
+  sources_.insert(place, std::move(source));
 }
 
-PulseSourceTable::Changes PulseSourceTable::update(Source& source, const pa_source_info& info) {
+PulseSourceTable::Changes PulseSourceTable::update(Source& source,
+                                                   const PulseSourceReport& report) {
   Changes changes;
-  if (std::string name = nameOf(info); name != source.name) {
-    source.name = std::move(name);
+  if (report.name != source.name) {
+    source.name = report.name;
     changes.push_back({source.id, audio::deviceName});
     changes.push_back(deviceListChange);
   }
-  const float before = source.inputVolume();
-  const bool sameSwitch = source.muteSwitch == (info.mute != 0);
-  if (!sameSwitch || !pa_cvolume_equal(&source.volume, &info.volume)) {
+  const float volumeBefore = source.inputVolume();
+  const bool wasSilent = source.isSilent();
+  const bool wasAtZero = pa_cvolume_is_muted(&source.volume) != 0;
+  const bool isAtZero = pa_cvolume_is_muted(&report.volume) != 0;
+  const bool switchMoved = source.muteSwitch != report.muteSwitch;
+  const bool isSame = !switchMoved && pa_cvolume_equal(&source.volume, &report.volume) != 0;
+
+  source.hasBounced = false;
+  source.volume = report.volume;
+  source.muteSwitch = report.muteSwitch;
+  if (!isAtZero) source.audibleVolume = report.volume;
+  if (source.inputVolume() != volumeBefore) changes.push_back({source.id, audio::inputVolume});
+
+  if (switchMoved || wasAtZero != isAtZero) noteMute(source, wasSilent, switchMoved);
+  if (!isSame) {
+    source.unconfirmedLevel = std::nullopt;
+  } else if (source.running && source.unconfirmedLevel) {
+    followUps_.push_back(write(source.id, *source.unconfirmedLevel));
     source.unconfirmedLevel = std::nullopt;
   }
-  source.volume = info.volume;
-  source.muteSwitch = info.mute != 0;
-  if (!pa_cvolume_is_muted(&info.volume)) source.audibleVolume = info.volume;
-  if (source.inputVolume() != before) changes.push_back({source.id, audio::inputVolume});
   return changes;
+}
+
+void PulseSourceTable::noteMute(Source& source, bool wasSilent, bool switchMoved) {
+  using OwnMute = Source::OwnMute;
+  if (!wasSilent && source.isSilent() && source.ownMute == OwnMute::requested) {
+    source.ownMute = OwnMute::inEffect;
+    return;
+  }
+  source.isMutedBySwitch = switchMoved;
+  if (!source.isSilent() && source.ownMute == OwnMute::inEffect) source.ownMute = OwnMute::none;
+  if (source.ownMute != OwnMute::inEffect) return;
+  // Our mute is in effect, and the button has moved the other of level and switch.
+  source.ownMute = OwnMute::none;
+  followUps_.push_back({source.index, source.audibleVolume, false});
 }
 
 }  // namespace hushbox

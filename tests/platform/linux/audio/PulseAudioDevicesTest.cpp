@@ -54,6 +54,46 @@ TEST_P(PulseAudioDevicesTest, DeviceThatIsPluggedInAgainGetsANewIdentifier) {
   EXPECT_EQ(volumeOf(first), std::nullopt);
 }
 
+// A session manager restores the volume of a source a moment after it has appeared at full volume.
+// That must look like a device that has this volume, not like a press.
+TEST_P(PulseAudioDevicesTest, DeviceIsListedWithItsRestoredVolume) {
+  start();
+  server_->setVolume(0.0);
+  settle();
+  server_->unplugSpeakerphone();
+  eventually([&] { return find("Jabra Speak2 75") == 0; });
+
+  std::optional<float> listedAt;
+  hardware_->addPropertyListener(audio::systemObject, audio::deviceList, [&] {
+    const AudioObjectID device = find("Jabra Speak2 75");
+    if (device == 0 || listedAt) return;
+    listedAt = volumeOf(device);
+    recordVolumes(device);
+  });
+  server_->replugSpeakerphone();
+  eventually([&] { return listedAt.has_value(); });
+  settle();
+  EXPECT_EQ(listedAt, static_cast<float>(server_->volume()));
+  EXPECT_THAT(volumes_, IsEmpty());
+}
+
+TEST_P(PulseAudioDevicesTest, HardwareIsListedBeforeVirtualSources) {
+  if (GetParam() == rehearsal::AudioFlavour::PulseAudio) {
+    GTEST_SKIP() << "PulseAudio has no source without a device that counts as hardware.";
+  }
+  start();
+  rehearsal::AudioClient client(session_->environment().at("PULSE_SERVER"), "Mixer");
+  const std::uint32_t module =
+      client.loadModule("module-null-sink",
+                        "media.class=Audio/Source/Virtual channels=1 sink_name=hardware "
+                        "sink_properties=\"device.description=Hardware device.api=alsa\"");
+  eventually([&] { return find("Hardware") != 0; });
+  const auto list = devices();
+  ASSERT_FALSE(list.empty());
+  EXPECT_EQ(list.front(), find("Hardware"));
+  client.unloadModule(module);
+}
+
 TEST_P(PulseAudioDevicesTest, DeviceKeepsItsIdentifierWhileOthersArePluggedInAndOut) {
   const AudioObjectID device = start();
   server_->plug("alsa_input.usb-other", "Another Microphone");

@@ -15,7 +15,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 /// A microphone on which no stream has run since it was plugged in. PipeWire 1.4 keeps a write to
-/// such a source to itself until a stream runs.
+/// such a source to itself until a stream runs. Its volume is never restored.
 class FreshMicrophone {
  public:
   static constexpr const char* source = "alsa_input.usb-fresh";
@@ -33,7 +33,8 @@ class FreshMicrophone {
                                           std::string("media.class=Audio/Source/Virtual channels=1 "
                                                       "sink_name=") +
                                               source + " sink_properties=\"device.description='" +
-                                              name + "' " + properties + "\"")) {}
+                                              name + "' state.restore-props=false " + properties +
+                                              "\"")) {}
   ~FreshMicrophone() { client_->unloadModule(module_); }
   FreshMicrophone(const FreshMicrophone&) = delete;
   FreshMicrophone& operator=(const FreshMicrophone&) = delete;

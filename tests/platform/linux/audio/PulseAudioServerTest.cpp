@@ -160,6 +160,14 @@ TEST_P(PulseAudioServerTest, CanBeDestroyedBetweenTwoAttempts) {
   rehearsal::letPass(2 * PulseConnection::minRetryDelay);
 }
 
+TEST_P(PulseAudioServerTest, FrozenServerDoesNotBlockDestruction) {
+  const AudioObjectID device = start();
+  server_->freeze();
+  write(device, 0.5F);
+  EXPECT_LT(timeOf([&] { hardware_.reset(); }), 1s);
+  server_->thaw();
+}
+
 HUSHBOX_ON_BOTH_AUDIO_SERVERS(PulseAudioServerTest);
 
 }  // namespace

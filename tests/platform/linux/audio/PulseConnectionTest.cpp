@@ -2,6 +2,7 @@
 
 #include <glib-unix.h>
 #include <gmock/gmock.h>
+#include <pulse/glib-mainloop.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -85,6 +86,12 @@ class FakeServerSocket {
   std::vector<int> connections_;
 };
 
+/// libpulse's view of the default main context. Never freed, like the context itself.
+pa_mainloop_api& mainLoop() {
+  static pa_glib_mainloop* const loop = pa_glib_mainloop_new(nullptr);
+  return *pa_glib_mainloop_get_api(loop);
+}
+
 class Client final : public PulseConnection::Client {
  public:
   void connected(pa_context&) override { ++connected_; }
@@ -98,7 +105,7 @@ TEST(PulseConnectionTest, RetriesWithDoublingDelaysAndOneAttemptAtATime) {
   FakeServerSocket server(FakeServerSocket::Behaviour::Closes);
   server.open();
   Client client;
-  const PulseConnection connection(client);
+  const PulseConnection connection(mainLoop(), client);
   EXPECT_TRUE(server.waitForAttempts(5));
   auto delay = PulseConnection::minRetryDelay;
   for (std::size_t i = 1; i < server.attempts().size(); ++i) {
@@ -114,7 +121,7 @@ TEST(PulseConnectionTest, RetriesWithDoublingDelaysAndOneAttemptAtATime) {
 TEST(PulseConnectionTest, FindsASocketThatAppearsLater) {
   FakeServerSocket server(FakeServerSocket::Behaviour::NeverReplies);
   Client client;
-  const PulseConnection connection(client);
+  const PulseConnection connection(mainLoop(), client);
   EXPECT_TRUE(holdsWithin([&] { return !connection.isOpen(); }, patience));
   letPass(2 * PulseConnection::minRetryDelay);
   server.open();
@@ -126,7 +133,7 @@ TEST(PulseConnectionTest, WaitsForAServerThatAcceptsAndDoesNotReply) {
   FakeServerSocket server(FakeServerSocket::Behaviour::NeverReplies);
   server.open();
   Client client;
-  const PulseConnection connection(client);
+  const PulseConnection connection(mainLoop(), client);
   EXPECT_TRUE(server.waitForAttempts(1));
   letPass(3 * PulseConnection::minRetryDelay);
   EXPECT_THAT(server.attempts(), SizeIs(1));
@@ -139,7 +146,7 @@ TEST(PulseConnectionTest, CanBeDestroyedWhileConnecting) {
   server.open();
   Client client;
   {
-    const PulseConnection connection(client);
+    const PulseConnection connection(mainLoop(), client);
     EXPECT_TRUE(server.waitForAttempts(1));
   }
   letPass(2 * PulseConnection::minRetryDelay);

@@ -4,8 +4,8 @@
 #include <pulse/proplist.h>
 
 #include <memory>
-#include <optional>
 #include <set>
+#include <vector>
 
 namespace hushbox {
 namespace {
@@ -207,33 +207,202 @@ TEST_F(PulseSourceTableTest, SourceThatWasAlwaysSilentGetsEqualChannels) {
   EXPECT_TRUE(pa_cvolume_channels_equal_to(&volume, PA_VOLUME_NORM));
 }
 
-TEST_F(PulseSourceTableTest, LevelStaysUnconfirmedUntilVolumeOrSwitchChanges) {
+TEST_F(PulseSourceTableTest, RepeatsAWriteToARunningSourceUnlessVolumeOrSwitchHasChanged) {
   plug();
   const AudioObjectID id = only().id;
-  table_.setUnconfirmedLevel(id, 0.5F);
+  table_.write(id, 0.5F);
   info_.description = "Speakerphone";
   plug();
-  EXPECT_EQ(only().unconfirmedLevel, 0.5F);
+  EXPECT_THAT(table_.takeFollowUps(), IsEmpty());
+  table_.setStream(streamInfo(1, 7));
+  plug();
+  const auto repeated = table_.takeFollowUps();
+  ASSERT_THAT(repeated, SizeIs(1));
+  EXPECT_EQ(repeated[0].source, info_.index);
+  EXPECT_EQ(pa_cvolume_max(&*repeated[0].volume), PA_VOLUME_NORM / 2);
+
+  table_.write(id, 0.5F);
   info_.volume = volumeOf({PA_VOLUME_NORM / 4});
   plug();
-  EXPECT_EQ(only().unconfirmedLevel, std::nullopt);
+  plug();
+  EXPECT_THAT(table_.takeFollowUps(), IsEmpty());
 
-  table_.setUnconfirmedLevel(id, 0.5F);
+  table_.write(id, 0.5F);
   info_.mute = 1;
   plug();
-  EXPECT_EQ(only().unconfirmedLevel, std::nullopt);
+  plug();
+  EXPECT_THAT(table_.takeFollowUps(), IsEmpty());
 }
 
-TEST_F(PulseSourceTableTest, UnconfirmedLevelIsTheLastOneAndIsTakenOnce) {
+TEST_F(PulseSourceTableTest, RepeatsTheLastWriteOnce) {
   plug();
+  table_.setStream(streamInfo(1, 7));
   const AudioObjectID id = only().id;
-  table_.setUnconfirmedLevel(id, 0.0F);
-  table_.setUnconfirmedLevel(id, 0.5F);
-  EXPECT_EQ(table_.takeUnconfirmedLevel(id), 0.5F);
-  EXPECT_EQ(table_.takeUnconfirmedLevel(id), std::nullopt);
-  table_.setUnconfirmedLevel(id, 0.5F);
+  table_.write(id, 0.0F);
+  table_.write(id, 0.5F);
+  plug();
+  const auto repeated = table_.takeFollowUps();
+  ASSERT_THAT(repeated, SizeIs(1));
+  EXPECT_EQ(pa_cvolume_max(&*repeated[0].volume), PA_VOLUME_NORM / 2);
+  plug();
+  EXPECT_THAT(table_.takeFollowUps(), IsEmpty());
+
+  table_.write(id, 0.5F);
   table_.removeSource(info_.index);
-  EXPECT_EQ(table_.takeUnconfirmedLevel(id), std::nullopt);
+  plug();
+  EXPECT_THAT(table_.takeFollowUps(), IsEmpty());
+}
+
+TEST_F(PulseSourceTableTest, ListsHardwareFirst) {
+  table_.setSource(sourceInfo(1, "echo_cancel", "Jabra Speak2 75 (echo cancelled)"));
+  info_.flags = PA_SOURCE_HARDWARE;
+  plug();
+  table_.setSource(sourceInfo(8, "noise_filter", "Jabra Speak2 75 (denoised)"));
+  pa_source_info builtIn = sourceInfo(9, "alsa_input.pci", "Built-in");
+  builtIn.flags = PA_SOURCE_HARDWARE;
+  table_.setSource(builtIn);
+  std::vector<std::uint32_t> indices;
+  for (const auto& source : table_.sources()) indices.push_back(source.index);
+  EXPECT_THAT(indices, ElementsAre(7, 9, 1, 8));
+}
+
+TEST_F(PulseSourceTableTest, KeepsAVolumeAboveFullWhereOneIsWritten) {
+  info_.volume = volumeOf({PA_VOLUME_NORM * 3 / 2, PA_VOLUME_NORM});
+  plug();
+  const pa_cvolume expected = info_.volume;
+  const pa_cvolume kept = only().volumeFor(1.0F);
+  EXPECT_TRUE(pa_cvolume_equal(&kept, &expected));
+
+  info_.volume = volumeOf({0, 0});
+  plug();
+  const pa_cvolume restored = only().volumeFor(1.0F);
+  EXPECT_TRUE(pa_cvolume_equal(&restored, &expected));
+  const pa_cvolume lower = only().volumeFor(0.5F);
+  EXPECT_EQ(pa_cvolume_max(&lower), PA_VOLUME_NORM / 2);
+}
+
+TEST_F(PulseSourceTableTest, BounceIsReadAsZeroUntilTheNextReport) {
+  plug();
+  const AudioProperty change{only().id, audio::inputVolume};
+  EXPECT_THAT(table_.setBounced(7), ElementsAre(change));
+  EXPECT_EQ(only().inputVolume(), 0.0F);
+  EXPECT_THAT(table_.setSource(info_), ElementsAre(change));
+  EXPECT_EQ(only().inputVolume(), 1.0F);
+  EXPECT_THAT(table_.setBounced(99), IsEmpty());
+}
+
+TEST_F(PulseSourceTableTest, BounceOfASilentSourceIsNotAChange) {
+  info_.mute = 1;
+  plug();
+  EXPECT_THAT(table_.setBounced(7), IsEmpty());
+}
+
+/// Writes to the table's source; what the requests change is reported at once, as a server would.
+class PulseSourceWriteTest : public PulseSourceTableTest {
+ protected:
+  void SetUp() override { plug(); }
+
+  void write(float level) { carryOut(table_.write(only().id, level)); }
+  void carryOut(const PulseWrite& write) {
+    EXPECT_EQ(write.source, info_.index);
+    if (write.volume) info_.volume = *write.volume;
+    plug();
+    if (write.muteSwitch) info_.mute = *write.muteSwitch ? 1 : 0;
+    plug();
+  }
+  /// What the button, or another program, does; with the table's answer.
+  void moveSwitch(bool muted) {
+    info_.mute = muted ? 1 : 0;
+    plug();
+    carryOutFollowUps();
+  }
+  void moveLevel(pa_volume_t level) {
+    info_.volume = volumeOf({level});
+    plug();
+    carryOutFollowUps();
+  }
+  void carryOutFollowUps() {
+    for (const PulseWrite& write : table_.takeFollowUps()) carryOut(write);
+  }
+  pa_volume_t level() const { return pa_cvolume_max(&info_.volume); }
+};
+
+TEST_F(PulseSourceWriteTest, MutesByTheLevelAtFirst) {
+  write(0.0F);
+  EXPECT_EQ(level(), 0U);
+  EXPECT_EQ(info_.mute, 0);
+}
+
+TEST_F(PulseSourceWriteTest, MutesByTheSwitchOnceAnotherProgramHasMovedIt) {
+  moveSwitch(true);
+  moveSwitch(false);
+  write(0.0F);
+  EXPECT_EQ(level(), PA_VOLUME_NORM);
+  EXPECT_EQ(info_.mute, 1);
+  write(1.0F);
+  EXPECT_EQ(info_.mute, 0);
+}
+
+TEST_F(PulseSourceWriteTest, MutesByTheLevelAgainOnceAnotherProgramHasMovedThat) {
+  moveSwitch(true);
+  moveSwitch(false);
+  moveLevel(0);
+  moveLevel(PA_VOLUME_NORM);
+  write(0.0F);
+  EXPECT_EQ(level(), 0U);
+  EXPECT_EQ(info_.mute, 0);
+}
+
+TEST_F(PulseSourceWriteTest, SwitchThatMovesAfterAMuteByTheLevelUnmutes) {
+  moveLevel(PA_VOLUME_NORM / 2);
+  write(0.0F);
+  moveSwitch(true);
+  EXPECT_EQ(level(), PA_VOLUME_NORM / 2);
+  EXPECT_EQ(info_.mute, 0);
+  EXPECT_EQ(only().inputVolume(), 0.5F);
+}
+
+TEST_F(PulseSourceWriteTest, LevelThatDropsAfterAMuteByTheSwitchUnmutes) {
+  moveLevel(PA_VOLUME_NORM / 2);
+  moveSwitch(true);
+  moveSwitch(false);
+  write(0.0F);
+  moveLevel(0);
+  EXPECT_EQ(level(), PA_VOLUME_NORM / 2);
+  EXPECT_EQ(info_.mute, 0);
+}
+
+TEST_F(PulseSourceWriteTest, LevelThatMovesBehindTheSwitchWithoutReachingZeroStaysMuted) {
+  moveSwitch(true);
+  moveSwitch(false);
+  write(0.0F);
+  moveLevel(PA_VOLUME_NORM / 2);
+  EXPECT_EQ(level(), PA_VOLUME_NORM / 2);
+  EXPECT_EQ(info_.mute, 1);
+}
+
+TEST_F(PulseSourceWriteTest, MuteByAnotherProgramIsNeverUndone) {
+  moveSwitch(true);
+  moveLevel(0);
+  moveLevel(PA_VOLUME_NORM);
+  EXPECT_EQ(info_.mute, 1);
+
+  moveSwitch(false);
+  write(0.0F);
+  write(1.0F);
+  moveLevel(0);
+  moveSwitch(true);
+  EXPECT_EQ(level(), 0U);
+  EXPECT_EQ(info_.mute, 1);
+}
+
+TEST_F(PulseSourceWriteTest, WriteOfZeroToAMutedSourceIsNotAMuteOfOurs) {
+  moveSwitch(true);
+  write(0.0F);
+  EXPECT_EQ(info_.mute, 1);
+  moveLevel(0);
+  EXPECT_EQ(info_.mute, 1);
+  EXPECT_EQ(level(), 0U);
 }
 
 TEST_F(PulseSourceTableTest, IsRunningFromTheFirstStreamToTheLast) {

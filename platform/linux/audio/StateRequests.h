@@ -1,0 +1,44 @@
+#pragma once
+
+namespace hushbox {
+
+/// Detects changes of a source that were undone before the server handled the request for its
+/// state.
+///
+/// A program that restores a volume as soon as it learns of a drop may be faster than our request.
+/// The traces are then always the same: two events, and replies in which nothing differs from
+/// before the first event. The second event arrives before the first reply, or directly behind it:
+/// the server sends its events after the replies of the same moment. So if nothing differs after a
+/// single event, the state is requested again, and the second event arrives before that reply.
+///
+/// Nothing else looks like that: the server merges its own changes of a moment into one event, and
+/// other events come alone or with a visible difference. A program that restores every change, not
+/// only drops, just as fast, would look the same.
+///
+/// One sequence of requests for one source, with the replies in order. Single-threaded.
+class StateRequests {
+ public:
+  enum class Conclusion {
+    none,
+    /// The caller has to send one more request, which counts as sent already.
+    requestAgain,
+    /// A change was undone.
+    undone
+  };
+
+  /// An event of the source has arrived and a request is sent in answer.
+  void sentForEvent();
+  /// A request is sent for another reason. Nothing is concluded from it and those in progress.
+  void sentOtherwise();
+  /// A reply has arrived, or the request has failed, which counts as a difference.
+  Conclusion replied(bool differs);
+
+ private:
+  // Since a request was last sent while none was in progress.
+  int events_ = 0;
+  int inProgress_ = 0;
+  bool isInconclusive_ = false;
+  bool hasRequestedAgain_ = false;
+};
+
+}  // namespace hushbox
