@@ -1,5 +1,7 @@
 #include "battery/BatteryMonitor.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "platform/ChildProcess.h"
@@ -14,6 +16,7 @@ namespace {
 [[maybe_unused]] constexpr Log log{"battery"};
 
 constexpr TimeInterval pollInterval{60.0};
+constexpr int maxRunningReadings = 2;
 
 }  // namespace
 
@@ -30,19 +33,35 @@ std::shared_ptr<BatteryMonitor> BatteryMonitor::make(std::string nameMatch) {
 BatteryMonitor::BatteryMonitor(Private, std::string nameMatch) : nameMatch_(std::move(nameMatch)) {}
 
 void BatteryMonitor::refresh(std::function<void()> completion) {
+  Completions completions;
+  if (completion) completions.push_back(std::move(completion));
+  if (runningReadings_ < maxRunningReadings) return startReading(std::move(completions));
+  isReadingWaiting_ = true;
+  std::move(completions.begin(), completions.end(), std::back_inserter(waitingCompletions_));
+}
+
+void BatteryMonitor::startReading(Completions completions) {
+  ++runningReadings_;
   platform().mainLoop.utilityAsync([self = shared_from_this(), nameMatch = nameMatch_,
-                                    completion = std::move(completion)]() mutable {
+                                    completions = std::move(completions)]() mutable {
     const auto reading = read(nameMatch);
     const std::weak_ptr<BatteryMonitor> monitor = self;
     // Released before the hop, so that the hop does not keep an otherwise unused monitor alive.
     self.reset();
-    platform().mainLoop.mainAsync([monitor, reading, completion = std::move(completion)] {
-      const auto alive = monitor.lock();
-      if (!alive) return;
-      alive->publish(reading);
-      if (completion) completion();
+    platform().mainLoop.mainAsync([monitor, reading, completions = std::move(completions)] {
+      if (const auto alive = monitor.lock()) alive->finishReading(reading, completions);
     });
   });
+}
+
+void BatteryMonitor::finishReading(const std::optional<BatteryReading>& reading,
+                                   const Completions& completions) {
+  --runningReadings_;
+  publish(reading);
+  for (const auto& completion : completions) completion();
+  if (!isReadingWaiting_ || runningReadings_ == maxRunningReadings) return;
+  isReadingWaiting_ = false;
+  startReading(std::exchange(waitingCompletions_, {}));
 }
 
 void BatteryMonitor::publish(const std::optional<BatteryReading>& reading) {

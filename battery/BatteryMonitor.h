@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "battery/BatteryReading.h"
 #include "platform/RegistrationToken.h"
@@ -45,16 +46,27 @@ class BatteryMonitor : public std::enable_shared_from_this<BatteryMonitor> {
   /// Starts a reading and returns at once. `completion`, which may be empty, is called on the main
   /// thread after the members were assigned, whether or not the reading succeeded, but not after
   /// the monitor is destroyed. Readings may overlap; the last one to finish wins.
+  ///
+  /// Two readings may run at once. While both do, as when the tool hangs, one more waits until one of
+  /// them ends, and serves every refresh requested until then.
   void refresh(std::function<void()> completion);
 
  private:
   static std::optional<BatteryReading> read(const std::string& nameMatch);
+  using Completions = std::vector<std::function<void()>>;
+
+  void startReading(Completions completions);
+  void finishReading(const std::optional<BatteryReading>& reading, const Completions& completions);
   void publish(const std::optional<BatteryReading>& reading);
 
   Published<std::optional<std::int64_t>> level_{objectWillChange, std::nullopt};
   Published<bool> isCharging_{objectWillChange, false};
   std::string nameMatch_;
   RegistrationToken timer_;
+  int runningReadings_ = 0;
+  /// Whether a reading waits, and the completions that it will call.
+  bool isReadingWaiting_ = false;
+  Completions waitingCompletions_;
 };
 
 }  // namespace hushbox

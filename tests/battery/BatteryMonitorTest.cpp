@@ -211,6 +211,51 @@ TEST_F(BatteryMonitorTest, LastReadingToFinishWins) {
               testing::IsSupersetOf({"completion at 20", "completion at 10"}));
 }
 
+TEST_F(BatteryMonitorTest, ToolThatHangsForAnHourHoldsTwoReadings) {
+  desk.loop.holdUtilityQueue();
+  make();
+  desk.advance(3600s);
+  EXPECT_EQ(desk.loop.waitingUtilityBlocks(), 2U);
+  desk.setBattery(45);
+  desk.loop.resumeUtilityQueue();
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(monitor->level(), 45);
+  Lines lines = desk.journal.take("processes");
+  EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                          [](const auto& line) { return line.ends_with("launch -> true"); }),
+            3);
+}
+
+TEST_F(BatteryMonitorTest, WaitingReadingStartsWhenOneEndsAndCallsEachCompletion) {
+  makeAndRead();
+  desk.loop.holdUtilityQueue();
+  for (int i = 0; i < 4; ++i) refresh();
+  EXPECT_EQ(desk.loop.waitingUtilityBlocks(), 2U);
+  desk.setBattery(20);
+  desk.loop.releaseUtilityBlock(0);
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(desk.loop.waitingUtilityBlocks(), 2U);
+  desk.setBattery(10);
+  desk.loop.releaseUtilityBlock(1);
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(desk.loop.waitingUtilityBlocks(), 1U);
+  Lines heard = desk.journal.take("monitor");
+  EXPECT_EQ(std::count(heard.begin(), heard.end(), "completion at 20"), 1);
+  EXPECT_EQ(std::count(heard.begin(), heard.end(), "completion at 10"), 2);
+}
+
+TEST_F(BatteryMonitorTest, WaitingReadingDoesNotOutliveTheMonitor) {
+  makeAndRead();
+  desk.loop.holdUtilityQueue();
+  for (int i = 0; i < 3; ++i) refresh();
+  release();
+  desk.journal.take();
+  desk.loop.resumeUtilityQueue();
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take("monitor"), IsEmpty());
+  EXPECT_EQ(desk.loop.waitingUtilityBlocks(), 0U);
+}
+
 TEST_F(BatteryMonitorTest, CompletionMayStartAnotherReading) {
   makeAndRead();
   desk.setBattery(20);
