@@ -20,7 +20,7 @@ Point onCurve(Point a, Point b, Point c, Point d, double t) {
   return {wa * a.x + wb * b.x + wc * c.x + wd * d.x, wa * a.y + wb * b.y + wc * c.y + wd * d.y};
 }
 
-/// A place where the outline crosses a line of samples, and whether it runs up or down there.
+/// A point where the outline crosses a line of samples, and the direction of the crossing.
 struct Crossing {
   double x;
   int direction;
@@ -39,7 +39,7 @@ std::vector<Crossing> crossings(const std::vector<std::vector<Point>>& outlines,
   return found;
 }
 
-/// Adds to each pixel's count the samples of one line that lie between the two places.
+/// Adds to each pixel's count the samples of one line between the two positions.
 void count(std::vector<int>& hits, double from, double to) {
   const auto end = static_cast<double>(hits.size() * samples);
   const auto first = static_cast<int>(std::clamp(std::ceil(from * samples - 0.5), 0.0, end));

@@ -8,8 +8,8 @@
 
 namespace hushbox {
 
-/// A square of pixels that paths are filled on, without any help of the system: the icon is drawn
-/// while building, and the same everywhere. Edges are smoothed by sampling.
+/// Fills paths on a square of pixels without any graphics library, so that every build draws the same
+/// icon. Smooths edges by sampling.
 class IconCanvas final : public Canvas {
  public:
   using Rgb = std::array<std::uint8_t, 3>;
@@ -18,21 +18,21 @@ class IconCanvas final : public Canvas {
 
   void scale(double x, double y) override;
   void setAlpha(double alpha) override { alpha_ = alpha; }
-  /// The icon needs no erasing.
+  /// Ignored: the icon erases nothing.
   void setBlendMode(BlendMode) override {}
-  /// A mask on an icon is light, whatever colour the menu bar would give it.
+  /// The mask on the icon is light, whatever its colour in the menu bar.
   void setFillColor(Color) override { fill_ = {0xF4, 0xF4, 0xF6}; }
   void setStrokeColor(Color) override {}
   void fill(const Path& path) override { fill(path, fill_); }
-  /// The icon has no line.
+  /// Ignored: the icon has no lines.
   void stroke(const Path&) override {}
 
   void fill(const Path& path, Rgb color);
-  /// Moves the origin, in the units in force.
+  /// Moves the origin, in the current units.
   void translate(double x, double y);
 
   int pixels() const { return pixels_; }
-  /// Rows from the top, four bytes a pixel: red, green, blue, opacity; not premultiplied.
+  /// Rows from the top, four bytes per pixel: red, green, blue, opacity; not premultiplied.
   const std::vector<std::uint8_t>& rgba() const { return rgba_; }
 
  private:

@@ -35,7 +35,7 @@ std::string chunk(const std::string& type, const std::string& data) {
   return bigEndian(data.size()) + checked + bigEndian(sum);
 }
 
-/// Eight bits a channel, with opacity; every row as it is.
+/// Eight bits per channel, with opacity; rows without a filter.
 std::string png(const IconCanvas& picture) {
   const auto pixels = static_cast<std::size_t>(picture.pixels());
   std::string rows;

@@ -7,13 +7,13 @@
 
 namespace hushbox {
 
-/// An icon file in the making: one picture for each size, each a PNG file within it.
+/// Builds an icon file: one picture per size, each an embedded PNG file.
 class IconFile {
  public:
-  /// `type` is the four letters that stand for the picture's size and density.
+  /// `type` is the four-letter code of the picture's size and resolution.
   void add(std::string_view type, const IconCanvas& picture);
 
-  /// The whole file.
+  /// Returns the whole file.
   std::string bytes() const;
 
  private:

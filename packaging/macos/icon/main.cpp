@@ -13,16 +13,17 @@
 namespace hushbox {
 namespace {
 
-/// The sizes that the system asks for, by the letters that an icon file knows them by; a picture of
-/// 32 pixels stands for 32 points and for 16 at double density, and so on.
+/// The sizes of an application's icon and their types in an icon file. Several types have the same
+/// size: one is for single and one for double resolution. The types of 16 and 32 points at single
+/// resolution are left out, since macOS draws them garbled if they are PNG files; it scales ic11.
 struct Size {
   const char* type;
   int pixels;
 };
-constexpr Size sizes[] = {{"icp4", 16}, {"icp5", 32}, {"ic07", 128}, {"ic08", 256}, {"ic09", 512},
-                          {"ic11", 32}, {"ic12", 64}, {"ic13", 256}, {"ic14", 512}, {"ic10", 1024}};
+constexpr Size sizes[] = {{"ic07", 128}, {"ic08", 256}, {"ic09", 512}, {"ic11", 32},
+                          {"ic12", 64},  {"ic13", 256}, {"ic14", 512}, {"ic10", 1024}};
 
-/// The tile's place on a grid of 1024, with corners as the system's own icons have them.
+/// The tile on a grid of 1024, with the margins and corners of the system's own icons.
 Path tile() {
   constexpr double near = 100, far = 924, radius = 185, handle = radius * 0.4477;
   Path path;
@@ -57,7 +58,7 @@ int write(const char* path) {
   std::ofstream file(path, std::ios::binary);
   file << icon.bytes() << std::flush;
   if (file) return 0;
-  std::fprintf(stderr, "hushbox-icon: %s could not be written.\n", path);
+  std::fprintf(stderr, "hushbox-icon: can't write %s.\n", path);
   return 1;
 }
 
