@@ -34,6 +34,7 @@ void HushboxApp::changeAnnounced() {
 
 void HushboxApp::redraw() {
   redrawPending_ = false;
+  updateActivity();
   const MuteCoordinator& now = coordinator();
   const Look look{now.isMuted(), now.jabra().deviceName().has_value(), now.jabra().isInCall()};
   if (look != shownLook_) {
@@ -44,6 +45,14 @@ void HushboxApp::redraw() {
   if (rows == shownRows_) return;
   shownRows_ = rows;
   platform().menuBar.setRows(std::move(rows));
+}
+
+void HushboxApp::updateActivity() {
+  if (!coordinator().jabra().isInCall()) {
+    activity_ = nullptr;
+  } else if (!activity_) {
+    activity_ = platform().mainLoop.beginActivity("The speakerphone is in use");
+  }
 }
 
 }  // namespace hushbox

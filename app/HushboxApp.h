@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -39,11 +40,15 @@ class HushboxApp {
   MuteCoordinator& coordinator();
   void changeAnnounced();
   void redraw();
+  /// Holds an activity while the speakerphone is in use: a press must be recognised within 0.3 s.
+  /// Without a call the system may throttle the program, which saves power.
+  void updateActivity();
 
   std::optional<MuteCoordinator> coordinator_;
   std::optional<MenuContent> menu_;
   std::vector<Subscription> subscriptions_;
   bool redrawPending_ = false;
+  std::shared_ptr<void> activity_;
   std::optional<Look> shownLook_;
   std::vector<MenuRow> shownRows_;
   Lifetime lifetime_;

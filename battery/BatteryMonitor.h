@@ -47,8 +47,8 @@ class BatteryMonitor : public std::enable_shared_from_this<BatteryMonitor> {
   /// thread after the members were assigned, whether or not the reading succeeded, but not after
   /// the monitor is destroyed. Readings may overlap; the last one to finish wins.
   ///
-  /// Two readings may run at once. While both do, as when the tool hangs, one more waits until one of
-  /// them ends, and serves every refresh requested until then.
+  /// Two readings may run at once. While both do, as when the tool hangs, one more waits until one
+  /// of them ends, and serves every refresh requested until then.
   void refresh(std::function<void()> completion);
 
  private:

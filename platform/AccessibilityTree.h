@@ -80,8 +80,8 @@ class AccessibilityTree {
                                                 std::string_view attribute,
                                                 AttributeValue& value) = 0;
 
-  /// Performs an action such as "AXPress". 0 means that the application accepted the action; what
-  /// it changes, such as the button's label, may show only later.
+  /// Performs an action such as "AXPress". 0 means that the application accepted the action. Waits
+  /// a short time for the effect to show, such as the button's new label; it may still show later.
   virtual AccessibilityError performAction(const AccessibilityElementRef& element,
                                            std::string_view action) = 0;
 };

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <functional>
+#include <memory>
+#include <string>
 
 #include "platform/RegistrationToken.h"
 #include "platform/Time.h"
@@ -41,6 +43,11 @@ class MainLoop {
   /// Runs `block` on a background thread of "utility" quality of service and destroys it there.
   /// Blocks may take long; they run concurrently and in no particular order.
   virtual void utilityAsync(std::function<void()> block) = 0;
+
+  /// Keeps the system from throttling this process's timers and delayed work, as some systems do to
+  /// a program without windows, until the result is destroyed. The system's tools show `reason`.
+  /// Never null. Without it timers and delayed work may be seconds late.
+  virtual std::shared_ptr<void> beginActivity(const std::string& reason) = 0;
 
   /// Runs the application until `terminate()`, then returns the process's exit status, 0. On macOS
   /// the process exits inside the call.

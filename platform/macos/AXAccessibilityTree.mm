@@ -3,10 +3,12 @@
 #import <ApplicationServices/ApplicationServices.h>
 #import <Foundation/Foundation.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/Time.h"
 #import "platform/macos/AXElement.h"
 #import "platform/macos/StringConversion.h"
 
@@ -14,6 +16,11 @@ namespace hushbox {
 namespace {
 
 using Application = std::shared_ptr<AXApplication>;
+
+/// Applications change a label some 10 to 300 ms after the press. Until then a reader of the label
+/// would conclude that the press had no effect.
+constexpr TimeInterval maxWaitForChange{0.5};
+constexpr TimeInterval firstPause{0.01};
 
 AttributeValue elementsOf(CFArrayRef array, const Application& application) {
   std::vector<AccessibilityElementRef> elements;
@@ -99,8 +106,36 @@ AccessibilityError AXAccessibilityTree::performAction(const AccessibilityElement
                                                       std::string_view action) {
   const AXElement* target = nullptr;
   if (const auto status = prepare(element, target)) return status;
+  const auto before = appearance(element);
   @autoreleasepool {
-    return AXUIElementPerformAction(target->get(), (__bridge CFStringRef)stringFromUtf8(action));
+    const AXError status =
+        AXUIElementPerformAction(target->get(), (__bridge CFStringRef)stringFromUtf8(action));
+    if (status != kAXErrorSuccess || !before) return status;
+  }
+  waitForChange(element, *before);
+  return accessibility::success;
+}
+
+std::optional<std::vector<AttributeValue>> AXAccessibilityTree::appearance(
+    const AccessibilityElementRef& element) {
+  std::vector<AttributeValue> values;
+  for (const char* attribute : {"AXDescription", "AXTitle", "AXHelp", "AXValue"}) {
+    AttributeValue value;
+    const auto status = copyAttributeValue(element, attribute, value);
+    if (status == accessibility::cannotComplete) return std::nullopt;
+    values.push_back(std::move(value));
+  }
+  return values;
+}
+
+void AXAccessibilityTree::waitForChange(const AccessibilityElementRef& element,
+                                        const std::vector<AttributeValue>& before) {
+  TimeInterval left = maxWaitForChange;
+  for (TimeInterval pause = firstPause; left.count() > 0; pause *= 2) {
+    if (appearance(element) != before) return;
+    const TimeInterval span = std::min(pause, left);
+    [NSThread sleepForTimeInterval:span.count()];
+    left -= span;
   }
 }
 

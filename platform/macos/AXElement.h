@@ -10,16 +10,15 @@
 
 namespace hushbox {
 
-/// What the elements of one application have in common.
+/// Shared by the elements of one application.
 struct AXApplication {
-  /// Stands for the tree that made the elements.
+  /// Identifies the tree that created the elements.
   std::weak_ptr<const void> tree;
-  /// In seconds; 0 while none was asked for.
+  /// In seconds; 0 while none is set.
   float messagingTimeout = 0;
 };
 
-/// An element of an application as the accessibility interface hands it out, kept alive by a
-/// reference of its own. Main thread only.
+/// An element of another application's user interface. Holds one reference to it. Main thread only.
 class AXElement final : public AccessibilityElement {
  public:
   AXElement(std::shared_ptr<AXApplication> application, CFReference<AXUIElementRef> element)
@@ -28,7 +27,7 @@ class AXElement final : public AccessibilityElement {
   const std::shared_ptr<AXApplication>& application() const { return application_; }
   AXUIElementRef get() const { return element_.get(); }
 
-  /// The messaging time-out that this element has been given, in seconds.
+  /// The messaging timeout that was set on this element, in seconds; 0 if none was.
   float messagingTimeout() const { return messagingTimeout_; }
   void setMessagingTimeout(float seconds) const { messagingTimeout_ = seconds; }
 

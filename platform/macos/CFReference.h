@@ -6,14 +6,14 @@
 
 namespace hushbox {
 
-/// Owns one reference to a Core Foundation object, or none. Any thread, as the object allows.
+/// Owns one reference to a Core Foundation object, or is null. As thread-safe as the object.
 template <typename Ref>
 class CFReference {
  public:
   CFReference() = default;
-  /// Takes over the reference that a function with Create or Copy in its name gave.
+  /// Takes over the reference that a function with Create or Copy in its name returned.
   static CFReference adopting(Ref object) { return CFReference(object); }
-  /// Adds a reference of its own to an object that somebody else holds.
+  /// Adds a reference to an object that is owned elsewhere.
   static CFReference retaining(Ref object) {
     if (object) CFRetain(object);
     return CFReference(object);

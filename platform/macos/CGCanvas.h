@@ -6,14 +6,14 @@ struct CGContext;
 
 namespace hushbox {
 
-/// The current graphics context as a canvas: its Core Graphics context takes scale, opacity and
-/// blend mode, and Bézier paths draw on it. The context's own coordinates are the canvas's, so that
-/// y runs downward only in a context that is flipped.
+/// Draws on the current graphics context. Scale, opacity and blend mode are set on its Core
+/// Graphics context; NSBezierPath fills and strokes. The canvas uses the context's coordinates, so
+/// y runs downward only if the context is flipped.
 ///
-/// Nothing is saved or restored: each rendering of an image has a context of its own.
+/// Saves and restores no graphics state: each rendering of an image has its own context.
 class CGCanvas final : public Canvas {
  public:
-  /// `context` is that of the current NSGraphicsContext, and has to stay so.
+  /// `context` must belong to the current NSGraphicsContext for as long as this lives.
   explicit CGCanvas(CGContext* context) : context_(context) {}
 
   void scale(double x, double y) override;

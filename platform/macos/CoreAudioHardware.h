@@ -6,8 +6,8 @@ namespace hushbox {
 
 /// The audio devices of Core Audio's hardware abstraction layer. Main thread only.
 ///
-/// Listeners are called on the main queue. Core Audio keeps them, so that they go on after this
-/// object's end; a registration is good for removal on any object of this class.
+/// Listeners are called on the main queue. Core Audio owns them, so they outlive this object, and
+/// any object of this class can remove them.
 class CoreAudioHardware final : public AudioHardware {
  public:
   bool hasProperty(AudioObjectID object, const AudioPropertyAddress& address) override;
@@ -16,7 +16,7 @@ class CoreAudioHardware final : public AudioHardware {
   AudioStatus getPropertyData(AudioObjectID object, const AudioPropertyAddress& address,
                               std::uint32_t& size, void* data) override;
 
-  /// `audio::unknownProperty` where the value is absent or no text.
+  /// Returns `audio::unknownProperty` if there is no value or it is not a string.
   AudioStatus getPropertyText(AudioObjectID object, const AudioPropertyAddress& address,
                               std::string& text) override;
 
@@ -25,7 +25,7 @@ class CoreAudioHardware final : public AudioHardware {
   RegistrationToken addPropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
                                         std::function<void()> listener) override;
 
-  /// `audio::unsupportedOperation` for an empty registration.
+  /// Returns `audio::unsupportedOperation` for an empty token.
   AudioStatus removePropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
                                      RegistrationToken listener) override;
 };

@@ -15,7 +15,7 @@ AudioObjectPropertyAddress native(const AudioPropertyAddress& address) {
   return {address.selector, address.scope, address.element};
 }
 
-/// The block as Core Audio knows it: only the identical one can be removed.
+/// The block as Core Audio received it: removal requires the identical block.
 struct PropertyListener {
   AudioObjectPropertyListenerBlock block;
 };
@@ -23,7 +23,7 @@ struct PropertyListener {
 AudioObjectPropertyListenerBlock blockCalling(std::function<void()> listener) {
   const auto held = std::make_shared<const std::function<void()>>(std::move(listener));
   return ^(UInt32, const AudioObjectPropertyAddress*) {
-    // A listener may remove itself, and with itself the block.
+    // A listener may remove itself, which destroys this block: keep the function alive.
     const auto called = held;
     @autoreleasepool {
       (*called)();
@@ -49,7 +49,7 @@ AudioStatus CoreAudioHardware::getPropertyData(AudioObjectID object,
                                                const AudioPropertyAddress& address,
                                                std::uint32_t& size, void* data) {
   const auto property = native(address);
-  // An empty list has no room, and Core Audio takes no null for it.
+  // An empty list may have a null pointer, which Core Audio rejects.
   char nothing = 0;
   return AudioObjectGetPropertyData(object, &property, 0, nullptr, &size, data ? data : &nothing);
 }

@@ -4,8 +4,8 @@
 
 namespace hushbox {
 
-/// The user's conventions as the system's date formatter follows them, with what is set in System
-/// Settings at the time of asking. Main thread only.
+/// Formats the time with the system's date formatter, which follows the current System Settings.
+/// Main thread only.
 class FormatterLocale final : public Locale {
  public:
   std::string shortTime() override;

@@ -4,13 +4,13 @@
 
 #include <functional>
 
-/// What choosing a row of the menu does: the target of the row's item, which holds its target only
-/// weakly and so keeps this as its represented object. Main thread only.
+/// The target of a menu item: calls a function when the item is chosen. The item references its
+/// target weakly, so it must also own this as its represented object. Main thread only.
 @interface HushboxRowAction : NSObject
 
 @property(nonatomic) std::function<void()> onChoice;
 
-/// Calls `onChoice`; the sender is ignored.
+/// Calls `onChoice`, if there is one; ignores the sender.
 - (void)run:(id)sender;
 
 @end

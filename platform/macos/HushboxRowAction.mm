@@ -4,7 +4,7 @@
 
 - (void)run:(id)sender {
   (void)sender;
-  // A copy: it may replace the rows, and this with them.
+  // A copy, because the function may replace the rows and so destroy this object.
   const std::function<void()> action = self.onChoice;
   if (action) action();
 }

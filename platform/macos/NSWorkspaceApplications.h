@@ -4,8 +4,8 @@
 
 namespace hushbox {
 
-/// The user's running applications as NSWorkspace lists them. Main thread only; the list is brought
-/// up to date by the main run loop.
+/// The user's running applications as NSWorkspace lists them. Main thread only. The list changes
+/// only while the main run loop runs.
 class NSWorkspaceApplications final : public Workspace {
  public:
   std::vector<RunningApplication> runningApplications() override;

@@ -4,12 +4,12 @@
 
 namespace hushbox {
 
-/// The system's log (os_log), where Console and `log` find the records by subsystem and category.
-/// Any thread; never blocks.
+/// Writes to the system's log (os_log). Console and `log` find the records by subsystem and
+/// category. Any thread; never blocks.
 ///
-/// The text is marked public: records are written to be read by whoever helps the user. Control
-/// characters are spelt out, so that a record is one line wherever it is shown. The system itself
-/// cuts a record short beyond about a kilobyte.
+/// The text is marked public, because users send these records when they ask for help. Control
+/// characters are escaped, so that each record is one line. The system truncates a record at about
+/// one kilobyte.
 class OSUnifiedLog final : public UnifiedLog {
  public:
   void write(std::string_view subsystem, std::string_view category, LogLevel level,

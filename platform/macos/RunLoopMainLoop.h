@@ -4,12 +4,11 @@
 
 namespace hushbox {
 
-/// The application's main run loop with its main queue, and the global queue of utility quality of
+/// The application's main run loop, its main queue, and the global queue of utility quality of
 /// service.
 ///
-/// Timers run in the common modes, so that an open menu does not stop them. Timers and queues are
-/// the system's and go on after this object's end. While the machine sleeps nothing runs, but time
-/// passes for `now()`.
+/// Timers run in the common modes, so an open menu does not stop them. The system owns timers and
+/// queues; they outlive this object. While the machine sleeps nothing runs, but `now()` advances.
 class RunLoopMainLoop final : public MainLoop {
  public:
   Instant now() const override;
@@ -19,11 +18,15 @@ class RunLoopMainLoop final : public MainLoop {
   void mainAsync(std::function<void()> block) override;
   void utilityAsync(std::function<void()> block) override;
 
-  /// Runs the shared application. Once it terminates, the application ends the process by itself,
-  /// with status 0: on a Mac this does not return.
+  /// Opts out of App Nap, which delays timers and delayed blocks of background applications by up
+  /// to ten seconds. The machine may still sleep.
+  std::shared_ptr<void> beginActivity(const std::string& reason) override;
+
+  /// Runs the shared application. When that terminates it exits the process with status 0, so on a
+  /// Mac this does not return.
   int run() override;
 
-  /// The application is asked in the next turn of the loop.
+  /// Terminates the application in the next turn of the loop.
   void terminate() override;
 };
 

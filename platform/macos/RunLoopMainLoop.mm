@@ -9,11 +9,13 @@
 #include <chrono>
 #include <utility>
 
+#import "platform/macos/StringConversion.h"
+
 namespace hushbox {
 namespace {
 
-/// A block for a queue that runs `work` and ends it there, on the queue's thread: nothing of it
-/// stays with the thread that hands it over.
+/// Returns a block that runs `work` and then destroys it, so that its captures are destroyed on the
+/// queue's thread and not on the caller's.
 dispatch_block_t handedOver(std::function<void()> work) {
   const auto held = std::make_shared<std::function<void()>>(std::move(work));
   return ^{
@@ -23,15 +25,31 @@ dispatch_block_t handedOver(std::function<void()> work) {
   };
 }
 
-/// Keeps an object of the Objective-C runtime for a registration.
+/// Lets a RegistrationToken own a timer.
 struct ScheduledTimer {
   NSTimer* timer;
+};
+
+/// Ends an activity of this process when it is destroyed.
+class Activity {
+ public:
+  explicit Activity(id<NSObject> native) : native_(native) {}
+  ~Activity() {
+    @autoreleasepool {
+      [NSProcessInfo.processInfo endActivity:native_];
+    }
+  }
+  Activity(const Activity&) = delete;
+  Activity& operator=(const Activity&) = delete;
+
+ private:
+  id<NSObject> native_;
 };
 
 }  // namespace
 
 Instant RunLoopMainLoop::now() const {
-  // On this system the one that goes on during sleep.
+  // On this system this clock continues during sleep.
   return Instant(std::chrono::nanoseconds(clock_gettime_nsec_np(CLOCK_MONOTONIC_RAW)));
 }
 
@@ -68,6 +86,16 @@ void RunLoopMainLoop::utilityAsync(std::function<void()> block) {
   dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), handedOver(std::move(block)));
 }
 
+std::shared_ptr<void> RunLoopMainLoop::beginActivity(const std::string& reason) {
+  @autoreleasepool {
+    constexpr NSActivityOptions options =
+        NSActivityUserInitiatedAllowingIdleSystemSleep | NSActivityLatencyCritical;
+    id<NSObject> native =
+        [NSProcessInfo.processInfo beginActivityWithOptions:options reason:stringFromUtf8(reason)];
+    return std::make_shared<Activity>(native);
+  }
+}
+
 int RunLoopMainLoop::run() {
   @autoreleasepool {
     [NSApplication.sharedApplication run];
@@ -76,7 +104,7 @@ int RunLoopMainLoop::run() {
 }
 
 void RunLoopMainLoop::terminate() {
-  // Not from within: it ends the process, under the feet of whoever asked for it.
+  // Later, because terminate: exits the process while its callers are still on the stack.
   dispatch_async(dispatch_get_main_queue(), ^{
     [NSApplication.sharedApplication terminate:nil];
   });

@@ -4,11 +4,11 @@
 
 namespace hushbox {
 
-/// The application's own login item at the service-management framework. Main thread only. The
-/// system keeps the registration, by the bundle; a program outside one is `notFound` and refused.
+/// The application's login item in the service-management framework. Main thread only. The system
+/// stores the registration per bundle; outside a bundle the status is `notFound` and changes fail.
 ///
-/// The framework counts it as an error to ask for what already is. Here it is none: a change that
-/// failed is looked at by the status it left.
+/// The framework fails to register what is registered already, and likewise to unregister. Here
+/// both succeed: after a failure the status decides.
 class ServiceLoginItem final : public LoginItem {
  public:
   Status status() override;

@@ -6,14 +6,14 @@
 
 namespace hushbox {
 
-/// The item in the menu bar with its pull-down menu. Main thread only; to be made after the shared
-/// application. The item is there from the beginning and leaves the menu bar with this.
+/// The status item with its pull-down menu. Main thread only; create it after the shared
+/// application. The item appears in the menu bar on construction and is removed on destruction.
 ///
-/// A menu may be open while its rows change, with the user about to choose one. So a row that
+/// Rows may change while the menu is open and the user is about to choose one. So a row that
 /// continues another keeps its native item, which is edited in place; see continuedRows().
 ///
-/// The icon is drawn afresh from its vectors at each rendering, at the display's density. In which
-/// colours a template appears is the menu bar's affair.
+/// Each rendering draws the icon from its vectors at the display's resolution. The menu bar chooses
+/// the colours of a template image.
 class StatusItemMenuBar final : public MenuBar {
  public:
   StatusItemMenuBar();
@@ -21,13 +21,13 @@ class StatusItemMenuBar final : public MenuBar {
   StatusItemMenuBar(const StatusItemMenuBar&) = delete;
   StatusItemMenuBar& operator=(const StatusItemMenuBar&) = delete;
 
-  /// `description` is the item's label for accessibility.
+  /// `description` becomes the item's accessibility label and tool tip.
   void setIcon(const Image& icon, const std::string& description) override;
 
   void setRows(std::vector<MenuRow> rows) override;
 
  private:
-  /// The native objects, so that this header is plain C++.
+  /// Hides the native objects, so that this header is plain C++.
   struct Item;
 
   const std::unique_ptr<Item> item_;

@@ -46,7 +46,7 @@ void edit(NSMenuItem* item, const MenuRow& row) {
 }
 
 NSImage* nativeImage(const Image& icon) {
-  // The image may be drawn long after this: nothing of `icon` may be left in the block.
+  // The image may be drawn long after this call, so the block must not reference `icon`.
   const auto draw = icon.draw;
   NSImage* image = [NSImage imageWithSize:NSMakeSize(icon.width, icon.height)
                                   flipped:icon.flipped
@@ -74,8 +74,10 @@ StatusItemMenuBar::StatusItemMenuBar() : item_(std::make_unique<Item>()) {
   @autoreleasepool {
     item_->statusItem =
         [NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength];
+    // The system stores where the user moved the item under this name.
+    item_->statusItem.autosaveName = @"Hushbox";
     item_->menu = [[NSMenu alloc] initWithTitle:@""];
-    // Which rows can be chosen is said by the rows.
+    // The rows say which of them are enabled.
     item_->menu.autoenablesItems = NO;
     item_->statusItem.menu = item_->menu;
   }
@@ -91,7 +93,9 @@ void StatusItemMenuBar::setIcon(const Image& icon, const std::string& descriptio
   @autoreleasepool {
     NSStatusBarButton* button = item_->statusItem.button;
     button.image = nativeImage(icon);
-    [button setAccessibilityLabel:stringFromUtf8(description)];
+    NSString* words = stringFromUtf8(description);
+    button.toolTip = words;
+    [button setAccessibilityLabel:words];
   }
 }
 

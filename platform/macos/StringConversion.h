@@ -7,11 +7,11 @@
 
 namespace hushbox {
 
-/// The string of a UTF-8 text; empty where the text is not UTF-8. Any thread.
+/// Converts UTF-8 text. Returns the empty string, never nil, for malformed text. Any thread.
 NSString* stringFromUtf8(std::string_view text);
 
-/// The string as UTF-8, whatever characters are in it: what cannot be encoded, half a surrogate
-/// pair in a label cut short, is replaced. Nil gives the empty text. Any thread.
+/// Converts to UTF-8. Replaces what cannot be encoded, such as half a surrogate pair at the end of
+/// a truncated label. Returns empty text for nil. Any thread.
 std::string utf8FromString(NSString* string);
 
 }  // namespace hushbox

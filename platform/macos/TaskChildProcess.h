@@ -6,16 +6,16 @@
 
 namespace hushbox {
 
-/// A child process run by NSTask, its standard output read through an NSPipe.
+/// A child process run by NSTask; an NSPipe reads its standard output.
 class TaskChildProcess final : public ChildProcess {
  public:
   void setExecutablePath(const std::string& path) override { path_ = path; }
   void setArguments(const std::vector<std::string>& arguments) override { arguments_ = arguments; }
 
-  /// To be called once.
+  /// Call this once. Returns false the second time.
   bool launch() override;
 
-  /// Empty when the child was not launched.
+  /// Returns empty text if the child was not launched.
   std::string readDataToEndOfFile() override;
 
   void waitUntilExit() override;
@@ -23,7 +23,7 @@ class TaskChildProcess final : public ChildProcess {
  private:
   std::string path_;
   std::vector<std::string> arguments_;
-  /// Both nil before the launch.
+  /// Both are nil before the launch.
   NSTask* task_ = nil;
   NSFileHandle* output_ = nil;
 };

@@ -5,7 +5,7 @@
 namespace hushbox {
 namespace {
 
-/// Whether the system takes the text as it is: it reads a zero byte as the end.
+/// Whether the system passes on the whole text: it stops at a zero byte.
 bool isWhole(const std::string& text) {
   return text.find('\0') == std::string::npos;
 }
@@ -13,7 +13,7 @@ bool isWhole(const std::string& text) {
 }  // namespace
 
 bool TaskChildProcess::launch() {
-  // NSTask raises an exception for want of a path.
+  // NSTask raises an exception if it has no path.
   if (task_ || path_.empty() || !isWhole(path_)) return false;
   @autoreleasepool {
     NSTask* task = [[NSTask alloc] init];

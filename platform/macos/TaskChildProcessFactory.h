@@ -4,7 +4,7 @@
 
 namespace hushbox {
 
-/// Makes child processes that NSTask runs. Any thread.
+/// Creates child processes that NSTask runs. Any thread.
 class TaskChildProcessFactory final : public ChildProcessFactory {
  public:
   std::unique_ptr<ChildProcess> make() override;

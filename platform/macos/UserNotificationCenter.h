@@ -4,11 +4,11 @@
 
 namespace hushbox {
 
-/// The user-notification service. Any thread; completions run on a thread of the service's.
+/// The user-notification service. Any thread; completions run on a thread that the service chooses.
 ///
-/// The service knows programs by their bundle and raises an exception in one that has none, as when
-/// the executable is started by itself outside of it. There it is not asked at all, and each
-/// completion is called at once, on the caller's thread, with an error that says so.
+/// The service identifies programs by their bundle. In a program without one, such as an executable
+/// that was copied out of its bundle, it raises an exception. There the service is not called, and
+/// each completion runs at once on the caller's thread with an error that gives the reason.
 class UserNotificationCenter final : public UserNotifications {
  public:
   void requestAuthorization(

@@ -16,7 +16,7 @@ static_assert(unsigned{notificationAlert} == UNAuthorizationOptionAlert);
 constexpr const char* noBundle =
     "Hushbox was started outside its application bundle, and only a bundle can notify";
 
-/// Nil outside a bundle.
+/// Returns nil outside a bundle.
 UNUserNotificationCenter* currentCenter() {
   if (!NSBundle.mainBundle.bundleIdentifier) return nil;
   return [UNUserNotificationCenter currentNotificationCenter];
@@ -32,7 +32,7 @@ UNNotificationRequest* nativeRequest(const NotificationRequest& request) {
   content.title = stringFromUtf8(request.title);
   content.body = stringFromUtf8(request.body);
   if (request.defaultSound) content.sound = [UNNotificationSound defaultSound];
-  // Without a trigger it is shown at once.
+  // No trigger means immediate delivery.
   return [UNNotificationRequest requestWithIdentifier:stringFromUtf8(request.identifier)
                                               content:content
                                               trigger:nil];

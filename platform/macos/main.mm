@@ -1,25 +1,17 @@
-// Hushbox on the Mac: puts the platform together and runs the application on it.
+// Hushbox on the Mac: brings the platform into scope and runs the application on it.
 
 #import <AppKit/AppKit.h>
 
+#include <cstdio>
+
 #include "app/HushboxApp.h"
-#include "platform/Platform.h"
-#import "platform/macos/AXAccessibilityTree.h"
-#import "platform/macos/CoreAudioHardware.h"
-#import "platform/macos/FormatterLocale.h"
-#import "platform/macos/NSWorkspaceApplications.h"
-#import "platform/macos/OSUnifiedLog.h"
-#import "platform/macos/RunLoopMainLoop.h"
-#import "platform/macos/ServiceLoginItem.h"
-#import "platform/macos/StatusItemMenuBar.h"
-#import "platform/macos/TaskChildProcessFactory.h"
-#import "platform/macos/UserNotificationCenter.h"
+#include "platform/macos/MacPlatform.h"
+#import "platform/macos/SingleInstance.h"
 
 namespace hushbox {
 namespace {
 
-/// The shared application as an agent: no Dock icon, no menu of its own. There is one of it in a
-/// session, which Launch Services see to.
+/// Makes the shared application an agent: no Dock icon and no menu of its own.
 void becomeAgent() {
   @autoreleasepool {
     [NSApplication.sharedApplication setActivationPolicy:NSApplicationActivationPolicyAccessory];
@@ -28,20 +20,13 @@ void becomeAgent() {
 
 int run() {
   becomeAgent();
-  RunLoopMainLoop mainLoop;
-  OSUnifiedLog log;
-  CoreAudioHardware audio;
-  AXAccessibilityTree accessibility;
-  NSWorkspaceApplications workspace;
-  TaskChildProcessFactory childProcesses;
-  UserNotificationCenter notifications;
-  ServiceLoginItem loginItem;
-  StatusItemMenuBar menuBar;
-  FormatterLocale locale;
-  const PlatformScope scope({mainLoop, audio, accessibility, workspace, childProcesses,
-                             notifications, loginItem, menuBar, log, locale});
-  // The application ends the process by itself, with a battery reading perhaps still under way on
-  // another thread: what is here stays alive for it.
+  if (!SingleInstance::isFirst()) {
+    std::fprintf(stderr, "Hushbox is running in this session already.\n");
+    return 0;
+  }
+  // The application exits the process itself, and another thread may still read the battery then:
+  // these objects are alive until the process ends.
+  const MacPlatform platform;
   return HushboxApp::main();
 }
 

@@ -82,6 +82,12 @@ void SimulatedMainLoop::sleep(TimeInterval interval) {
   now_ = later(interval);
 }
 
+std::shared_ptr<void> SimulatedMainLoop::beginActivity(const std::string& reason) {
+  requireMainThread("beginActivity");
+  if (reason.empty()) reportViolation("An activity was begun without a reason.");
+  return activity_;
+}
+
 int SimulatedMainLoop::run() {
   journal_.add("loop", "run");
   if (std::exchange(running_, true))

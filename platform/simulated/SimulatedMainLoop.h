@@ -76,6 +76,9 @@ class SimulatedMainLoop final : public MainLoop {
 
   bool terminated() const { return terminated_; }
 
+  /// The number of activities that the program holds.
+  long activityCount() const { return activity_.use_count() - 1; }
+
   /// Runs every timer, delayed item, posted block and callback in place once, advancing the clock
   /// to each deadline, but nothing that they schedule. Drops events of the environment.
   void fireEverythingOnce();
@@ -86,6 +89,7 @@ class SimulatedMainLoop final : public MainLoop {
   void mainAsyncAfter(TimeInterval delay, const WorkItem& item) override;
   void mainAsync(std::function<void()> block) override;
   void utilityAsync(std::function<void()> block) override;
+  std::shared_ptr<void> beginActivity(const std::string& reason) override;
 
   /// Advances the clock from deadline to deadline until `terminate()`.
   int run() override;
@@ -125,6 +129,8 @@ class SimulatedMainLoop final : public MainLoop {
   std::vector<UtilityBlock> utility_;
   TimeInterval utilityLatency_{};
   bool utilityHeld_ = false;
+  /// Each activity is one more reference to it.
+  const std::shared_ptr<void> activity_ = std::make_shared<char>();
 };
 
 }  // namespace hushbox

@@ -53,6 +53,29 @@ TEST_F(HushboxAppTest, IconFollowsConnectionCallAndMuteState) {
   EXPECT_EQ(desk.menuBar.description(), "Hushbox: On a call — muted");
 }
 
+TEST_F(HushboxAppTest, HoldsOneActivityWhileTheSpeakerphoneIsInUse) {
+  const AudioObjectID device = desk.plugSpeakerphone();
+  build();
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(desk.loop.activityCount(), 0);
+  desk.audio.setRunning(device, true);
+  desk.advance(TimeInterval{5.0});
+  EXPECT_EQ(desk.loop.activityCount(), 1);
+  desk.audio.setRunning(device, false);
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(desk.loop.activityCount(), 0);
+}
+
+TEST_F(HushboxAppTest, EndsItsActivityWhenTheSpeakerphoneIsUnplugged) {
+  const AudioObjectID device = desk.plugSpeakerphone();
+  desk.audio.setRunning(device, true);
+  build();
+  EXPECT_EQ(desk.loop.activityCount(), 1);
+  desk.audio.unplug(device);
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(desk.loop.activityCount(), 0);
+}
+
 TEST_F(HushboxAppTest, ChangesInOneTurnCauseOneRedrawAfterwards) {
   const AudioObjectID device = desk.plugSpeakerphone();
   build();

@@ -39,6 +39,10 @@ class AccessibilityDriver : public ContractDriver {
   /// platform under test cannot do that. Call it before openMeeting().
   virtual bool delayLabel(TimeInterval) { return false; }
 
+  /// How long a press waits for the label to change. By default the messaging timeout of the
+  /// contract.
+  virtual TimeInterval maxPressWait() { return TimeInterval(1); }
+
   /// Suspends and resumes the application.
   virtual void freeze() = 0;
   virtual void thaw() = 0;

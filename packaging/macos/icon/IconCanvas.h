@@ -8,8 +8,8 @@
 
 namespace hushbox {
 
-/// Fills paths on a square of pixels without any graphics library, so that every build draws the same
-/// icon. Smooths edges by sampling.
+/// Fills paths on a square of pixels without any graphics library, so that every build draws the
+/// same icon. Smooths edges by sampling.
 class IconCanvas final : public Canvas {
  public:
   using Rgb = std::array<std::uint8_t, 3>;

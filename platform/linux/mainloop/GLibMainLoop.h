@@ -28,6 +28,10 @@ class GLibMainLoop final : public MainLoop {
   void mainAsyncAfter(TimeInterval delay, const WorkItem& item) override;
   void mainAsync(std::function<void()> block) override;
   void utilityAsync(std::function<void()> block) override;
+  /// Does nothing: no desktop here throttles timers of background programs.
+  std::shared_ptr<void> beginActivity(const std::string&) override {
+    return std::make_shared<char>();
+  }
 
   /// While it runs, SIGTERM, SIGINT and SIGHUP, with which sessions end programs, do the same as
   /// `terminate()`. Returns at once if terminated before.

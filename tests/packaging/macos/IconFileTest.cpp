@@ -81,7 +81,8 @@ class IconFileTest : public testing::Test {
     EXPECT_EQ(file.substr(0, 4), "icns");
     EXPECT_EQ(bigEndian(file, 4), file.size());
     for (std::size_t at = 8; at < file.size(); at += bigEndian(file, at + 4)) {
-      entries.emplace(file.substr(at, 4), Picture(file.substr(at + 8, bigEndian(file, at + 4) - 8)));
+      entries.emplace(file.substr(at, 4),
+                      Picture(file.substr(at + 8, bigEndian(file, at + 4) - 8)));
     }
   }
 
@@ -102,11 +103,10 @@ TEST_F(IconFileTest, HasTheSizesThatMacOSReadsAsPng) {
     EXPECT_EQ(picture.width, picture.height) << type;
     sizes[type] = picture.width;
   }
-  EXPECT_THAT(sizes, testing::ElementsAre(
-                         testing::Pair("ic07", 128), testing::Pair("ic08", 256),
-                         testing::Pair("ic09", 512), testing::Pair("ic10", 1024),
-                         testing::Pair("ic11", 32), testing::Pair("ic12", 64),
-                         testing::Pair("ic13", 256), testing::Pair("ic14", 512)));
+  EXPECT_THAT(sizes, testing::ElementsAre(testing::Pair("ic07", 128), testing::Pair("ic08", 256),
+                                          testing::Pair("ic09", 512), testing::Pair("ic10", 1024),
+                                          testing::Pair("ic11", 32), testing::Pair("ic12", 64),
+                                          testing::Pair("ic13", 256), testing::Pair("ic14", 512)));
 }
 
 TEST_F(IconFileTest, EveryPictureShowsTheMaskOnItsTile) {
@@ -119,13 +119,17 @@ TEST_F(IconFileTest, EveryPictureShowsTheMaskOnItsTile) {
     EXPECT_EQ(picture.at(512, 40)[3], 0) << type;
     EXPECT_EQ(picture.at(1023, 1023)[3], 0) << type;
     for (const auto& [x, y] : {std::pair{2, 2}, {98, 2}, {2, 96}, {98, 96}}) {
-      EXPECT_TRUE(isNear(picture.onMask(x, y), tile, tolerance)) << type << " corner " << x << ' ' << y;
+      EXPECT_TRUE(isNear(picture.onMask(x, y), tile, tolerance))
+          << type << " corner " << x << ' ' << y;
     }
     for (const auto& [x, y] : {std::pair{50, 22}, {33, 46}, {67, 46}, {50, 75}}) {
-      EXPECT_TRUE(isNear(picture.onMask(x, y), tile, tolerance)) << type << " hole " << x << ' ' << y;
+      EXPECT_TRUE(isNear(picture.onMask(x, y), tile, tolerance))
+          << type << " hole " << x << ' ' << y;
     }
-    for (const auto& [x, y] : {std::pair{50, 60}, {18, 64}, {82, 64}, {50, 41}, {50, 89}, {25, 22}}) {
-      EXPECT_TRUE(isNear(picture.onMask(x, y), mask, tolerance)) << type << " face " << x << ' ' << y;
+    for (const auto& [x, y] :
+         {std::pair{50, 60}, {18, 64}, {82, 64}, {50, 41}, {50, 89}, {25, 22}}) {
+      EXPECT_TRUE(isNear(picture.onMask(x, y), mask, tolerance))
+          << type << " face " << x << ' ' << y;
     }
   }
 }

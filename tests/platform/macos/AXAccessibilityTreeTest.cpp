@@ -49,7 +49,7 @@ doubles::AXNodeRef node(std::map<std::string, doubles::AXValue> attributes) {
   return made;
 }
 
-TEST_F(AXAccessibilityTreeTest, TrustIsAskedForWithAPromptOnlyWhereOneIsWanted) {
+TEST_F(AXAccessibilityTreeTest, RequestsTrustWithAPromptOnlyWhenAsked) {
   EXPECT_TRUE(tree.isProcessTrusted());
   EXPECT_TRUE(doubles::prompts.empty());
   doubles::trusted = false;
@@ -64,12 +64,12 @@ TEST_F(AXAccessibilityTreeTest, TextIsReadAsUtf8) {
   EXPECT_EQ(read(application(), "AXTitle"), AttributeValue("Mute mic (⌘+Shift+M)"));
 }
 
-TEST_F(AXAccessibilityTreeTest, TextThatHasNoUtf8KeepsItsGoodPart) {
+TEST_F(AXAccessibilityTreeTest, ReplacesWhatHasNoUtf8) {
   root->attributes["AXTitle"] = AXStrange::loneSurrogate;
   EXPECT_EQ(read(application(), "AXTitle"), AttributeValue("Mute?"));
 }
 
-TEST_F(AXAccessibilityTreeTest, ValuesOfOtherTypesAreOfNoUse) {
+TEST_F(AXAccessibilityTreeTest, ValuesOfOtherTypesReadAsOther) {
   for (const AXStrange strange : {AXStrange::number, AXStrange::boolean, AXStrange::null,
                                   AXStrange::nestedList, AXStrange::stringList}) {
     root->attributes["AXValue"] = strange;
@@ -77,18 +77,18 @@ TEST_F(AXAccessibilityTreeTest, ValuesOfOtherTypesAreOfNoUse) {
   }
 }
 
-TEST_F(AXAccessibilityTreeTest, SuccessWithoutAValueGivesNone) {
+TEST_F(AXAccessibilityTreeTest, SuccessWithoutAValueReadsAsNoValue) {
   root->attributes["AXValue"] = AXStrange::nothing;
   EXPECT_EQ(read(application(), "AXValue"), AttributeValue());
 }
 
-TEST_F(AXAccessibilityTreeTest, EmptyListIsAListOfElements) {
+TEST_F(AXAccessibilityTreeTest, EmptyListReadsAsAListOfElements) {
   root->attributes["AXWindows"] = AXStrange::emptyList;
   const auto value = read(application(), "AXWindows");
   EXPECT_TRUE(std::holds_alternative<std::vector<AccessibilityElementRef>>(value));
 }
 
-TEST_F(AXAccessibilityTreeTest, StrangeMembersOfAListAreLeftOut) {
+TEST_F(AXAccessibilityTreeTest, SkipsListMembersThatAreNotElements) {
   root->children = {node({{"AXTitle", "a"}}), node({{"AXTitle", "b"}})};
   root->strangeChildren = true;
   const auto found = children(application());
@@ -97,7 +97,7 @@ TEST_F(AXAccessibilityTreeTest, StrangeMembersOfAListAreLeftOut) {
   EXPECT_EQ(read(found[1], "AXTitle"), AttributeValue("b"));
 }
 
-TEST_F(AXAccessibilityTreeTest, AttributesAreSetToTheTwoBooleans) {
+TEST_F(AXAccessibilityTreeTest, SetsAttributesToBooleans) {
   const auto element = application();
   EXPECT_EQ(tree.setAttributeValue(element, "AXManualAccessibility", true),
             accessibility::attributeUnsupported);
@@ -106,7 +106,7 @@ TEST_F(AXAccessibilityTreeTest, AttributesAreSetToTheTwoBooleans) {
                                          std::pair("AXManualAccessibility", true)));
 }
 
-TEST_F(AXAccessibilityTreeTest, ActionAndItsStatusArePassedOn) {
+TEST_F(AXAccessibilityTreeTest, PassesOnTheActionAndItsStatus) {
   std::vector<std::string> actions;
   root->perform = [&](const std::string& action) {
     actions.push_back(action);
@@ -116,14 +116,14 @@ TEST_F(AXAccessibilityTreeTest, ActionAndItsStatusArePassedOn) {
   EXPECT_THAT(actions, ElementsAre("AXPress"));
 }
 
-TEST_F(AXAccessibilityTreeTest, FailureOfAReadComesBackAndLeavesTheValueAlone) {
+TEST_F(AXAccessibilityTreeTest, FailedReadReturnsItsStatusAndKeepsTheValue) {
   AttributeValue value = "before";
   EXPECT_EQ(tree.copyAttributeValue(application(), "AXNothing", value),
             accessibility::attributeUnsupported);
   EXPECT_EQ(value, AttributeValue("before"));
 }
 
-TEST_F(AXAccessibilityTreeTest, TimeoutHoldsForTheWholeTreeBelowTheApplication) {
+TEST_F(AXAccessibilityTreeTest, TimeoutAppliesToTheWholeTreeBelowTheApplication) {
   root->children = {node({})};
   root->children[0]->children = {node({})};
   const auto button = children(children(application(1.5F))[0])[0];
@@ -132,10 +132,68 @@ TEST_F(AXAccessibilityTreeTest, TimeoutHoldsForTheWholeTreeBelowTheApplication) 
   EXPECT_EQ(tree.copyAttributeValue(button, "AXRole", value), accessibility::cannotComplete);
   EXPECT_EQ(tree.performAction(button, "AXPress"), accessibility::cannotComplete);
   EXPECT_EQ(tree.setAttributeValue(button, "AXFocused", true), accessibility::cannotComplete);
-  EXPECT_THAT(doubles::axWaits, ElementsAre(1.5F, 1.5F, 1.5F));
+  // The action reads what the element shows first.
+  EXPECT_THAT(doubles::axWaits, ElementsAre(1.5F, 1.5F, 1.5F, 1.5F));
 }
 
-TEST_F(AXAccessibilityTreeTest, LaterTimeoutHoldsForElementsThatAreOutAlready) {
+TEST_F(AXAccessibilityTreeTest, ActionReturnsOnceTheElementShowsItsEffect) {
+  for (const char* attribute : {"AXDescription", "AXTitle", "AXHelp", "AXValue"}) {
+    root->attributes = {{attribute, "Mute"}};
+    Instant due;
+    root->perform = [&](const std::string&) {
+      due = doubles::now() + std::chrono::milliseconds(100);
+      return accessibility::success;
+    };
+    root->beforeRead = [&] {
+      if (due != Instant() && doubles::now() >= due) root->attributes[attribute] = "Unmute";
+    };
+    const Instant before = doubles::now();
+    EXPECT_EQ(tree.performAction(application(), "AXPress"), accessibility::success);
+    EXPECT_EQ(read(application(), attribute), AttributeValue("Unmute"));
+    EXPECT_GE(doubles::now() - before, std::chrono::milliseconds(100));
+    EXPECT_LE(doubles::now() - before, std::chrono::milliseconds(200));
+  }
+}
+
+TEST_F(AXAccessibilityTreeTest, ActionWithoutAVisibleEffectSucceedsAfterHalfASecondAndFewReads) {
+  root->perform = [](const std::string&) { return accessibility::success; };
+  const auto app = application();
+  const Instant before = doubles::now();
+  doubles::resetCalls();
+  EXPECT_EQ(tree.performAction(app, "AXPress"), accessibility::success);
+  EXPECT_EQ(doubles::now() - before, std::chrono::milliseconds(500));
+  EXPECT_EQ(doubles::calls()["AXUIElementPerformAction"], 1);
+  EXPECT_LE(doubles::calls()["AXUIElementCopyAttributeValue"], 8 * 4);
+}
+
+TEST_F(AXAccessibilityTreeTest, ActionThatFailsIsNotWaitedFor) {
+  root->perform = [](const std::string&) { return accessibility::cannotComplete; };
+  const Instant before = doubles::now();
+  EXPECT_EQ(tree.performAction(application(), "AXPress"), accessibility::cannotComplete);
+  EXPECT_EQ(doubles::now(), before);
+}
+
+TEST_F(AXAccessibilityTreeTest, ElementThatVanishesAfterAnActionIsNotWaitedFor) {
+  root->attributes = {{"AXDescription", "Leave"}};
+  root->perform = [&](const std::string&) {
+    root->gone = true;
+    return accessibility::success;
+  };
+  const Instant before = doubles::now();
+  EXPECT_EQ(tree.performAction(application(), "AXPress"), accessibility::success);
+  EXPECT_EQ(doubles::now(), before);
+}
+
+TEST_F(AXAccessibilityTreeTest, ApplicationThatFreezesInAnActionCostsOneTimeout) {
+  root->perform = [](const std::string&) {
+    doubles::axFrozen = true;
+    return accessibility::success;
+  };
+  EXPECT_EQ(tree.performAction(application(), "AXPress"), accessibility::success);
+  EXPECT_THAT(doubles::axWaits, ElementsAre(1.0F));
+}
+
+TEST_F(AXAccessibilityTreeTest, LaterTimeoutAppliesToExistingElements) {
   root->children = {node({})};
   const auto app = application(1.0F);
   const auto child = children(app)[0];
@@ -146,7 +204,7 @@ TEST_F(AXAccessibilityTreeTest, LaterTimeoutHoldsForElementsThatAreOutAlready) {
   EXPECT_THAT(doubles::axWaits, ElementsAre(0.25F));
 }
 
-TEST_F(AXAccessibilityTreeTest, TimeoutIsSetOnceAnElement) {
+TEST_F(AXAccessibilityTreeTest, TimeoutIsSetOncePerElement) {
   root->children = {node({{"AXRole", "AXButton"}})};
   const auto child = children(application())[0];
   doubles::resetCalls();
@@ -166,7 +224,7 @@ TEST_F(AXAccessibilityTreeTest, ElementWhoseTimeoutCannotBeSetIsNotCalled) {
   EXPECT_EQ(read(child, "AXRole"), AttributeValue("AXButton"));
 }
 
-TEST_F(AXAccessibilityTreeTest, ElementsAreKeptAsLongAsTheyAreHeldAndNoLonger) {
+TEST_F(AXAccessibilityTreeTest, ElementsLiveExactlyAsLongAsTheyAreHeld) {
   root->children = {node({{"AXTitle", "kept"}}), node({})};
   const long before = doubles::axElements();
   {
@@ -182,7 +240,7 @@ TEST_F(AXAccessibilityTreeTest, ElementsAreKeptAsLongAsTheyAreHeldAndNoLonger) {
   EXPECT_EQ(doubles::axElements(), before);
 }
 
-TEST_F(AXAccessibilityTreeTest, ValuesThatWereReadAreReleased) {
+TEST_F(AXAccessibilityTreeTest, ReleasesTheValuesThatItReads) {
   root->attributes = {{"AXTitle", "A title too long to be kept in a pointer"},
                       {"AXValue", AXStrange::number},
                       {"AXOther", AXStrange::nestedList}};
@@ -207,7 +265,7 @@ TEST_F(AXAccessibilityTreeTest, ValuesThatWereReadAreReleased) {
   EXPECT_EQ(doubles::liveObjects(), before);
 }
 
-TEST_F(AXAccessibilityTreeTest, ElementOfAnotherTreeOrOfNoneIsInvalid) {
+TEST_F(AXAccessibilityTreeTest, ElementOfAnotherTreeIsInvalid) {
   auto other = std::make_unique<AXAccessibilityTree>();
   const auto foreign = other->createApplication(process);
   const auto check = [&](const AccessibilityElementRef& element) {

@@ -20,6 +20,11 @@ class AXAccessibilityTreeDriver final : public AccessibilityDriver {
   bool isMuted() override { return teams_.isMuted(); }
   std::size_t pressCount() override { return teams_.pressCount(); }
   void setMuted(bool muted) override { teams_.setMuted(muted); }
+  bool delayLabel(TimeInterval delay) override {
+    teams_.setLabelDelay(delay);
+    return true;
+  }
+  TimeInterval maxPressWait() override { return TimeInterval(0.5); }
   void freeze() override { doubles::axFrozen = true; }
   void thaw() override { doubles::axFrozen = false; }
   bool waitFor(const std::function<bool()>& condition, TimeInterval limit) override {

@@ -1,4 +1,4 @@
-// What the art comes to on the current context, operation by operation.
+// The operations that the art performs on the current context.
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@ namespace {
 
 class CGCanvasTest : public MacFixture {
  protected:
-  /// What is drawn in the terms of the recording canvas.
+  /// Returns what was drawn, in the format of RecordingCanvas.
   Lines drawn(const Image& image) {
     StatusItemMenuBar menuBar;
     menuBar.setIcon(image, "");
@@ -26,7 +26,7 @@ class CGCanvasTest : public MacFixture {
   }
 };
 
-TEST_F(CGCanvasTest, EveryLookOfTheArtIsDrawnStepByStep) {
+TEST_F(CGCanvasTest, DrawsEveryStateOfTheArt) {
   for (const bool muted : {false, true})
     for (const bool connected : {false, true})
       for (const std::optional<Color> tint :
@@ -37,7 +37,7 @@ TEST_F(CGCanvasTest, EveryLookOfTheArtIsDrawnStepByStep) {
       }
 }
 
-TEST_F(CGCanvasTest, PathKeepsAllThatItIsDrawnBy) {
+TEST_F(CGCanvasTest, PathKeepsItsWidthCapAndWindingRule) {
   Image image{.width = 18, .height = 18};
   image.draw = [](Canvas* canvas) {
     Path path;

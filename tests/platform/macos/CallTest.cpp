@@ -1,5 +1,5 @@
-// A call on the doubled Mac, from the press of the speakerphone's button to Teams and back, and
-// what a person sees of it.
+// A call on the doubles: from the press of the speakerphone's button to Teams and back, and what a
+// person sees.
 
 #include <gmock/gmock.h>
 
@@ -29,7 +29,7 @@ class CallTest : public MacFixture {
     advance(1200ms);
   }
 
-  /// The background's readings keep parts of the program, so they come first.
+  /// Background readings hold parts of the program, so let them end first.
   ~CallTest() override {
     settle();
     program.reset();
@@ -47,7 +47,7 @@ class CallTest : public MacFixture {
   std::optional<ProgramOnMac> program;
 };
 
-TEST_F(CallTest, DropThatStaysPressesTeamsExactlyOnceAfterTheBounceWindow) {
+TEST_F(CallTest, LastingDropPressesTeamsOnceAfterTheBounceWindow) {
   doubles::setInputVolume(speakerphone, 0);
   advance(290ms);
   EXPECT_EQ(meeting.pressCount(), 0U);
@@ -60,7 +60,7 @@ TEST_F(CallTest, DropThatStaysPressesTeamsExactlyOnceAfterTheBounceWindow) {
   EXPECT_THAT(doubles::calls(), Contains(testing::Pair("AXUIElementPerformAction", 1)));
 }
 
-TEST_F(CallTest, ReturnOfTheVolumeUnmutesTeams) {
+TEST_F(CallTest, ReturningVolumeUnmutesTeams) {
   doubles::setInputVolume(speakerphone, 0);
   advance(1s);
   doubles::setInputVolume(speakerphone, 0.8F);
@@ -69,13 +69,51 @@ TEST_F(CallTest, ReturnOfTheVolumeUnmutesTeams) {
   EXPECT_FALSE(meeting.isMuted());
 }
 
-TEST_F(CallTest, VolumePutBackWithinTheWindowPressesOnce) {
+TEST_F(CallTest, VolumeRestoredWithinTheWindowPressesOnce) {
   doubles::setInputVolume(speakerphone, 0);
   advance(100ms);
   doubles::setInputVolume(speakerphone, 0.8F);
   advance(3s);
   EXPECT_EQ(meeting.pressCount(), 1U);
   EXPECT_TRUE(meeting.isMuted());
+}
+
+// A poll once a second and 100 ms of late label: one press in ten unmuted the speakerphone again.
+TEST_F(CallTest, PollAfterAPressDoesNotReadTheOldLabel) {
+  meeting.setLabelDelay(300ms);
+  // The press comes 5 ms before a poll.
+  advance(495ms);
+  doubles::setInputVolume(speakerphone, 0);
+  advance(3s);
+  EXPECT_EQ(meeting.pressCount(), 1U);
+  EXPECT_EQ(doubles::device(speakerphone).inputVolume, 0.0F);
+  EXPECT_THAT(statusLines(), testing::Not(Contains(HasSubstr("→ Jabra"))));
+}
+
+TEST_F(CallTest, PressIsRecognisedInTimeAfterAnHourInTheBackground) {
+  doubles::setNapping(true);
+  advance(1h);
+  doubles::setInputVolume(speakerphone, 0);
+  advance(310ms);
+  EXPECT_EQ(meeting.pressCount(), 1U);
+  meeting.setMuted(false);
+  advance(1100ms);
+  EXPECT_EQ(doubles::device(speakerphone).inputVolume, 0.8F);
+}
+
+TEST_F(CallTest, ProgramMayNapWhileTheSpeakerphoneIsNotInUse) {
+  EXPECT_EQ(doubles::activities().size(), 1U);
+  doubles::setRunning(speakerphone, false);
+  advance(1s);
+  EXPECT_TRUE(doubles::activities().empty());
+  doubles::setNapping(true);
+  advance(1h);
+  doubles::setRunning(speakerphone, true);
+  settle();
+  EXPECT_EQ(doubles::activities().size(), 1U);
+  doubles::unplug(speakerphone);
+  settle();
+  EXPECT_TRUE(doubles::activities().empty());
 }
 
 TEST_F(CallTest, SpeakerphoneFollowsAChangeMadeInTeamsWithoutAnEcho) {
@@ -102,7 +140,7 @@ TEST_F(CallTest, PollGoesOnWhileTheMenuIsOpenAndItsRowsChangeInPlace) {
   doubles::closeMenu();
 }
 
-TEST_F(CallTest, MenuSaysWhatIsGoingOn) {
+TEST_F(CallTest, MenuShowsTheState) {
   EXPECT_THAT(rowTitles(),
               ElementsAre("On a call — live", "Battery: 62%", "Waiting for Jabra button…", "---",
                           "Launch at login", "---", "Quit Hushbox"));
@@ -119,7 +157,7 @@ TEST_F(CallTest, MenuSaysWhatIsGoingOn) {
   EXPECT_EQ(rowTitles()[0], "Jabra not connected");
 }
 
-TEST_F(CallTest, StatusLineIsNeverTranslatedAndTheOthersAre) {
+TEST_F(CallTest, EveryLineButTheStatusIsTranslated) {
   doubles::setLocalization("On a call — muted", "Im Gespräch – stumm");
   doubles::setLocalization("9:41 AM  Mute → Teams", "translated");
   doubles::setInputVolume(speakerphone, 0);
@@ -139,7 +177,7 @@ TEST_F(CallTest, IconIsRedAndSlashedWhenMutedInACallAndGreenWhenLive) {
   EXPECT_THAT(doubles::drawing(), Contains("blend clear"));
 }
 
-TEST_F(CallTest, MissingPermissionIsAskedForFromTheMenu) {
+TEST_F(CallTest, MenuRequestsMissingPermission) {
   doubles::trusted = false;
   doubles::setInputVolume(speakerphone, 0);
   advance(400ms);
@@ -152,7 +190,7 @@ TEST_F(CallTest, MissingPermissionIsAskedForFromTheMenu) {
   EXPECT_TRUE(doubles::prompts.back());
 }
 
-TEST_F(CallTest, LaunchAtLoginIsSwitchedAtTheSystem) {
+TEST_F(CallTest, SwitchesLaunchAtLoginInTheSystem) {
   doubles::chooseMenuItem("Launch at login");
   advance(10ms);
   EXPECT_EQ(doubles::serviceStatus(), 1);
@@ -168,7 +206,7 @@ TEST_F(CallTest, LaunchAtLoginIsSwitchedAtTheSystem) {
   EXPECT_FALSE(doubles::menuItems()[4].on);
 }
 
-TEST_F(CallTest, LowBatteryAtTheStartOfACallIsNotified) {
+TEST_F(CallTest, NotifiesOfALowBatteryWhenACallStarts) {
   EXPECT_THAT(doubles::notifications(), testing::IsEmpty());
   doubles::setRunning(speakerphone, false);
   setBattery(29);
@@ -181,7 +219,7 @@ TEST_F(CallTest, LowBatteryAtTheStartOfACallIsNotified) {
   EXPECT_EQ(doubles::authorizationOptions(), 6U);
 }
 
-TEST_F(CallTest, SpeakerphoneThatComesBackWorksAgain) {
+TEST_F(CallTest, SpeakerphoneWorksAgainAfterItIsPluggedInAgain) {
   doubles::unplug(speakerphone);
   advance(10s);
   speakerphone = doubles::plug({.name = "Jabra Speak2 75", .inputVolume = 0.8F, .running = 1});
@@ -189,6 +227,52 @@ TEST_F(CallTest, SpeakerphoneThatComesBackWorksAgain) {
   doubles::setInputVolume(speakerphone, 0);
   advance(1s);
   EXPECT_EQ(meeting.pressCount(), 1U);
+}
+
+TEST_F(CallTest, PowerManagementToolThatHangsHoldsTwoChildren) {
+  doubles::setRunning(speakerphone, false);
+  doubles::scriptTask("/usr/bin/pmset", {"-g", "accps"}, {.output = {}, .hangs = true});
+  advance(180s);
+  const std::size_t launched = doubles::launchedTasks();
+  const long before = doubles::liveObjects();
+  advance(1h);
+  EXPECT_EQ(doubles::launchedTasks(), launched);
+  EXPECT_EQ(doubles::liveObjects(), before) << doubles::describeLiveObjects();
+  setBattery(62);
+  doubles::endHangingTasks();
+}
+
+TEST_F(CallTest, HourOfCallsLeavesNothingBehind) {
+  const auto day = [this] {
+    doubles::setRunning(speakerphone, true);
+    advance(2min);
+    doubles::setInputVolume(speakerphone, 0);
+    advance(1min);
+    doubles::openMenu();
+    doubles::setInputVolume(speakerphone, 0.8F);
+    advance(1min);
+    doubles::closeMenu();
+    meeting.setMuted(true);
+    advance(1min);
+    meeting.setMuted(false);
+    advance(1min);
+    doubles::setRunning(speakerphone, false);
+    doubles::unplug(speakerphone);
+    advance(2min);
+    speakerphone = doubles::plug({.name = "Jabra Speak2 75", .inputVolume = 0.8F});
+    ASSERT_TRUE(doubles::renderIcon());
+    advance(2min);
+  };
+  day();
+  const long objects = doubles::liveObjects();
+  const long blocks = doubles::liveBlocks();
+  const std::size_t pools = doubles::undrainedPools();
+  const std::size_t timers = doubles::timerCount();
+  for (int i = 0; i < 6; ++i) day();
+  EXPECT_EQ(doubles::liveObjects(), objects) << doubles::describeLiveObjects();
+  EXPECT_EQ(doubles::liveBlocks(), blocks);
+  EXPECT_EQ(doubles::undrainedPools(), pools);
+  EXPECT_EQ(doubles::timerCount(), timers);
 }
 
 TEST_F(CallTest, LongCallLeavesNothingBehind) {

@@ -31,7 +31,7 @@ class CoreAudioHardwareTest : public MacFixture {
   int calls = 0;
 };
 
-TEST_F(CoreAudioHardwareTest, AsksForExactlyTheSelectorScopeAndElementThatItIsGiven) {
+TEST_F(CoreAudioHardwareTest, PassesOnSelectorScopeAndElement) {
   const AudioObjectID device = doubles::plug({.name = "Jabra Speak2 75"});
   EXPECT_TRUE(hardware.hasProperty(device, audio::inputVolume));
   for (const AudioPropertyAddress wrong :
@@ -49,7 +49,7 @@ TEST_F(CoreAudioHardwareTest, AsksForExactlyTheSelectorScopeAndElementThatItIsGi
   }
 }
 
-TEST_F(CoreAudioHardwareTest, SizesGoThereAndComeBack) {
+TEST_F(CoreAudioHardwareTest, PassesSizesInBothDirections) {
   const AudioObjectID first = doubles::plug({.name = "First"});
   const AudioObjectID second = doubles::plug({.name = "Second"});
   std::uint32_t size = 0;
@@ -63,13 +63,13 @@ TEST_F(CoreAudioHardwareTest, SizesGoThereAndComeBack) {
   EXPECT_EQ(devices, (std::vector<AudioObjectID>{first, second, 0}));
 }
 
-TEST_F(CoreAudioHardwareTest, EmptyListIsReadWithoutAPlaceToPutIt) {
+TEST_F(CoreAudioHardwareTest, ReadsAnEmptyListIntoANullPointer) {
   std::uint32_t size = 0;
   EXPECT_EQ(hardware.getPropertyData(audio::systemObject, audio::deviceList, size, nullptr), 0);
   EXPECT_EQ(size, 0U);
 }
 
-TEST_F(CoreAudioHardwareTest, WrittenVolumeArrivesWhole) {
+TEST_F(CoreAudioHardwareTest, WritesTheWholeVolume) {
   const AudioObjectID device = doubles::plug({.name = "Jabra"});
   float volume = 0.375F;
   EXPECT_EQ(hardware.setPropertyData(device, audio::inputVolume, sizeof volume, &volume), 0);
@@ -78,7 +78,7 @@ TEST_F(CoreAudioHardwareTest, WrittenVolumeArrivesWhole) {
             audio::badPropertySize);
 }
 
-TEST_F(CoreAudioHardwareTest, StatusesOfEveryCallComeBackAsTheyAre) {
+TEST_F(CoreAudioHardwareTest, ReturnsTheStatusOfEveryCall) {
   const AudioObjectID device = doubles::plug({.name = "Jabra"});
   constexpr AudioStatus status = audio::hardwareNotRunning;
   std::uint32_t size = 4;
@@ -105,7 +105,7 @@ TEST_F(CoreAudioHardwareTest, NameIsReadAsUtf8) {
   EXPECT_EQ(nameOf(doubles::plug({.name = ""})), "");
 }
 
-TEST_F(CoreAudioHardwareTest, NameThatIsAbsentOrNoTextIsAFailure) {
+TEST_F(CoreAudioHardwareTest, AbsentNameOrNonStringIsAFailure) {
   using Name = doubles::AudioDevice::Name;
   for (const Name kind : {Name::absent, Name::number}) {
     const AudioObjectID device = doubles::plug({.name = "Jabra", .kind = kind});
@@ -114,7 +114,7 @@ TEST_F(CoreAudioHardwareTest, NameThatIsAbsentOrNoTextIsAFailure) {
   }
 }
 
-TEST_F(CoreAudioHardwareTest, EveryNameThatWasReadIsReleased) {
+TEST_F(CoreAudioHardwareTest, ReleasesEveryNameThatItReads) {
   using Name = doubles::AudioDevice::Name;
   std::string name;
   for (const Name kind : {Name::text, Name::number, Name::absent}) {
@@ -144,7 +144,7 @@ TEST_F(CoreAudioHardwareTest, ListenerIsCalledLaterOnTheMainQueue) {
   EXPECT_EQ(calls, 1);
 }
 
-TEST_F(CoreAudioHardwareTest, RemovalTakesAwayTheListenerAndNoOther) {
+TEST_F(CoreAudioHardwareTest, RemovesOneListenerAndKeepsTheOther) {
   const AudioObjectID device = doubles::plug({.name = "Jabra"});
   auto removed = listen(device, audio::inputVolume);
   int keptCalls = 0;
@@ -157,7 +157,7 @@ TEST_F(CoreAudioHardwareTest, RemovalTakesAwayTheListenerAndNoOther) {
   EXPECT_EQ(keptCalls, 1);
 }
 
-TEST_F(CoreAudioHardwareTest, CallThatWasUnderWayAtTheRemovalArrivesOnceAndDoesNoHarm) {
+TEST_F(CoreAudioHardwareTest, CallQueuedBeforeTheRemovalIsHarmless) {
   const AudioObjectID device = doubles::plug({.name = "Jabra"});
   const auto held = std::make_shared<int>(0);
   {
@@ -174,7 +174,7 @@ TEST_F(CoreAudioHardwareTest, CallThatWasUnderWayAtTheRemovalArrivesOnceAndDoesN
   EXPECT_EQ(held.use_count(), 1);
 }
 
-TEST_F(CoreAudioHardwareTest, ListenerLivesUntilItsRemovalAndNoLonger) {
+TEST_F(CoreAudioHardwareTest, ListenerLivesUntilItsRemoval) {
   const AudioObjectID device = doubles::plug({.name = "Jabra"});
   const auto held = std::make_shared<int>(0);
   const long before = doubles::liveObjects();
@@ -189,7 +189,7 @@ TEST_F(CoreAudioHardwareTest, ListenerLivesUntilItsRemovalAndNoLonger) {
   EXPECT_EQ(doubles::liveObjects(), before);
 }
 
-TEST_F(CoreAudioHardwareTest, ListenerOutlivesItsRegistrationAndTheHardware) {
+TEST_F(CoreAudioHardwareTest, ListenerOutlivesItsTokenAndTheHardware) {
   const AudioObjectID device = doubles::plug({.name = "Jabra"});
   {
     CoreAudioHardware gone;
@@ -200,7 +200,7 @@ TEST_F(CoreAudioHardwareTest, ListenerOutlivesItsRegistrationAndTheHardware) {
   EXPECT_EQ(calls, 1);
 }
 
-TEST_F(CoreAudioHardwareTest, ListenerMayRemoveItselfAndStillUseWhatItHolds) {
+TEST_F(CoreAudioHardwareTest, ListenerMayRemoveItselfAndStillUseItsCaptures) {
   const AudioObjectID device = doubles::plug({.name = "Jabra"});
   RegistrationToken listener;
   listener = hardware.addPropertyListener(
@@ -217,7 +217,7 @@ TEST_F(CoreAudioHardwareTest, ListenerMayRemoveItselfAndStillUseWhatItHolds) {
   EXPECT_EQ(doubles::audioListeners(), 0U);
 }
 
-TEST_F(CoreAudioHardwareTest, EmptyRegistrationIsRefusedWithoutACall) {
+TEST_F(CoreAudioHardwareTest, RefusesAnEmptyTokenWithoutACall) {
   const AudioObjectID device = doubles::plug({.name = "Jabra"});
   EXPECT_NE(hardware.removePropertyListener(device, audio::inputVolume, {}), 0);
 }

@@ -1,5 +1,5 @@
-// What the declarations claim of the platform, and the adapters rely on. It compiles here against
-// the declarations and on a Mac against the SDK, which has the last word.
+// The values and types that the declarations claim and the adapters rely on. Compiles here against
+// the declarations and on a Mac against the SDK, which decides.
 
 #import <AppKit/AppKit.h>
 #import <ApplicationServices/ApplicationServices.h>

@@ -1,4 +1,4 @@
-// What the doubles of the frameworks insist on.
+// Rules that the doubles of the frameworks enforce.
 
 #import <AppKit/AppKit.h>
 #import <ApplicationServices/ApplicationServices.h>
@@ -21,7 +21,7 @@ constexpr AudioObjectPropertyAddress volume{kAudioDevicePropertyVolumeScalar,
 
 class DoublesTest : public MacFixture {
  protected:
-  /// A listener that counts its calls, as Core Audio was given it.
+  /// Adds a listener that counts its calls.
   AudioObjectPropertyListenerBlock listen(std::uint32_t device) {
     int* const counted = &calls;
     AudioObjectPropertyListenerBlock block = [^(UInt32, const AudioObjectPropertyAddress*) {
@@ -36,7 +36,7 @@ class DoublesTest : public MacFixture {
 };
 using DoublesDeathTest = DoublesTest;
 
-TEST_F(DoublesTest, ListenerIsCalledByItsQueueAndNotAfterItsRemoval) {
+TEST_F(DoublesTest, ListenerIsCalledOnItsQueueUntilItsRemoval) {
   const auto device = doubles::plug({.name = "Jabra"});
   const auto block = listen(device);
   doubles::setInputVolume(device, 0.5F);
@@ -49,7 +49,7 @@ TEST_F(DoublesTest, ListenerIsCalledByItsQueueAndNotAfterItsRemoval) {
   EXPECT_EQ(calls, 1);
 }
 
-TEST_F(DoublesTest, OneCallMayComeAfterTheRemoval) {
+TEST_F(DoublesTest, OneCallMayFollowTheRemoval) {
   const auto device = doubles::plug({.name = "Jabra"});
   const auto block = listen(device);
   doubles::deliverOneCallAfterRemoval();
@@ -73,12 +73,12 @@ TEST_F(DoublesDeathTest, OnlyTheIdenticalListenerCanBeRemoved) {
                "removed with another block");
 }
 
-TEST_F(DoublesDeathTest, ElementWithoutATimeOutCannotBeCalled) {
+TEST_F(DoublesDeathTest, ElementWithoutATimeoutCannotBeCalled) {
   doubles::axApplication(7)->attributes["AXTitle"] = std::string("Teams");
   const AXUIElementRef element = AXUIElementCreateApplication(7);
   CFTypeRef value = nullptr;
   EXPECT_DEATH(AXUIElementCopyAttributeValue(element, kAXTitleAttribute, &value),
-               "without a messaging time-out");
+               "without a messaging timeout");
   EXPECT_EQ(AXUIElementSetMessagingTimeout(element, 0.5F), kAXErrorSuccess);
   EXPECT_EQ(AXUIElementCopyAttributeValue(element, kAXTitleAttribute, &value), kAXErrorSuccess);
   EXPECT_EQ(CFGetTypeID(value), CFStringGetTypeID());
@@ -86,7 +86,7 @@ TEST_F(DoublesDeathTest, ElementWithoutATimeOutCannotBeCalled) {
   CFRelease(element);
 }
 
-TEST_F(DoublesTest, ChildHasNoTimeOutOfItsParents) {
+TEST_F(DoublesTest, ChildDoesNotInheritItsParentsTimeout) {
   doubles::axApplication(7)->children.push_back(std::make_shared<doubles::AXNode>());
   const AXUIElementRef parent = AXUIElementCreateApplication(7);
   AXUIElementSetMessagingTimeout(parent, 0.5F);
@@ -96,7 +96,7 @@ TEST_F(DoublesTest, ChildHasNoTimeOutOfItsParents) {
       static_cast<AXUIElementRef>(CFArrayGetValueAtIndex(static_cast<CFArrayRef>(children), 0));
   CFTypeRef value = nullptr;
   EXPECT_DEATH(AXUIElementCopyAttributeValue(child, kAXTitleAttribute, &value),
-               "without a messaging time-out");
+               "without a messaging timeout");
   CFRelease(children);
   CFRelease(parent);
 }
@@ -107,7 +107,7 @@ TEST_F(DoublesTest, NotificationCenterRaisesOutsideABundle) {
                doubles::RaisedException);
 }
 
-TEST_F(DoublesTest, AnswerOfTheNotificationCenterComesOffTheMainThread) {
+TEST_F(DoublesTest, NotificationCenterRepliesOffTheMainThread) {
   __block bool onMain = true;
   [[UNUserNotificationCenter currentNotificationCenter]
       requestAuthorizationWithOptions:UNAuthorizationOptionAlert
@@ -127,7 +127,7 @@ TEST_F(DoublesTest, LogHidesWhatIsNotMarkedPublic) {
   EXPECT_EQ(doubles::logRecords()[0].subsystem, "com.example");
 }
 
-TEST_F(DoublesTest, StatusItemThatNobodyKeepsLeavesTheMenuBar) {
+TEST_F(DoublesTest, StatusItemWithoutAnOwnerLeavesTheMenuBar) {
   @autoreleasepool {
     NSStatusItem* item =
         [NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength];
@@ -138,18 +138,21 @@ TEST_F(DoublesTest, StatusItemThatNobodyKeepsLeavesTheMenuBar) {
   EXPECT_EQ(doubles::statusItemCount(), 0U);
 }
 
-TEST_F(DoublesDeathTest, DrawingNeedsTheContextOfTheMoment) {
+TEST_F(DoublesDeathTest, DrawingRequiresTheCurrentContext) {
   EXPECT_DEATH([NSColor.blackColor setFill], "without a current context");
   EXPECT_DEATH(CGContextSetAlpha(nullptr, 1), "given no context");
 }
 
-TEST_F(DoublesDeathTest, GreyedRowCannotBeChosen) {
+TEST_F(DoublesDeathTest, DisabledRowCannotBeChosen) {
   NSStatusItem* item = [NSStatusBar.systemStatusBar statusItemWithLength:-1];
   item.menu = [[NSMenu alloc] initWithTitle:@""];
   item.menu.autoenablesItems = NO;
-  NSMenuItem* row = [item.menu addItemWithTitle:@"Later" action:@selector(run:) keyEquivalent:@""];
+  NSMenuItem* row = [[NSMenuItem alloc] initWithTitle:@"Later"
+                                               action:@selector(run:)
+                                        keyEquivalent:@""];
+  [item.menu insertItem:row atIndex:0];
   row.enabled = NO;
-  EXPECT_DEATH(doubles::chooseMenuItem("Later"), "greyed or not there");
+  EXPECT_DEATH(doubles::chooseMenuItem("Later"), "disabled or absent");
 }
 
 TEST_F(DoublesTest, ScriptedTaskWritesItsScript) {
@@ -166,7 +169,7 @@ TEST_F(DoublesTest, ScriptedTaskWritesItsScript) {
   EXPECT_EQ(doubles::launchedTasks(), 1U);
 }
 
-TEST_F(DoublesTest, HangingTaskDoesNotHoldTheClock) {
+TEST_F(DoublesTest, HangingTaskDoesNotStopTheClock) {
   doubles::scriptTask("/usr/sbin/report", {}, {.hangs = true});
   __block bool ended = false;
   dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), ^{

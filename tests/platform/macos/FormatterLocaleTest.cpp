@@ -14,7 +14,7 @@ class FormatterLocaleTest : public MacFixture {
   FormatterLocale locale;
 };
 
-TEST_F(FormatterLocaleTest, TimeFollowsWhatTheUserSetsMeanwhile) {
+TEST_F(FormatterLocaleTest, FollowsChangesOfTheUsersSettings) {
   doubles::setShortTime("9:05\u202fPM");
   EXPECT_EQ(locale.shortTime(), "9:05\u202fPM");
   doubles::setShortTime("21:05");

@@ -1,4 +1,4 @@
-// The program's own main on the doubled Mac.
+// The program's own main on the doubles.
 
 #include <gmock/gmock.h>
 
@@ -14,13 +14,13 @@ using namespace std::chrono_literals;
 
 class HushboxProgramTest : public MacFixture {
  protected:
-  /// Does something while the program runs.
+  /// Runs `block` on the main thread after `delay`.
   static void after(TimeInterval delay, std::function<void()> block) {
     RunLoopMainLoop().mainAsyncAfter(delay, WorkItem(std::move(block)));
   }
 };
 
-TEST_F(HushboxProgramTest, IsAnAgentThatRunsUntilQuitIsChosen) {
+TEST_F(HushboxProgramTest, RunsAsAnAgentUntilTheUserQuits) {
   setBattery(62);
   after(2s, [] {
     EXPECT_TRUE(doubles::isAgent());
@@ -37,7 +37,17 @@ TEST_F(HushboxProgramTest, IsAnAgentThatRunsUntilQuitIsChosen) {
   EXPECT_TRUE(doubles::isTerminated());
 }
 
-TEST_F(HushboxProgramTest, WorksOutsideABundleAndSaysSoInTheLog) {
+TEST_F(HushboxProgramTest, SecondStartSaysSoAndReturnsZero) {
+  doubles::apps = {{"com.example.hushbox", 1}};
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(hushboxMain(), 0);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "Hushbox is running in this session already.\n");
+  EXPECT_EQ(doubles::statusItemCount(), 0U);
+  EXPECT_EQ(doubles::timerCount(), 0U);
+}
+
+TEST_F(HushboxProgramTest, WorksOutsideABundleAndLogsIt) {
   doubles::setBundleIdentifier(std::nullopt);
   setBattery(62);
   after(1s, [] { doubles::chooseMenuItem("Quit Hushbox"); });

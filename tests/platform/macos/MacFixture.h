@@ -7,6 +7,7 @@
 #include "tests/platform/macos/doubles/Calls.h"
 #include "tests/platform/macos/doubles/CoreAudioDouble.h"
 #include "tests/platform/macos/doubles/LogDouble.h"
+#include "tests/platform/macos/doubles/ProcessInfoDouble.h"
 #include "tests/platform/macos/doubles/RunLoopDouble.h"
 #include "tests/platform/macos/doubles/ServiceDouble.h"
 #include "tests/platform/macos/doubles/StatusBarDouble.h"
@@ -18,11 +19,11 @@
 
 namespace hushbox {
 
-/// Brings every double of the platform back to its beginning, its clock apart.
+/// Resets every double except the clock.
 void resetDoubles();
 
-/// A fresh Mac for a test of the adapters. At the end, once the test's own members are gone, no
-/// Objective-C object and no block may be left.
+/// A fresh Mac for a test of the adapters. The test fails if an Objective-C object or a block is
+/// left after its members were destroyed.
 class MacFixture : public testing::Test {
  protected:
   MacFixture();
@@ -32,7 +33,7 @@ class MacFixture : public testing::Test {
   static void advance(TimeInterval span) { doubles::advance(span); }
 
  private:
-  /// There before the test: see keepForever.
+  /// The number of objects alive before the test; see keepForever.
   long before_;
   void* pool_;
 };

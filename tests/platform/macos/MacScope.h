@@ -4,8 +4,8 @@
 
 namespace hushbox {
 
-/// What MacFixture does for a test, for the driver of a contract: a fresh Mac, cleared away at the
-/// end.
+/// A fresh Mac for the driver of a contract, as MacFixture is for a test. Resets the doubles on
+/// destruction.
 class MacScope {
  public:
   MacScope() { resetDoubles(); }

@@ -1,8 +1,11 @@
 #include "tests/platform/macos/MacTeams.h"
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <utility>
+
+#include "tests/platform/macos/doubles/RunLoopDouble.h"
 
 namespace hushbox {
 namespace {
@@ -46,6 +49,7 @@ void MacTeams::joinMeeting(bool muted) {
                    {"AXDescription", "Turn camera on (⌘+Shift+O)"},
                    {"AXDOMIdentifier", "video-button"}});
   microphone_ = append(toolbar, {{"AXRole", "AXButton"}, {"AXDOMIdentifier", "microphone-button"}});
+  microphone_->beforeRead = [this] { showLabel(); };
   microphone_->perform = [this](const std::string& action) { return perform(action); };
   setMuted(muted);
 }
@@ -59,7 +63,13 @@ void MacTeams::leaveMeeting() {
 
 void MacTeams::setMuted(bool muted) {
   muted_ = muted;
-  if (microphone_) microphone_->attributes["AXDescription"] = muted ? unmuteLabel : muteLabel;
+  labelDue_ = doubles::now();
+  showLabel();
+}
+
+void MacTeams::showLabel() {
+  if (!microphone_ || doubles::now() < labelDue_) return;
+  microphone_->attributes["AXDescription"] = muted_ ? unmuteLabel : muteLabel;
 }
 
 std::int32_t MacTeams::perform(const std::string& action) {
@@ -67,7 +77,9 @@ std::int32_t MacTeams::perform(const std::string& action) {
   if (action != "AXPress") return -25206;
   if (pressStatus_) return pressStatus_;
   ++pressCount_;
-  setMuted(!muted_);
+  muted_ = !muted_;
+  labelDue_ = doubles::now() + std::chrono::round<Instant::duration>(labelDelay_);
+  showLabel();
   return 0;
 }
 

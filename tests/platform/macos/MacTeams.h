@@ -3,12 +3,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/Time.h"
 #include "tests/platform/macos/doubles/AccessibilityDouble.h"
 
 namespace hushbox {
 
-/// Teams among the running applications, with a window for its chats and during a meeting a second
-/// one, whose microphone button says what a press would do.
+/// Teams as a running application with a chat window and, during a meeting, a second window. The
+/// label of its microphone button says what a press does.
 class MacTeams {
  public:
   static constexpr std::int32_t processIdentifier = 501;
@@ -17,7 +18,7 @@ class MacTeams {
 
   void launch();
   void quit();
-  /// Launches Teams where it does not run yet.
+  /// Launches Teams if it is not running.
   void joinMeeting(bool muted = false);
   void leaveMeeting();
 
@@ -26,11 +27,14 @@ class MacTeams {
   void setMuted(bool muted);
 
   std::size_t pressCount() const { return pressCount_; }
-  /// What a press returns; anything but 0 presses nothing.
+  /// Sets how long after a press the button's label changes; initially at once.
+  void setLabelDelay(TimeInterval delay) { labelDelay_ = delay; }
+  /// Sets the status that a press returns; any status except 0 presses nothing.
   void setPressStatus(std::int32_t status) { pressStatus_ = status; }
 
  private:
   std::int32_t perform(const std::string& action);
+  void showLabel();
 
   doubles::AXNodeRef application_;
   doubles::AXNodeRef meeting_;
@@ -38,6 +42,8 @@ class MacTeams {
   bool muted_ = false;
   std::size_t pressCount_ = 0;
   std::int32_t pressStatus_ = 0;
+  TimeInterval labelDelay_{};
+  Instant labelDue_{};
 };
 
 }  // namespace hushbox

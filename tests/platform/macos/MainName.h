@@ -1,4 +1,4 @@
 #pragma once
 
-/// Included ahead of the program's own main file, so that tests can call it beside their main.
+/// Included before main.mm: renames its main, so that tests can call it next to their own main.
 int main() __asm__("hushboxMain");

@@ -34,8 +34,8 @@ class StatusItemMenuBarDriver final : public MenuBarDriver {
   }
 
  private:
-  /// A menu here shows no difference between a button and a switch that is off: these are the
-  /// contract's switches.
+  /// A native menu shows no difference between a button and a switch that is off, so the contract's
+  /// switches are listed here.
   static bool isSwitch(const doubles::MenuItem& item) {
     return item.on || item.title == "Off" || item.title == "Launch at login";
   }

@@ -21,14 +21,14 @@ class OSUnifiedLogTest : public MacFixture {
   OSUnifiedLog log;
 };
 
-TEST_F(OSUnifiedLogTest, RecordIsFoundBySubsystemAndCategory) {
+TEST_F(OSUnifiedLogTest, RecordHasItsSubsystemAndCategory) {
   const auto record = written(LogLevel::info, "Attached to Jabra Speak2 75 (id 42)");
   EXPECT_EQ(record.subsystem, "org.hushbox.Hushbox");
   EXPECT_EQ(record.category, "jabra");
   EXPECT_EQ(record.text, "Attached to Jabra Speak2 75 (id 42)");
 }
 
-TEST_F(OSUnifiedLogTest, NamesAreTakenNoFurtherThanTheyReach) {
+TEST_F(OSUnifiedLogTest, ReadsNoFurtherThanTheNames) {
   const std::string names = "org.hushbox.Hushboxjabra-and-more";
   log.write(std::string_view(names).substr(0, 19), std::string_view(names).substr(19, 5),
             LogLevel::info, std::string_view("one two").substr(0, 3));
@@ -38,16 +38,16 @@ TEST_F(OSUnifiedLogTest, NamesAreTakenNoFurtherThanTheyReach) {
   EXPECT_EQ(doubles::logRecords()[0].text, "one");
 }
 
-TEST_F(OSUnifiedLogTest, LevelsAreTheSystems) {
+TEST_F(OSUnifiedLogTest, TranslatesTheLevels) {
   EXPECT_EQ(written(LogLevel::info, "x").type, 0x01U);
   EXPECT_EQ(written(LogLevel::error, "x").type, 0x10U);
 }
 
-TEST_F(OSUnifiedLogTest, TextIsPublicAndNoFormat) {
+TEST_F(OSUnifiedLogTest, TextIsPublicAndNotAFormat) {
   EXPECT_EQ(written(LogLevel::info, "100 %s of %n").text, "100 %s of %n");
 }
 
-TEST_F(OSUnifiedLogTest, ControlCharactersAreSpeltOut) {
+TEST_F(OSUnifiedLogTest, EscapesControlCharacters) {
   EXPECT_EQ(written(LogLevel::info, std::string_view("a\0b\nc\x1b[2J", 9)).text,
             "a\\x00b\\nc\\x1B[2J");
 }

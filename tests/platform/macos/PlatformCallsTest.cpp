@@ -1,4 +1,4 @@
-// What the program asks of the Mac for a poll, a press and a search: the price of a second.
+// How many system calls a poll, a press and a search make.
 
 #include <gtest/gtest.h>
 
@@ -6,15 +6,15 @@
 #include <string>
 
 #include "coordinator/MuteCoordinator.h"
+#include "platform/macos/MacPlatform.h"
 #include "teams/TeamsUI.h"
-#include "tests/platform/macos/MacAdapters.h"
 #include "tests/platform/macos/MacFixture.h"
 #include "tests/platform/macos/MacTeams.h"
 
 namespace hushbox {
 namespace {
 
-class PlatformCallsTest : public MacFixture, protected MacAdapters {
+class PlatformCallsTest : public MacFixture, protected MacPlatform {
  protected:
   MacTeams teams;
   AudioObjectID speakerphone = doubles::plug({.name = "Jabra Speak2 75", .running = 1});
@@ -22,14 +22,14 @@ class PlatformCallsTest : public MacFixture, protected MacAdapters {
   void SetUp() override { doubles::scriptTask("/usr/bin/pmset", {"-g", "accps"}, {}); }
 };
 
-/// One reading with the button known: trust, the application, its time-out and switches, and the
+/// One reading with a cached button: trust, the application, its timeout and switches, and the
 /// button's role, identifier and four labels.
 const std::map<std::string, int> reading{
     {"AXIsProcessTrusted", 1},           {"runningApplications", 1},
     {"AXUIElementCreateApplication", 1}, {"AXUIElementSetMessagingTimeout", 1},
     {"AXUIElementSetAttributeValue", 2}, {"AXUIElementCopyAttributeValue", 6}};
 
-TEST_F(PlatformCallsTest, PollWithoutACallAsksNothing) {
+TEST_F(PlatformCallsTest, PollOffACallMakesNoSystemCall) {
   doubles::setRunning(speakerphone, false);
   const MuteCoordinator coordinator;
   advance(TimeInterval(1.5));
@@ -38,7 +38,7 @@ TEST_F(PlatformCallsTest, PollWithoutACallAsksNothing) {
   EXPECT_TRUE(doubles::calls().empty());
 }
 
-TEST_F(PlatformCallsTest, PollWithTheCachedButtonCostsTheReadingAndNoMore) {
+TEST_F(PlatformCallsTest, PollWithTheCachedButtonCostsOneReading) {
   teams.joinMeeting(false);
   const MuteCoordinator coordinator;
   advance(TimeInterval(1.5));
@@ -48,7 +48,7 @@ TEST_F(PlatformCallsTest, PollWithTheCachedButtonCostsTheReadingAndNoMore) {
   EXPECT_EQ(doubles::calls(), reading);
 }
 
-TEST_F(PlatformCallsTest, PressWithTheCachedButtonCostsTheReadingAndThePress) {
+TEST_F(PlatformCallsTest, PressWithTheCachedButtonCostsOneReadingAndThePress) {
   teams.joinMeeting(false);
   const MuteCoordinator coordinator;
   advance(TimeInterval(1.1));
@@ -58,17 +58,19 @@ TEST_F(PlatformCallsTest, PressWithTheCachedButtonCostsTheReadingAndThePress) {
   EXPECT_EQ(teams.pressCount(), 1U);
   auto press = reading;
   press["AXUIElementPerformAction"] = 1;
+  // What the button shows before and after the press.
+  press["AXUIElementCopyAttributeValue"] += 2 * 4;
   press["AudioObjectGetPropertyData"] = 1;
   EXPECT_EQ(doubles::calls(), press);
 }
 
-TEST_F(PlatformCallsTest, SearchCostsTwoReadsAndATimeoutAnElementBesideTheButtons) {
+TEST_F(PlatformCallsTest, SearchCostsTwoReadsAndATimeoutPerElement) {
   teams.joinMeeting(false);
   doubles::resetCalls();
   EXPECT_EQ(TeamsUI::currentMuteState(), false);
   // Six elements: the application and two windows, the toolbar, the camera's button and the
-  // microphone's. Each costs its role, a button its identifier and labels too, and all but the
-  // microphone's their children.
+  // microphone's. For each it reads the role, for a button also the identifier and labels, and for
+  // all but the microphone's the children.
   auto search = reading;
   search["AXUIElementSetMessagingTimeout"] = 6;
   search["AXUIElementCopyAttributeValue"] = 6 + 2 * 5 + 5;

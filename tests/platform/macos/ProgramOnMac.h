@@ -4,20 +4,20 @@
 #include <vector>
 
 #include "app/HushboxApp.h"
-#include "tests/platform/macos/MacAdapters.h"
+#include "platform/macos/MacPlatform.h"
 #include "tests/platform/macos/MacFixture.h"
 
 namespace hushbox {
 
-/// The whole program on the doubles: every adapter, in scope as the platform, and the application.
-struct ProgramOnMac : MacAdapters {
+/// The whole program on the doubles: the platform and the application.
+struct ProgramOnMac : MacPlatform {
   HushboxApp app;
 };
 
-/// The power-management tool reports the speakerphone at that level.
+/// Makes the power-management tool report this level for the speakerphone.
 void setBattery(int level, const std::string& state = "discharging");
 
-/// The titles of the menu's rows, "---" for a separator.
+/// Returns the titles of the menu's rows, with "---" for a separator.
 std::vector<std::string> rowTitles();
 
 }  // namespace hushbox

@@ -17,13 +17,13 @@ class RunLoopMainLoopTest : public MacFixture {
   RunLoopMainLoop loop;
 };
 
-TEST_F(RunLoopMainLoopTest, ClockIsTheOneThatGoesOnDuringSleep) {
+TEST_F(RunLoopMainLoopTest, ClockContinuesDuringSleep) {
   const Instant before = loop.now();
   doubles::keepBusy(TimeInterval(1.5));
   EXPECT_EQ(loop.now() - before, std::chrono::milliseconds(1500));
 }
 
-TEST_F(RunLoopMainLoopTest, RepeatingTimerIsNotStoppedByAnOpenMenu) {
+TEST_F(RunLoopMainLoopTest, OpenMenuDoesNotStopARepeatingTimer) {
   int firings = 0;
   loop.scheduleRepeating(TimeInterval(1), [&] { ++firings; });
   doubles::setTracking(true);
@@ -31,7 +31,7 @@ TEST_F(RunLoopMainLoopTest, RepeatingTimerIsNotStoppedByAnOpenMenu) {
   EXPECT_EQ(firings, 3);
 }
 
-TEST_F(RunLoopMainLoopTest, TimerIsScheduledOnceAndLivesOnByItself) {
+TEST_F(RunLoopMainLoopTest, TimerRepeatsWithoutAnOwner) {
   int firings = 0;
   loop.scheduleRepeating(TimeInterval(60), [&] { ++firings; });
   EXPECT_EQ(doubles::timerCount(), 1U);
@@ -39,7 +39,7 @@ TEST_F(RunLoopMainLoopTest, TimerIsScheduledOnceAndLivesOnByItself) {
   EXPECT_EQ(firings, 2);
 }
 
-TEST_F(RunLoopMainLoopTest, DelayedWorkKeepsToItsDelayToTheNanosecond) {
+TEST_F(RunLoopMainLoopTest, DelayedWorkRunsAfterItsDelayToTheNanosecond) {
   bool ran = false;
   const WorkItem item([&] { ran = true; });
   loop.mainAsyncAfter(TimeInterval(0.3), item);
@@ -49,7 +49,7 @@ TEST_F(RunLoopMainLoopTest, DelayedWorkKeepsToItsDelayToTheNanosecond) {
   EXPECT_TRUE(ran);
 }
 
-TEST_F(RunLoopMainLoopTest, BlocksAreReleasedOnceTheyHaveRun) {
+TEST_F(RunLoopMainLoopTest, ReleasesBlocksAfterTheyRun) {
   const auto held = std::make_shared<int>(0);
   const auto round = [&] {
     const doubles::AutoreleasePool pool;
@@ -66,7 +66,7 @@ TEST_F(RunLoopMainLoopTest, BlocksAreReleasedOnceTheyHaveRun) {
   EXPECT_EQ(doubles::liveObjects(), before);
 }
 
-TEST_F(RunLoopMainLoopTest, NothingOfABackgroundBlockIsLeftWithItsPoster) {
+TEST_F(RunLoopMainLoopTest, CallerKeepsNothingOfABackgroundBlock) {
   auto held = std::make_shared<int>(0);
   const std::weak_ptr<int> seen = held;
   loop.utilityAsync([held = std::move(held)] { ++*held; });
@@ -75,7 +75,41 @@ TEST_F(RunLoopMainLoopTest, NothingOfABackgroundBlockIsLeftWithItsPoster) {
   EXPECT_TRUE(seen.expired());
 }
 
-TEST_F(RunLoopMainLoopTest, TerminationIsAskedForAfterTheAskerIsDone) {
+TEST_F(RunLoopMainLoopTest, ActivityIsLatencyCriticalAndLetsTheMachineSleep) {
+  const auto activity = loop.beginActivity("The speakerphone is in use");
+  const auto held = doubles::activities();
+  ASSERT_EQ(held.size(), 1U);
+  EXPECT_EQ(held[0].options, 0xFF'00EF'FFFFU);
+  EXPECT_EQ(held[0].reason, "The speakerphone is in use");
+}
+
+TEST_F(RunLoopMainLoopTest, ActivityEndsWithItsOwnerAndNoOther) {
+  auto first = loop.beginActivity("first");
+  const auto second = loop.beginActivity("second");
+  first = nullptr;
+  ASSERT_EQ(doubles::activities().size(), 1U);
+  EXPECT_EQ(doubles::activities()[0].reason, "second");
+}
+
+TEST_F(RunLoopMainLoopTest, TimersAndDelayedWorkNapWithoutAnActivityOnly) {
+  int firings = 0;
+  bool ran = false;
+  loop.scheduleRepeating(TimeInterval(1), [&] { ++firings; });
+  doubles::setNapping(true);
+  advance(TimeInterval(60));
+  EXPECT_LE(firings, 7);
+  const auto activity = loop.beginActivity("test");
+  firings = 0;
+  const WorkItem item([&] { ran = true; });
+  loop.mainAsyncAfter(TimeInterval(0.3), item);
+  advance(TimeInterval(0.3));
+  EXPECT_TRUE(ran);
+  advance(TimeInterval(59.7));
+  // One firing was overdue when the activity began.
+  EXPECT_EQ(firings, 61);
+}
+
+TEST_F(RunLoopMainLoopTest, TerminatesAfterTheCallerReturns) {
   std::vector<int> order;
   loop.mainAsync([&] {
     loop.terminate();

@@ -1,4 +1,4 @@
-// The strictness that the adapters' tests rely on.
+// Rules that the runtime enforces.
 
 #import <AppKit/AppKit.h>
 #import <Foundation/Foundation.h>
@@ -31,7 +31,7 @@ using testing::ElementsAre;
 class RuntimeTest : public MacFixture {};
 using RuntimeDeathTest = RuntimeTest;
 
-TEST_F(RuntimeTest, ObjectsEndWithTheirLastReferenceAndAreCounted) {
+TEST_F(RuntimeTest, CountsObjectsUntilTheirLastRelease) {
   const long before = doubles::liveObjects("RuntimeTestObject");
   @autoreleasepool {
     RuntimeTestObject* object = [[RuntimeTestObject alloc] init];
@@ -44,7 +44,7 @@ TEST_F(RuntimeTest, ObjectsEndWithTheirLastReferenceAndAreCounted) {
   EXPECT_EQ(doubles::liveObjects("RuntimeTestObject"), before);
 }
 
-TEST_F(RuntimeTest, WeakReferenceIsNilOnceTheObjectIsGone) {
+TEST_F(RuntimeTest, WeakReferenceIsNilAfterTheLastRelease) {
   RuntimeTestObject* holder = [[RuntimeTestObject alloc] init];
   @autoreleasepool {
     RuntimeTestObject* held = [[RuntimeTestObject alloc] init];
@@ -54,7 +54,7 @@ TEST_F(RuntimeTest, WeakReferenceIsNilOnceTheObjectIsGone) {
   EXPECT_TRUE(holder.other == nil);
 }
 
-TEST_F(RuntimeTest, CycleThroughABlockIsSeenInTheCount) {
+TEST_F(RuntimeTest, CycleThroughABlockShowsInTheCount) {
   const long before = doubles::liveObjects();
   RuntimeTestObject* object = [[RuntimeTestObject alloc] init];
 #pragma clang diagnostic push
@@ -80,7 +80,7 @@ TEST_F(RuntimeTest, MessageToNilIsZero) {
   EXPECT_TRUE(nothing.UTF8String == nullptr);
 }
 
-TEST_F(RuntimeTest, StringsKeepTheirCharactersWhateverTheCompilerMakesOfThem) {
+TEST_F(RuntimeTest, LiteralsOfEveryKindKeepTheirCharacters) {
   EXPECT_STREQ(@"Grant Accessibility… 🎙".UTF8String, "Grant Accessibility… 🎙");
   EXPECT_EQ(@"… 🎙".length, 4U);
   const char broken[] = {'a', static_cast<char>(0xff)};
@@ -88,7 +88,7 @@ TEST_F(RuntimeTest, StringsKeepTheirCharactersWhateverTheCompilerMakesOfThem) {
   EXPECT_TRUE(string == nil);
 }
 
-TEST_F(RuntimeDeathTest, MistakesEndTheProcessWithASentence) {
+TEST_F(RuntimeDeathTest, MistakesAbortWithAMessage) {
   NSObject* object = [[NSObject alloc] init];
   EXPECT_DEATH([object nobodyImplementsThis], "unrecognized selector -\\[NSObject nobody");
   EXPECT_DEATH(
@@ -101,7 +101,7 @@ TEST_F(RuntimeDeathTest, MistakesEndTheProcessWithASentence) {
   EXPECT_DEATH(CFRelease(nullptr), "CFRelease was given NULL");
 }
 
-TEST_F(RuntimeDeathTest, AppKitOffTheMainThreadEndsTheProcess) {
+TEST_F(RuntimeDeathTest, AppKitOffTheMainThreadAborts) {
   EXPECT_DEATH(
       {
         dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), ^{
@@ -138,7 +138,7 @@ TEST_F(RuntimeTest, TimerOutsideTheCommonModesWaitsWhileTheMenuIsOpen) {
   EXPECT_EQ(usual, 3);
 }
 
-TEST_F(RuntimeTest, DelayedBlocksRunInTheirOrderAtTheirTime) {
+TEST_F(RuntimeTest, DelayedBlocksRunInOrderOnTime) {
   std::vector<int> order;
   std::vector<int>* const ran = &order;
   const auto after = [ran](double seconds, int number) {
@@ -155,7 +155,7 @@ TEST_F(RuntimeTest, DelayedBlocksRunInTheirOrderAtTheirTime) {
   EXPECT_THAT(order, ElementsAre(1, 2));
 }
 
-TEST_F(RuntimeTest, GlobalQueuesRunSideBySideOffTheMainThread) {
+TEST_F(RuntimeTest, GlobalQueuesRunConcurrentlyOffTheMainThread) {
   __block bool offMain = false;
   __block bool backOnMain = false;
   dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), ^{

@@ -16,7 +16,7 @@ class ServiceLoginItemTest : public MacFixture {
   ServiceLoginItem item;
 };
 
-TEST_F(ServiceLoginItemTest, StatusIsReadAfreshEachTime) {
+TEST_F(ServiceLoginItemTest, ReadsTheStatusEachTime) {
   for (const Status status :
        {Status::notFound, Status::notRegistered, Status::requiresApproval, Status::enabled}) {
     doubles::setServiceStatus(static_cast<int>(status));
@@ -24,14 +24,14 @@ TEST_F(ServiceLoginItemTest, StatusIsReadAfreshEachTime) {
   }
 }
 
-TEST_F(ServiceLoginItemTest, WhatAlreadyIsCannotFail) {
+TEST_F(ServiceLoginItemTest, ChangeToTheCurrentStatusSucceeds) {
   doubles::setServiceStatus(static_cast<int>(Status::enabled));
   EXPECT_TRUE(item.registerItem());
   EXPECT_TRUE(item.unregisterItem());
   EXPECT_TRUE(item.unregisterItem());
 }
 
-TEST_F(ServiceLoginItemTest, RegistrationThatWaitsForTheUserIsAFailureWhenTheSystemSaysSo) {
+TEST_F(ServiceLoginItemTest, RegistrationThatRequiresApprovalCanFail) {
   doubles::setServiceStatus(static_cast<int>(Status::requiresApproval));
   doubles::refuseServiceChanges();
   EXPECT_FALSE(item.registerItem());

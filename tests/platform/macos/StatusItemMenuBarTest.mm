@@ -1,4 +1,4 @@
-// The item in the menu bar as the desktop has it: its icon, its menu, and what a click leads to.
+// The status item as the desktop sees it: its icon, its menu, and what a click does.
 
 #import "platform/macos/StatusItemMenuBar.h"
 
@@ -61,8 +61,8 @@ class StatusItemMenuBarTest : public MacFixture {
   StatusItemMenuBar menuBar;
 };
 
-TEST_F(StatusItemMenuBarTest, ItemIsAsWideAsItsIconAndLeavesTheMenuBarWithIt) {
-  // Somebody else may keep the native item alive longer.
+TEST_F(StatusItemMenuBarTest, ItemHasVariableLengthAndIsRemovedOnDestruction) {
+  // Another owner may keep the native item alive longer.
   NSStatusItem* kept = nil;
   {
     const StatusItemMenuBar second;
@@ -72,6 +72,31 @@ TEST_F(StatusItemMenuBarTest, ItemIsAsWideAsItsIconAndLeavesTheMenuBarWithIt) {
   EXPECT_TRUE(kept != nil);
   EXPECT_EQ(doubles::statusItemCount(), 1U);
   EXPECT_EQ(doubles::statusItem().length, NSVariableStatusItemLength);
+}
+
+TEST_F(StatusItemMenuBarTest, ItemHasAnAutosaveName) {
+  EXPECT_STREQ(doubles::statusItem().autosaveName.UTF8String, "Hushbox");
+}
+
+TEST_F(StatusItemMenuBarTest, ToolTipSaysTheState) {
+  menuBar.setIcon(icon(), "Hushbox: On a call — live");
+  EXPECT_STREQ(doubles::statusItem().button.toolTip.UTF8String, "Hushbox: On a call — live");
+}
+
+TEST_F(StatusItemMenuBarTest, ActionMayRemoveItsOwnRowAndStillUseItsCaptures) {
+  std::string seen;
+  menuBar.setRows({button("Quit Hushbox", [this, &seen, held = std::string(100, 'x')] {
+    menuBar.setRows({});
+    seen = held;
+  })});
+  doubles::chooseMenuItem("Quit Hushbox");
+  EXPECT_EQ(seen, std::string(100, 'x'));
+  EXPECT_EQ(doubles::liveObjects("HushboxRowAction"), 0);
+}
+
+TEST_F(StatusItemMenuBarTest, RowWithoutAnActionMayBeChosen) {
+  menuBar.setRows({button("Quit Hushbox", {})});
+  doubles::chooseMenuItem("Quit Hushbox");
 }
 
 TEST_F(StatusItemMenuBarTest, TextIsGreyedAndDoesNothing) {
@@ -85,7 +110,7 @@ TEST_F(StatusItemMenuBarTest, TextIsGreyedAndDoesNothing) {
   EXPECT_FALSE(doubles::statusItem().menu.autoenablesItems);
 }
 
-TEST_F(StatusItemMenuBarTest, CommandKeyGoesWithTheLetterOfARow) {
+TEST_F(StatusItemMenuBarTest, KeyEquivalentUsesTheCommandKey) {
   MenuRow quit = button("Quit Hushbox");
   quit.keyEquivalent = "q";
   menuBar.setRows({quit, button("Grant Accessibility…")});
@@ -94,7 +119,7 @@ TEST_F(StatusItemMenuBarTest, CommandKeyGoesWithTheLetterOfARow) {
   EXPECT_STREQ(item(1).keyEquivalent.UTF8String, "");
 }
 
-TEST_F(StatusItemMenuBarTest, SwitchCarriesACheckMarkWhileOnAndAButtonNever) {
+TEST_F(StatusItemMenuBarTest, OnlyASwitchThatIsOnHasACheckMark) {
   MenuRow odd = button("Odd");
   odd.on = true;
   menuBar.setRows({toggle("Launch at login", true), odd});
@@ -113,7 +138,7 @@ TEST_F(StatusItemMenuBarTest, RowThatIsNotEnabledCannotBeChosen) {
   EXPECT_TRUE(item(0).enabled);
 }
 
-TEST_F(StatusItemMenuBarTest, EachCommandHasATargetOfItsOwnThatStays) {
+TEST_F(StatusItemMenuBarTest, EachCommandHasItsOwnLastingTarget) {
   int first = 0;
   int second = 0;
   menuBar.setRows({button("First", [&] { ++first; }), toggle("Second", false, [&] { ++second; })});
@@ -124,7 +149,7 @@ TEST_F(StatusItemMenuBarTest, EachCommandHasATargetOfItsOwnThatStays) {
   EXPECT_EQ(second, 2);
 }
 
-TEST_F(StatusItemMenuBarTest, RowsAreEditedInPlaceWhileTheMenuIsOpen) {
+TEST_F(StatusItemMenuBarTest, EditsRowsInPlaceWhileTheMenuIsOpen) {
   int old = 0;
   int now = 0;
   menuBar.setRows({text("Not on a call"), separator(), toggle("Launch at login", false),
@@ -141,7 +166,7 @@ TEST_F(StatusItemMenuBarTest, RowsAreEditedInPlaceWhileTheMenuIsOpen) {
   EXPECT_EQ(now, 1);
 }
 
-TEST_F(StatusItemMenuBarTest, CommandsKeepTheirItemsWhenRowsComeAndGoAroundThem) {
+TEST_F(StatusItemMenuBarTest, CommandsKeepTheirItemsWhenOtherRowsComeAndGo) {
   menuBar.setRows({text("Call"), text("Status"), separator(), button("Grant"),
                    toggle("Launch", false), separator(), button("Quit")});
   doubles::openMenu();
@@ -168,7 +193,7 @@ TEST_F(StatusItemMenuBarTest, ItemOfACommandNeverBecomesAnother) {
   EXPECT_STREQ(grant.title.UTF8String, "Grant");
 }
 
-TEST_F(StatusItemMenuBarTest, RowsMayBecomeFewerAndNone) {
+TEST_F(StatusItemMenuBarTest, RowsMayBecomeFewerOrNone) {
   menuBar.setRows({text("Call"), separator(), button("Quit"), separator()});
   menuBar.setRows({text("Call")});
   EXPECT_EQ(titles(), Titles({"Call"}));
@@ -176,7 +201,7 @@ TEST_F(StatusItemMenuBarTest, RowsMayBecomeFewerAndNone) {
   EXPECT_EQ(titles(), Titles({}));
 }
 
-TEST_F(StatusItemMenuBarTest, LocalizedRowsAreLookedUpInTheBundleAndOthersAreNot) {
+TEST_F(StatusItemMenuBarTest, OnlyLocalizedRowsAreLookedUpInTheBundle) {
   doubles::setLocalization("Not on a call", "Kein Anruf");
   doubles::setLocalization("Quit", "Beenden");
   MenuRow call = text("Not on a call");
@@ -189,14 +214,14 @@ TEST_F(StatusItemMenuBarTest, LocalizedRowsAreLookedUpInTheBundleAndOthersAreNot
   EXPECT_EQ(titles(), Titles({"Kein Anruf", "Battery: 42%", "Not on a call", "Beenden"}));
 }
 
-TEST_F(StatusItemMenuBarTest, TemplateIsForTheMenuBarToColourAndATintedIconIsNot) {
+TEST_F(StatusItemMenuBarTest, OnlyAnUntintedIconIsATemplate) {
   menuBar.setIcon(icon(true), "Live");
   EXPECT_TRUE(doubles::isTemplate(doubles::statusItem().button.image));
   menuBar.setIcon(icon(false), "Live");
   EXPECT_FALSE(doubles::isTemplate(doubles::statusItem().button.image));
 }
 
-TEST_F(StatusItemMenuBarTest, IconHasItsSizeAndItsDirection) {
+TEST_F(StatusItemMenuBarTest, IconHasItsSizeAndOrientation) {
   Image image = icon();
   image.height = 16;
   menuBar.setIcon(image, "Live");
@@ -209,7 +234,7 @@ TEST_F(StatusItemMenuBarTest, IconHasItsSizeAndItsDirection) {
   EXPECT_FALSE(doubles::isFlipped(doubles::statusItem().button.image));
 }
 
-TEST_F(StatusItemMenuBarTest, IconIsDrawnAfreshAtEachRenderingLongAfterItWasSet) {
+TEST_F(StatusItemMenuBarTest, EachRenderingDrawsTheIconAgain) {
   auto drawings = std::make_shared<int>(0);
   {
     Image image = icon();
@@ -228,7 +253,7 @@ TEST_F(StatusItemMenuBarTest, IconIsDrawnAfreshAtEachRenderingLongAfterItWasSet)
   EXPECT_EQ(drawings.use_count(), 1);
 }
 
-TEST_F(StatusItemMenuBarTest, IconSaysWhetherItDrew) {
+TEST_F(StatusItemMenuBarTest, RenderingReturnsTheResultOfTheDrawing) {
   Image image = icon();
   image.draw = [](Canvas*) { return false; };
   menuBar.setIcon(image, "Live");
@@ -238,7 +263,7 @@ TEST_F(StatusItemMenuBarTest, IconSaysWhetherItDrew) {
   EXPECT_FALSE(doubles::render(doubles::statusItem().button.image));
 }
 
-TEST_F(StatusItemMenuBarTest, WithoutAContextThereIsNoCanvas) {
+TEST_F(StatusItemMenuBarTest, WithoutAContextTheCanvasIsNull) {
   auto seen = std::make_shared<std::vector<bool>>();
   Image image = icon();
   image.draw = [seen](Canvas* canvas) {
@@ -251,14 +276,14 @@ TEST_F(StatusItemMenuBarTest, WithoutAContextThereIsNoCanvas) {
   EXPECT_EQ(*seen, (std::vector{false, true}));
 }
 
-TEST_F(StatusItemMenuBarTest, StateInWordsIsTheAccessibilityLabel) {
+TEST_F(StatusItemMenuBarTest, DescriptionIsTheAccessibilityLabel) {
   menuBar.setIcon(icon(), "Hushbox: On a call — muted");
   EXPECT_EQ(doubles::accessibilityLabel(), "Hushbox: On a call — muted");
   menuBar.setIcon(icon(), "Hushbox: Not on a call");
   EXPECT_EQ(doubles::accessibilityLabel(), "Hushbox: Not on a call");
 }
 
-TEST_F(StatusItemMenuBarTest, NothingIsLeftOfRowsAndIconsThatWere) {
+TEST_F(StatusItemMenuBarTest, ReleasesFormerRowsAndIcons) {
   const auto round = [this] {
     menuBar.setIcon(icon(), "Live");
     menuBar.setRows({text("Call"), separator(), button("Grant"), toggle("Launch", true)});
@@ -271,7 +296,7 @@ TEST_F(StatusItemMenuBarTest, NothingIsLeftOfRowsAndIconsThatWere) {
   EXPECT_EQ(doubles::liveObjects(), before);
 }
 
-TEST_F(StatusItemMenuBarTest, ActionOfARowThatIsGoneIsReleased) {
+TEST_F(StatusItemMenuBarTest, ReleasesTheActionOfARemovedRow) {
   auto held = std::make_shared<int>();
   menuBar.setRows({button("Grant", [held] {})});
   EXPECT_GT(held.use_count(), 1);

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <chrono>
 #include <filesystem>
 #include <iterator>
 #include <memory>
@@ -25,10 +28,21 @@ class TaskChildProcessTest : public MacFixture {
     return child;
   }
 
+  /// Runs a command of the shell to its end; returns what it wrote to its standard output.
+  std::string output(const std::string& command) {
+    const auto child = processes.make();
+    child->setExecutablePath("/bin/sh");
+    child->setArguments({"-c", command});
+    EXPECT_TRUE(child->launch());
+    std::string read = child->readDataToEndOfFile();
+    child->waitUntilExit();
+    return read;
+  }
+
   TaskChildProcessFactory processes;
 };
 
-TEST_F(TaskChildProcessTest, ProcessesAndPipesAreReleased) {
+TEST_F(TaskChildProcessTest, ReleasesProcessesAndPipes) {
   const auto round = [&] {
     const auto child = echo({"-g", "accps"});
     EXPECT_TRUE(child->launch());
@@ -46,13 +60,38 @@ TEST_F(TaskChildProcessTest, ProcessesAndPipesAreReleased) {
   EXPECT_EQ(openDescriptors(), descriptors);
 }
 
-TEST_F(TaskChildProcessTest, ProcessThatWasNotLaunchedHasNoOutputAndIsNotWaitedFor) {
+TEST_F(TaskChildProcessTest, ChildInheritsStandardInput) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  ASSERT_EQ(write(ends[1], "typed", 5), 5);
+  close(ends[1]);
+  const int before = dup(STDIN_FILENO);
+  dup2(ends[0], STDIN_FILENO);
+  close(ends[0]);
+  EXPECT_EQ(output("cat"), "typed");
+  dup2(before, STDIN_FILENO);
+  close(before);
+}
+
+TEST_F(TaskChildProcessTest, ChildInheritsStandardError) {
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(output("printf reported >&2; printf shown"), "shown");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "reported");
+}
+
+TEST_F(TaskChildProcessTest, WaitEndsAfterTheChildAndNotWithItsOutput) {
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(output("printf x; exec >&-; sleep 0.1"), "x");
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
+}
+
+TEST_F(TaskChildProcessTest, UnlaunchedProcessHasNoOutputAndIsNotWaitedFor) {
   const auto child = echo({});
   EXPECT_EQ(child->readDataToEndOfFile(), "");
   child->waitUntilExit();
 }
 
-TEST_F(TaskChildProcessTest, SecondLaunchIsRefused) {
+TEST_F(TaskChildProcessTest, RefusesASecondLaunch) {
   const auto child = echo({"once"});
   EXPECT_TRUE(child->launch());
   EXPECT_FALSE(child->launch());
@@ -60,7 +99,7 @@ TEST_F(TaskChildProcessTest, SecondLaunchIsRefused) {
   child->waitUntilExit();
 }
 
-TEST_F(TaskChildProcessTest, WordsThatTheSystemWouldCutShortAreRefused) {
+TEST_F(TaskChildProcessTest, RefusesTextThatTheSystemWouldTruncate) {
   using namespace std::string_literals;
   const auto child = echo({"a\0b"s});
   EXPECT_FALSE(child->launch());
@@ -69,7 +108,7 @@ TEST_F(TaskChildProcessTest, WordsThatTheSystemWouldCutShortAreRefused) {
   EXPECT_FALSE(other->launch());
 }
 
-TEST_F(TaskChildProcessTest, ProcessWithoutAPathIsRefused) {
+TEST_F(TaskChildProcessTest, RefusesAProcessWithoutAPath) {
   EXPECT_FALSE(processes.make()->launch());
 }
 

@@ -43,7 +43,7 @@ class UserNotificationCenterTest : public MacFixture {
   Answer answer;
 };
 
-TEST_F(UserNotificationCenterTest, PermissionIsAskedForExactlyWhatIsListed) {
+TEST_F(UserNotificationCenterTest, RequestsExactlyTheGivenOptions) {
   ask(notificationAlert | notificationSound);
   EXPECT_EQ(doubles::authorizationOptions(), 6U);
   ask(notificationSound);
@@ -52,7 +52,7 @@ TEST_F(UserNotificationCenterTest, PermissionIsAskedForExactlyWhatIsListed) {
   EXPECT_EQ(doubles::authorizationOptions(), 4U);
 }
 
-TEST_F(UserNotificationCenterTest, AnswerSaysWhetherPermissionWasGiven) {
+TEST_F(UserNotificationCenterTest, ReportsWhetherPermissionWasGranted) {
   ask();
   settle();
   EXPECT_EQ(answer.calls, 1);
@@ -66,7 +66,20 @@ TEST_F(UserNotificationCenterTest, AnswerSaysWhetherPermissionWasGiven) {
   EXPECT_EQ(answer.error, "Notifications are not allowed for this application");
 }
 
-TEST_F(UserNotificationCenterTest, NotificationIsAddedAsItIsAndWithoutATrigger) {
+TEST_F(UserNotificationCenterTest, PermissionAndErrorAreIndependent) {
+  doubles::setAuthorization(false, std::nullopt);
+  ask();
+  settle();
+  EXPECT_FALSE(answer.granted);
+  EXPECT_EQ(answer.error, std::nullopt);
+  doubles::setAuthorization(true, "Provisional");
+  ask();
+  settle();
+  EXPECT_TRUE(answer.granted);
+  EXPECT_EQ(answer.error, "Provisional");
+}
+
+TEST_F(UserNotificationCenterTest, AddsTheNotificationUnchangedAndWithoutATrigger) {
   add(warning());
   settle();
   ASSERT_EQ(doubles::notifications().size(), 1U);
@@ -80,7 +93,7 @@ TEST_F(UserNotificationCenterTest, NotificationIsAddedAsItIsAndWithoutATrigger) 
   EXPECT_EQ(answer.error, std::nullopt);
 }
 
-TEST_F(UserNotificationCenterTest, NotificationIsSilentUnlessASoundIsWanted) {
+TEST_F(UserNotificationCenterTest, NotificationIsSilentUnlessASoundIsRequested) {
   add(warning(false));
   settle();
   ASSERT_EQ(doubles::notifications().size(), 1U);
@@ -95,7 +108,7 @@ TEST_F(UserNotificationCenterTest, FailureIsTheErrorsLocalizedDescription) {
   EXPECT_EQ(answer.error, "The notification could not be added");
 }
 
-TEST_F(UserNotificationCenterTest, ServiceIsNotTouchedOutsideABundle) {
+TEST_F(UserNotificationCenterTest, DoesNotCallTheServiceOutsideABundle) {
   doubles::setBundleIdentifier(std::nullopt);
   ask();
   EXPECT_EQ(answer.calls, 1);
@@ -107,7 +120,7 @@ TEST_F(UserNotificationCenterTest, ServiceIsNotTouchedOutsideABundle) {
   EXPECT_THAT(answer.error.value_or(""), testing::HasSubstr("outside its application bundle"));
 }
 
-TEST_F(UserNotificationCenterTest, CompletionMayBeMissing) {
+TEST_F(UserNotificationCenterTest, CompletionIsOptional) {
   center.requestAuthorization(notificationAlert, nullptr);
   center.add(warning(), nullptr);
   settle();
@@ -117,7 +130,7 @@ TEST_F(UserNotificationCenterTest, CompletionMayBeMissing) {
   center.add(warning(), nullptr);
 }
 
-TEST_F(UserNotificationCenterTest, NothingIsLeftOnceAnswersHaveCome) {
+TEST_F(UserNotificationCenterTest, ReleasesEverythingAfterTheReplies) {
   const auto round = [this] {
     ask();
     add(warning());

@@ -13,7 +13,7 @@ namespace hushbox::doubles {
 struct AXNode;
 using AXNodeRef = std::shared_ptr<AXNode>;
 
-/// A value of another type than the adapters look for. `nothing` is a success without a value.
+/// A value of a type that the adapters do not expect. `nothing` is success without a value.
 enum class AXStrange {
   number,
   boolean,
@@ -26,47 +26,51 @@ enum class AXStrange {
 };
 using AXValue = std::variant<std::string, AXStrange>;
 
-/// An element of an application's user interface. AXChildren is made of `children`.
+/// An element of an application's user interface. AXChildren returns `children`.
 struct AXNode {
   std::map<std::string, AXValue> attributes;
   std::vector<AXNodeRef> children;
-  /// Beside the children the list has a number, a text, a null and a list.
+  /// AXChildren also contains a number, a string, a null and a list.
   bool strangeChildren = false;
   bool gone = false;
-  /// What an action does; returns its status. Without it no action is supported.
+  /// Performs an action and returns its status. If empty, no action is supported.
   std::function<std::int32_t(const std::string& action)> perform;
-  /// The attributes that were set. Setting answers "unsupported" although it takes effect.
+  /// Called before each read of an attribute, so that a change may show late.
+  std::function<void()> beforeRead;
+  /// The attributes that were set. Setting one returns "unsupported" although it takes effect.
   std::map<std::string, bool> written;
-  /// Waits for AXManualAccessibility to be written true to the application before it has children.
+  /// Has no children until AXManualAccessibility was set to true on the application.
   bool asleep = false;
 };
 
-/// The Accessibility permission; granted at first.
+/// The Accessibility permission; initially granted.
 extern bool trusted;
-/// The prompt option of each question that had one.
+/// The prompt option of each call of AXIsProcessTrustedWithOptions.
 extern std::vector<bool> prompts;
 
-/// The application with that process identifier, made when it is first asked for.
+/// Returns the application with this process identifier; creates it on the first call.
 AXNodeRef& axApplication(std::int32_t pid);
-/// Ends the application: its elements are invalid.
+/// Quits the application, which invalidates its elements.
 void axQuit(std::int32_t pid);
 
-/// While true every call takes its time-out and then fails, with kAXErrorCannotComplete.
+/// While true, every call blocks for its timeout and then fails with kAXErrorCannotComplete.
 extern bool axFrozen;
-/// The time-outs that frozen calls waited, in seconds.
+/// The timeouts that calls to a frozen application waited, in seconds.
 extern std::vector<float> axWaits;
 
-/// Elements that the interface has handed out and that are still held.
+/// Returns how many elements the adapters hold.
 long axElements();
 
-/// What AXUIElementSetMessagingTimeout returns instead of doing anything, unless 0.
+/// If not 0, AXUIElementSetMessagingTimeout does nothing and returns this.
 extern std::int32_t axTimeoutStatus;
 
-/// The applications that NSWorkspace lists.
+/// The applications that NSWorkspace and NSRunningApplication list.
 struct App {
-  /// Empty for one without a bundle.
+  /// nullopt for a program without a bundle.
   std::string bundle;
   std::int32_t pid;
+  bool finishedLaunching = true;
+  bool terminated = false;
 };
 extern std::vector<App> apps;
 

@@ -78,7 +78,7 @@ AXElementDouble* elementOf(AXUIElementRef reference) {
   if (!reference) fail("the accessibility interface was given no element");
   id object = (__bridge id)(void*)reference;
   if (![object isKindOfClass:[AXElementDouble class]]) {
-    fail("the accessibility interface was given something that is no element");
+    fail("the accessibility interface was given something that is not an element");
   }
   return object;
 }
@@ -90,10 +90,10 @@ AXElementDouble* element(const AXNodeRef& node, const AXNodeRef& application) {
   return made;
 }
 
-/// What a call meets on its way to the other process.
+/// The status that a call to the other process returns before it reaches the element.
 AXError reach(AXElementDouble* element) {
   if (element->messagingTimeout <= 0) {
-    fail("an element was called without a messaging time-out in force: it may hang for seconds");
+    fail("an element was called without a messaging timeout: it may hang for seconds");
   }
   if (!trusted) return kAXErrorAPIDisabled;
   if (!element->node || element->node->gone) return kAXErrorInvalidUIElement;
@@ -159,7 +159,7 @@ Boolean AXIsProcessTrustedWithOptions(CFDictionaryRef reference) {
   NSDictionary* options = (__bridge NSDictionary*)reference;
   if (options.count != 1) fail("AXIsProcessTrustedWithOptions was given unknown options");
   NSNumber* prompt = [options objectForKey:@"AXTrustedCheckOptionPrompt"];
-  if (!prompt) fail("AXIsProcessTrustedWithOptions was not told whether to prompt");
+  if (!prompt) fail("AXIsProcessTrustedWithOptions was given no prompt option");
   prompts.push_back(prompt.boolValue);
   return trusted;
 }
@@ -190,7 +190,8 @@ AXError AXUIElementSetAttributeValue(AXUIElementRef reference, CFStringRef attri
   AXElementDouble* target = elementOf(reference);
   if (!attribute || !value) fail("AXUIElementSetAttributeValue was given NULL");
   if (const AXError status = reach(target)) return status;
-  if (CFGetTypeID(value) != CFBooleanGetTypeID()) fail("an attribute was set to no boolean");
+  if (CFGetTypeID(value) != CFBooleanGetTypeID())
+    fail("an attribute was set to a value that is not a boolean");
   target->node->written[text((__bridge NSString*)attribute)] = value == kCFBooleanTrue;
   return kAXErrorAttributeUnsupported;
 }
@@ -201,6 +202,7 @@ AXError AXUIElementCopyAttributeValue(AXUIElementRef reference, CFStringRef attr
   AXElementDouble* source = elementOf(reference);
   if (!attribute || !out) fail("AXUIElementCopyAttributeValue was given NULL");
   if (const AXError status = reach(source)) return status;
+  if (source->node->beforeRead) source->node->beforeRead();
   const std::string name = text((__bridge NSString*)attribute);
   const auto found = source->node->attributes.find(name);
   id value = nil;
@@ -226,21 +228,42 @@ AXError AXUIElementPerformAction(AXUIElementRef reference, CFStringRef action) {
 }
 }
 
-@implementation NSRunningApplication {
+@interface NSRunningApplication () {
  @public
   App app;
 }
+@end
+
+namespace {
+
+NSRunningApplication* runningApplication(const App& app) {
+  NSRunningApplication* running = [[NSRunningApplication alloc] init];
+  running->app = app;
+  return running;
+}
+
+}  // namespace
+
+@implementation NSRunningApplication
 - (NSString*)bundleIdentifier {
   return app.bundle.empty() ? nil : string(app.bundle);
-}
-- (NSString*)localizedName {
-  return nil;
 }
 - (pid_t)processIdentifier {
   return app.pid;
 }
 - (BOOL)isTerminated {
-  return NO;
+  return app.terminated;
+}
+- (BOOL)isFinishedLaunching {
+  return app.finishedLaunching;
+}
++ (NSArray<NSRunningApplication*>*)runningApplicationsWithBundleIdentifier:(NSString*)identifier {
+  if (!identifier) fail("applications were requested without a bundle identifier");
+  NSMutableArray* list = [[NSMutableArray alloc] init];
+  for (const App& each : apps) {
+    if (each.bundle == text(identifier)) [list addObject:runningApplication(each)];
+  }
+  return list;
 }
 @end
 
@@ -257,15 +280,7 @@ AXError AXUIElementPerformAction(AXUIElementRef reference, CFStringRef action) {
   requireMainThread("-[NSWorkspace runningApplications]");
   count("runningApplications");
   NSMutableArray* list = [[NSMutableArray alloc] init];
-  for (const App& each : apps) {
-    NSRunningApplication* running = [[NSRunningApplication alloc] init];
-    running->app = each;
-    [list addObject:running];
-  }
+  for (const App& each : apps) [list addObject:runningApplication(each)];
   return list;
-}
-- (BOOL)openURL:(NSURL*)url {
-  (void)url;
-  fail("openURL: has no double");
 }
 @end

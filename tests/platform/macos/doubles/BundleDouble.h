@@ -5,13 +5,13 @@
 
 namespace hushbox::doubles {
 
-/// The main bundle's identifier; "com.example.hushbox" at first, nothing outside a bundle.
+/// Sets the main bundle's identifier, initially "com.example.hushbox"; nullopt means no bundle.
 void setBundleIdentifier(std::optional<std::string> identifier);
 
-/// A translation in the bundle's strings table.
+/// Adds a translation to the bundle's strings table.
 void setLocalization(const std::string& key, const std::string& value);
 
-/// What the date formatter's short style makes of the present time; "9:41 AM" at first.
+/// Sets the current time as the date formatter's short style shows it, initially "9:41 AM".
 void setShortTime(const std::string& text);
 
 void resetBundle();

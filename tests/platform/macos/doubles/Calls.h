@@ -5,12 +5,12 @@
 
 namespace hushbox::doubles {
 
-/// How often each C function of the platform, and each method worth counting, was called since
-/// `resetCalls()`; by its plain name. Main thread only.
+/// Returns how often each C function of the platform and the most expensive methods were called
+/// since `resetCalls()`, by name. Main thread only.
 std::map<std::string, int> calls();
 void resetCalls();
 
-/// Counts one call. Any thread.
+/// Counts a call. Any thread.
 void count(const char* name);
 
 }  // namespace hushbox::doubles

@@ -7,37 +7,37 @@
 
 namespace hushbox::doubles {
 
-/// The audio devices of Core Audio. Main thread only. Changes are announced by the listeners'
-/// queues; run the loop to see it.
+/// The audio devices of Core Audio. Main thread only. Listeners are called on their queues, so run
+/// the loop after a change.
 struct AudioDevice {
   enum class Name { text, number, absent };
 
   std::string name;
-  /// What the name property gives.
+  /// The value of the name property.
   Name kind = Name::text;
-  /// 0 to 1; nothing for a device without an input that has one.
+  /// 0 to 1; nullopt for a device without input volume.
   std::optional<float> inputVolume = 1.0F;
-  /// Whether somebody records from it or plays on it.
+  /// Non-zero while a program records from the device or plays on it.
   std::uint32_t running = 0;
 };
 
-/// Plugs a device in; returns its object's number.
+/// Plugs in a device; returns its object identifier.
 std::uint32_t plug(AudioDevice device);
-/// Takes the device away, and its listeners with it.
+/// Removes the device and its listeners.
 void unplug(std::uint32_t id);
 AudioDevice& device(std::uint32_t id);
 
-/// The device itself, or another program, changes it: announced when it differs.
+/// The device or another program changes the value; listeners are called if it differs.
 void setInputVolume(std::uint32_t id, float volume);
 void setRunning(std::uint32_t id, bool running);
 
 std::size_t audioListeners();
 
-/// What the next call returns instead of doing anything.
+/// The next call does nothing and returns this status.
 void failNextAudioCall(std::int32_t status);
 
-/// From now on a listener that is removed is called once more afterwards, as by a call that was
-/// queued before. Its block is kept alive for that long.
+/// From now on a removed listener is called once more, as if the call had been queued before the
+/// removal. Its block stays alive until then.
 void deliverOneCallAfterRemoval();
 
 void resetAudio();

@@ -85,10 +85,10 @@ UInt32 sizeOf(const Address& address) {
 }
 
 void requireNoQualifier(UInt32 size, const void* data) {
-  if (size != 0 || data) fail("Core Audio was given a qualifier where none is due");
+  if (size != 0 || data) fail("Core Audio was given an unexpected qualifier");
 }
 
-/// As many devices as there is room for.
+/// Returns as many devices as fit.
 void copyList(UInt32* size, void* out) {
   const auto count =
       std::min<UInt32>(*size / sizeof(AudioObjectID), static_cast<UInt32>(devices.size()));
@@ -99,7 +99,7 @@ void copyList(UInt32* size, void* out) {
   *size = count * static_cast<UInt32>(sizeof(AudioObjectID));
 }
 
-/// With a reference that is the caller's to release.
+/// Returns a reference that the caller must release.
 void* copiedName(const AudioDevice& device) {
   switch (device.kind) {
     case AudioDevice::Name::text:
@@ -129,7 +129,7 @@ void unplug(std::uint32_t id) {
 
 AudioDevice& device(std::uint32_t id) {
   AudioDevice* const found = find(id);
-  if (!found) fail("a test asked for an audio device that is not there");
+  if (!found) fail("a test used an audio device that is not plugged in");
   return *found;
 }
 

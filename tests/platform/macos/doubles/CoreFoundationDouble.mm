@@ -1,4 +1,4 @@
-// Core Foundation's functions on the objects of Foundation, which they are bridged to.
+// Core Foundation's functions, on the Foundation objects that they are bridged to.
 
 #import <ApplicationServices/ApplicationServices.h>
 #import <CoreFoundation/CoreFoundation.h>
@@ -31,7 +31,7 @@ id object(CFTypeRef reference, const char* function) {
   return (__bridge id)reference;
 }
 
-/// The platform's numbers of types are its own affair; ours differ from any pointer's low bits.
+/// Arbitrary type identifiers that no pointer's low bits equal.
 enum : CFTypeID {
   otherType = 1,
   stringType = 7,

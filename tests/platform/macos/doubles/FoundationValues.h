@@ -10,12 +10,12 @@
 
 namespace hushbox::doubles {
 
-/// Between the doubles' plain C++ and the objects that the adapters see.
+/// Converts between the doubles' plain C++ and the objects that the adapters see.
 std::string text(NSString* string);
 NSString* string(const std::string& utf8);
 NSError* error(const std::string& description);
 NSData* data(std::string bytes);
-/// A string with half a surrogate pair in it: it has no UTF-8 unless one takes losses.
+/// Returns a string with half a surrogate pair, which has only a lossy UTF-8 form.
 NSString* loneSurrogate();
 
 }  // namespace hushbox::doubles

@@ -1,4 +1,4 @@
-// Strings, numbers, collections and the like.
+// Strings, numbers, collections and other values.
 
 #import "tests/platform/macos/doubles/FoundationValues.h"
 
@@ -12,7 +12,7 @@ using hushbox::doubles::fail;
 
 namespace {
 
-/// Whether these bytes are UTF-8, as strict as the platform is.
+/// Whether these bytes are well-formed UTF-8.
 bool isUtf8(std::string_view bytes) {
   for (std::size_t i = 0; i < bytes.size();) {
     const auto lead = static_cast<unsigned char>(bytes[i]);
@@ -80,7 +80,7 @@ std::string fromUtf16(const char16_t* units, std::size_t count) {
 }
 @end
 
-/// What the compiler makes of a literal.
+/// The layout of a string literal.
 @interface NSConstantString : NSString {
   int flags;
   const char* bytes;

@@ -2,7 +2,7 @@
 
 namespace hushbox::doubles {
 
-/// Forgets what was drawn; see drawing().
+/// Clears drawing().
 void clearDrawing();
 
 }  // namespace hushbox::doubles

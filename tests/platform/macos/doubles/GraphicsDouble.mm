@@ -1,4 +1,4 @@
-// Drawing, recorded in the terms of the recording canvas.
+// Records drawing in the format of RecordingCanvas.
 
 #import "tests/platform/macos/doubles/GraphicsDouble.h"
 
@@ -17,7 +17,7 @@ using namespace hushbox::doubles;
 namespace {
 
 std::vector<std::string> lines;
-/// There only while an image is rendered.
+/// Nil except while an image is rendered.
 NSGraphicsContext* current = nil;
 char coreGraphicsContext;
 
@@ -82,10 +82,6 @@ void CGContextSetBlendMode(CGContextRef context, CGBlendMode mode) {
 + (NSColor*)systemGreenColor {
   return [self named:"systemGreen"];
 }
-- (void)set {
-  [self setFill];
-  [self setStroke];
-}
 - (void)setFill {
   record("fill color ", name);
 }
@@ -106,43 +102,24 @@ void CGContextSetBlendMode(CGContextRef context, CGBlendMode mode) {
 - (CGContextRef)CGContext {
   return reinterpret_cast<CGContextRef>(&coreGraphicsContext);
 }
-- (NSCompositingOperation)compositingOperation {
-  fail("compositingOperation has no double");
-}
-- (void)setCompositingOperation:(NSCompositingOperation)operation {
-  (void)operation;
-  fail("compositingOperation has no double");
-}
-- (void)saveGraphicsState {
-  record("save");
-}
-- (void)restoreGraphicsState {
-  record("restore");
-}
 @end
 
 @implementation NSBezierPath {
   std::string outline;
   bool hasPoint;
 }
-@synthesize lineWidth, lineCapStyle, lineJoinStyle, windingRule;
+@synthesize lineWidth, lineCapStyle, windingRule;
 + (NSBezierPath*)bezierPath {
   NSBezierPath* made = [[NSBezierPath alloc] init];
   made.lineWidth = 1;
   return made;
-}
-+ (NSBezierPath*)bezierPathWithRoundedRect:(NSRect)rect
-                                   xRadius:(CGFloat)xRadius
-                                   yRadius:(CGFloat)yRadius {
-  (void)rect, (void)xRadius, (void)yRadius;
-  fail("bezierPathWithRoundedRect:xRadius:yRadius: has no double");
 }
 - (void)moveToPoint:(NSPoint)point {
   hasPoint = true;
   outline += " M" + at(point);
 }
 - (void)requirePoint {
-  if (!hasPoint) fail("a path was continued that has no current point");
+  if (!hasPoint) fail("a path without a current point was continued");
 }
 - (void)lineToPoint:(NSPoint)point {
   [self requirePoint];
@@ -153,18 +130,6 @@ void CGContextSetBlendMode(CGContextRef context, CGBlendMode mode) {
        controlPoint2:(NSPoint)controlPoint2 {
   [self requirePoint];
   outline += " C" + at(controlPoint1) + at(controlPoint2) + at(endPoint);
-}
-- (void)appendBezierPathWithArcWithCenter:(NSPoint)center
-                                   radius:(CGFloat)radius
-                               startAngle:(CGFloat)startAngle
-                                 endAngle:(CGFloat)endAngle
-                                clockwise:(BOOL)clockwise {
-  (void)center, (void)radius, (void)startAngle, (void)endAngle, (void)clockwise;
-  fail("arcs have no double");
-}
-- (void)appendBezierPath:(NSBezierPath*)path {
-  outline += path->outline;
-  hasPoint = hasPoint || path->hasPoint;
 }
 - (void)closePath {
   [self requirePoint];
@@ -190,7 +155,6 @@ void CGContextSetBlendMode(CGContextRef context, CGBlendMode mode) {
 }
 @end
 @implementation NSImage
-@synthesize accessibilityDescription;
 + (NSImage*)imageWithSize:(NSSize)size
                   flipped:(BOOL)flipped
            drawingHandler:(BOOL (^)(NSRect))drawingHandler {

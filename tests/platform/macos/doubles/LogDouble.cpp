@@ -20,8 +20,8 @@ std::mutex mutex;
 std::vector<UnifiedLogRecord> records;
 std::map<std::pair<std::string, std::string>, os_log_s> logs;
 
-/// The arguments as the compiler packs them: two bytes of summary, then for each its kind and
-/// privacy, its size and its bytes.
+/// The arguments as the compiler packs them: two bytes of summary, then kind and privacy, size and
+/// bytes of each.
 class Arguments {
  public:
   explicit Arguments(const std::uint8_t* buffer) : count_(buffer[1]), next_(buffer + 2) {}
@@ -39,7 +39,7 @@ class Arguments {
       std::memcpy(&text, bytes, sizeof text);
       return text ? text : "(null)";
     }
-    if (kind != scalar) fail("a log format with an argument of a kind that has no double");
+    if (kind != scalar) fail("a log argument of a kind without a double");
     if (privacy == isPrivate) return "<private>";
     if (size == sizeof(std::int32_t)) return std::to_string(value<std::int32_t>(bytes));
     return std::to_string(value<std::int64_t>(bytes));
@@ -74,8 +74,8 @@ std::string rendered(const char* format, const std::uint8_t* buffer) {
       text += *++c;
     } else {
       c += std::strcspn(c, "sdiu@xp");
-      if (!*c) fail("a log format with a conversion that has no double");
-      // Options in braces come before the conversion and may hold its letters.
+      if (!*c) fail("a log conversion without a double");
+      // Options in braces precede the conversion and may contain its letters.
       text += arguments.take();
     }
   }
@@ -83,7 +83,7 @@ std::string rendered(const char* format, const std::uint8_t* buffer) {
   return text;
 }
 
-/// The format without what stands in braces.
+/// Removes the options in braces from a format.
 std::string withoutOptions(const char* format) {
   std::string plain;
   bool inOptions = false;

@@ -5,7 +5,7 @@
 
 namespace hushbox::doubles {
 
-/// A record as `log show` has it: text that is not marked public is "<private>".
+/// A record as `log show` prints it: text that is not marked public is "<private>".
 struct UnifiedLogRecord {
   std::string subsystem;
   std::string category;
@@ -14,7 +14,7 @@ struct UnifiedLogRecord {
   std::string text;
 };
 
-/// The records so far, oldest first. Any thread.
+/// Returns all records, oldest first. Any thread.
 std::vector<UnifiedLogRecord> logRecords();
 
 void resetLog();

@@ -7,43 +7,43 @@
 
 namespace hushbox::doubles {
 
-/// The main run loop, the queues and their clock, which stands still except where a function says
-/// otherwise. Everything here is for the main thread, except `isMainThread` and `now`.
+/// The main run loop, the queues and their clock. The clock stands still except where a function
+/// says otherwise. Main thread only, except `isMainThread` and `now`.
 ///
-/// Blocks for a global queue run on threads of their own, side by side, started by whatever runs
-/// the loop; those that run are waited for, in real time, before the clock moves.
+/// Blocks on a global queue run concurrently, each on its own thread. The functions that run the
+/// loop start them and wait for them, in real time, before the clock advances.
 
 bool isMainThread();
 
-/// Ends the process unless on the main thread; `what` is called there only.
+/// Ends the process unless on the main thread; the message names `what`.
 void requireMainThread(const char* what);
 
 /// The time of CLOCK_MONOTONIC_RAW.
 Instant now();
 
-/// Runs what is due now, and what that leads to, until all is quiet.
+/// Runs everything that is due, including what that schedules for now.
 void settle();
 
-/// Lets that much time pass, running everything at its time.
+/// Advances the clock by `span` and runs everything at its time.
 void advance(TimeInterval span);
 
-/// Runs the loop until the condition holds, jumping from deadline to deadline; false when it does
-/// not hold after `limit`.
+/// Runs the loop until the condition holds, jumping from deadline to deadline. Returns false if it
+/// does not hold after `limit`.
 bool runUntil(const std::function<bool()>& condition, TimeInterval limit);
 
-/// Lets time pass without running anything: the main thread is busy.
+/// Advances the clock without running anything, as if the main thread were busy.
 void keepBusy(TimeInterval span);
 
-/// Timers that the main run loop holds.
+/// Returns how many timers the main run loop owns.
 std::size_t timerCount();
-/// Blocks that wait on the main queue for their turn, delayed ones included.
+/// Returns how many blocks wait on the main queue, including delayed ones.
 std::size_t pendingMainBlocks();
 
-/// In an open menu the loop runs in its tracking mode, in which only timers of the common modes
-/// fire. The menu's double sets this.
+/// While a menu is open the loop runs in its tracking mode, in which only timers of the common
+/// modes fire. The menu's double calls this.
 void setTracking(bool tracking);
 
-/// Tells the loop not to wait for this thread, which waits for something itself.
+/// While it lives, the loop does not wait for this background thread, which is blocked.
 class Parked {
  public:
   Parked();
@@ -54,10 +54,10 @@ class Parked {
 
 /// Whether the application was asked to terminate.
 bool isTerminated();
-/// Whether it was made an agent: the activation policy is accessory.
+/// Whether the application is an agent: its activation policy is accessory.
 bool isAgent();
 
-/// Drops timers and blocks and starts afresh.
+/// Removes all timers and blocks and restores the initial state.
 void resetRunLoop();
 
 }  // namespace hushbox::doubles

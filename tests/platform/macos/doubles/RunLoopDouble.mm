@@ -17,6 +17,7 @@
 #include <vector>
 
 #import "tests/platform/macos/doubles/FoundationValues.h"
+#include "tests/platform/macos/doubles/ProcessInfoDouble.h"
 #include "tests/platform/macos/runtime/LiveObjects.h"
 
 NSRunLoopMode const NSDefaultRunLoopMode = @"kCFRunLoopDefaultMode";
@@ -43,11 +44,12 @@ struct Delayed {
   dispatch_block_t block;
 };
 
-/// An hour after the machine was started: no time of the test is small by chance.
+/// An hour after the machine started, so that no absolute time looks like a short span.
 constexpr Nanoseconds beginning = 3600 * NSEC_PER_SEC;
-/// A run of the application that is not ended by then never will be.
-constexpr Nanoseconds longestRun = 48 * 3600 * NSEC_PER_SEC;
-constexpr std::chrono::seconds longestWait(20);
+/// If the application has not terminated by then, it never will.
+constexpr Nanoseconds maxRun = 48 * 3600 * NSEC_PER_SEC;
+constexpr Nanoseconds maxSleep = 60 * NSEC_PER_SEC;
+constexpr std::chrono::seconds maxWait(20);
 
 const std::thread::id mainThread = std::this_thread::get_id();
 std::mutex mutex;
@@ -57,6 +59,8 @@ std::deque<dispatch_block_t> globalQueue;
 std::vector<Delayed> delayed;
 std::vector<NSTimer*> timers;
 std::atomic<Nanoseconds> clock{beginning};
+/// Time that the main thread has slept since the loop ran.
+Nanoseconds slept = 0;
 int running = 0;
 int parked = 0;
 bool tracking = false;
@@ -75,7 +79,7 @@ void startGlobalBlocks() {
     dispatch_block_t block = globalQueue.front();
     globalQueue.pop_front();
     ++running;
-    // The thread holds the only reference, so that the block ends there.
+    // The thread owns the only reference, so that the block is destroyed there.
     void* const held = (__bridge_retained void*)block;
     block = nil;
     std::thread([held] {
@@ -106,12 +110,17 @@ bool runOneMainBlock() {
   return true;
 }
 
+/// When the system fires the timer at the latest, which is when this one does.
+Nanoseconds latest(NSTimer* timer) {
+  return nappedUntil(timer->due + nanoseconds(hushbox::TimeInterval(timer.tolerance)));
+}
+
 bool mayFire(NSTimer* timer) {
   return timer->valid && (timer->inCommonModes || !tracking);
 }
 
 void fire(NSTimer* timer) {
-  // What was missed is not made up for.
+  // Missed firings are skipped.
   const Nanoseconds missed = timer->interval ? (clock - timer->due) / timer->interval : 0;
   timer->due += (missed + 1) * timer->interval;
   @autoreleasepool {
@@ -123,30 +132,30 @@ void fire(NSTimer* timer) {
 bool fireOneTimer() {
   NSTimer* next = nil;
   for (NSTimer* timer : timers) {
-    if (mayFire(timer) && timer->due <= clock && (!next || timer->due < next->due)) next = timer;
+    if (mayFire(timer) && latest(timer) <= clock && (!next || timer->due < next->due)) next = timer;
   }
   if (!next) return false;
   fire(next);
   return true;
 }
 
-/// Brings the blocks whose delay is over to the main queue.
+/// Moves blocks whose delay has passed to the main queue.
 void queueDelayed() {
   const std::lock_guard lock(mutex);
   std::stable_sort(delayed.begin(), delayed.end(),
                    [](const Delayed& a, const Delayed& b) { return a.due < b.due; });
-  while (!delayed.empty() && delayed.front().due <= clock) {
+  while (!delayed.empty() && nappedUntil(delayed.front().due) <= clock) {
     mainQueue.push_back(delayed.front().block);
     delayed.erase(delayed.begin());
   }
 }
 
-/// Waits until a background thread has ended or sent something; false when none is to wait for.
+/// Waits until a background thread exits or queues a block; returns whether there is work now.
 bool waitForBackground() {
   std::unique_lock lock(mutex);
   const auto moved = [] { return running <= parked || !mainQueue.empty(); };
-  if (!moved() && !changed.wait_for(lock, longestWait, moved)) {
-    fail("a block of a global queue neither ends nor is known to wait");
+  if (!moved() && !changed.wait_for(lock, maxWait, moved)) {
+    fail("a block on a global queue does not end");
   }
   return !mainQueue.empty() || !globalQueue.empty();
 }
@@ -155,14 +164,14 @@ std::optional<Nanoseconds> nextDue() {
   const std::lock_guard lock(mutex);
   std::optional<Nanoseconds> next;
   const auto consider = [&](Nanoseconds due) { next = next ? std::min(*next, due) : due; };
-  for (const Delayed& item : delayed) consider(item.due);
+  for (const Delayed& item : delayed) consider(nappedUntil(item.due));
   for (NSTimer* timer : timers) {
-    if (mayFire(timer)) consider(timer->due);
+    if (mayFire(timer)) consider(latest(timer));
   }
   return next;
 }
 
-/// Goes to the next deadline up to `end`; false when there is none.
+/// Advances the clock to the next deadline up to `end`; returns false if there is none.
 bool goOn(Nanoseconds end) {
   const auto next = nextDue();
   if (!next || *next > end) return false;
@@ -186,6 +195,7 @@ Instant now() {
 
 void settle() {
   requireMainThread("settle");
+  slept = 0;
   do {
     do {
       queueDelayed();
@@ -253,8 +263,8 @@ void resetRunLoop() {
   std::vector<Delayed> oldDelayed;
   {
     std::unique_lock lock(mutex);
-    if (!changed.wait_for(lock, longestWait, [] { return running == 0; })) {
-      fail("a block of a global queue is still running at the end");
+    if (!changed.wait_for(lock, maxWait, [] { return running == 0; })) {
+      fail("a block on a global queue still runs at the end of the test");
     }
     oldMain.swap(mainQueue);
     oldGlobal.swap(globalQueue);
@@ -272,7 +282,7 @@ using namespace hushbox::doubles;
 extern "C" {
 
 uint64_t clock_gettime_nsec_np(clockid_t which) {
-  if (which != CLOCK_MONOTONIC_RAW) fail("a clock that has no double was asked");
+  if (which != CLOCK_MONOTONIC_RAW) fail("a clock without a double was read");
   return hushbox::doubles::clock;
 }
 
@@ -281,8 +291,8 @@ dispatch_queue_t dispatch_get_main_queue() {
 }
 
 dispatch_queue_t dispatch_get_global_queue(intptr_t identifier, uintptr_t flags) {
-  if (identifier != QOS_CLASS_UTILITY) fail("a global queue of another quality of service");
-  if (flags != 0) fail("a global queue's flags are to be 0");
+  if (identifier != QOS_CLASS_UTILITY) fail("a global queue must have utility quality of service");
+  if (flags != 0) fail("a global queue's flags must be 0");
   return reinterpret_cast<dispatch_queue_t>(&globalQueueIdentity);
 }
 
@@ -296,7 +306,7 @@ void dispatch_async(dispatch_queue_t queue, dispatch_block_t block) {
 }
 
 dispatch_time_t dispatch_time(dispatch_time_t when, int64_t delta) {
-  if (when != DISPATCH_TIME_NOW) fail("dispatch_time was given another time than now");
+  if (when != DISPATCH_TIME_NOW) fail("dispatch_time requires DISPATCH_TIME_NOW");
   return hushbox::doubles::clock + static_cast<Nanoseconds>(std::max<int64_t>(delta, 0));
 }
 
@@ -311,6 +321,12 @@ void dispatch_after(dispatch_time_t when, dispatch_queue_t queue, dispatch_block
 @implementation NSThread
 + (BOOL)isMainThread {
   return hushbox::doubles::isMainThread();
+}
++ (void)sleepForTimeInterval:(NSTimeInterval)seconds {
+  requireMainThread("+[NSThread sleepForTimeInterval:]");
+  slept += nanoseconds(hushbox::TimeInterval(seconds));
+  if (slept > maxSleep) fail("the main thread sleeps on and on without running its loop");
+  keepBusy(hushbox::TimeInterval(seconds));
 }
 @end
 
@@ -363,7 +379,6 @@ void dispatch_after(dispatch_time_t when, dispatch_queue_t queue, dispatch_block
 @end
 
 @implementation NSApplication
-@synthesize delegate;
 + (NSApplication*)sharedApplication {
   requireMainThread("+[NSApplication sharedApplication]");
   static NSApplication* only = [] {
@@ -378,16 +393,16 @@ void dispatch_after(dispatch_time_t when, dispatch_queue_t queue, dispatch_block
   agent = policy == NSApplicationActivationPolicyAccessory;
   return YES;
 }
-/// Unlike on a Mac, where the process ends, this returns: the test goes on.
+/// Returns after terminate:, so that the test continues. On a Mac the process exits.
 - (void)run {
   requireMainThread("-[NSApplication run]");
-  const Nanoseconds end = hushbox::doubles::clock + longestRun;
+  const Nanoseconds end = hushbox::doubles::clock + maxRun;
   while (!terminated) {
     @autoreleasepool {
       queueDelayed();
       startGlobalBlocks();
       if (runOneMainBlock() || fireOneTimer() || waitForBackground()) continue;
-      if (!goOn(end)) fail("the application runs on with nothing left that could end it");
+      if (!goOn(end)) fail("nothing is left that could terminate the application");
     }
   }
 }

@@ -17,8 +17,7 @@ using namespace hushbox::doubles;
   NSString* titleValue;
   BOOL enabledValue;
 }
-@synthesize hidden, state, target, action, keyEquivalent, keyEquivalentModifierMask, tag;
-@synthesize representedObject, toolTip;
+@synthesize state, target, action, keyEquivalent, keyEquivalentModifierMask, representedObject;
 - (instancetype)initWithTitle:(NSString*)string action:(SEL)selector keyEquivalent:(NSString*)key {
   requireMainThread("-[NSMenuItem initWithTitle:action:keyEquivalent:]");
   if (!string || !key) fail("a menu item was made with nil for its title or key equivalent");
@@ -51,32 +50,18 @@ using namespace hushbox::doubles;
   requireMainThread("-[NSMenuItem setEnabled:]");
   enabledValue = enabled;
 }
-- (id)copyWithZone:(struct _NSZone*)zone {
-  (void)zone;
-  fail("copying a menu item has no double");
-}
 @end
 
 @implementation NSMenu {
  @public
   std::vector<NSMenuItem*> items;
 }
-@synthesize autoenablesItems, delegate;
+@synthesize autoenablesItems;
 - (instancetype)initWithTitle:(NSString*)title {
   requireMainThread("-[NSMenu initWithTitle:]");
   if (!title) fail("a menu was made with nil for its title");
   if ((self = [super init])) self.autoenablesItems = YES;
   return self;
-}
-- (void)addItem:(NSMenuItem*)item {
-  [self insertItem:item atIndex:self.numberOfItems];
-}
-- (NSMenuItem*)addItemWithTitle:(NSString*)string
-                         action:(SEL)selector
-                  keyEquivalent:(NSString*)key {
-  NSMenuItem* item = [[NSMenuItem alloc] initWithTitle:string action:selector keyEquivalent:key];
-  [self addItem:item];
-  return item;
 }
 - (void)insertItem:(NSMenuItem*)item atIndex:(NSInteger)index {
   requireMainThread("-[NSMenu insertItem:atIndex:]");
@@ -89,15 +74,12 @@ using namespace hushbox::doubles;
 }
 - (void)removeItemAtIndex:(NSInteger)index {
   requireMainThread("-[NSMenu removeItemAtIndex:]");
-  if (index < 0 || index >= self.numberOfItems) fail("an item was removed that its menu lacks");
+  if (index < 0 || index >= self.numberOfItems) fail("an item was removed that is not in its menu");
   items.erase(items.begin() + index);
 }
-- (void)removeAllItems {
-  requireMainThread("-[NSMenu removeAllItems]");
-  items.clear();
-}
 - (NSMenuItem*)itemAtIndex:(NSInteger)index {
-  if (index < 0 || index >= self.numberOfItems) fail("an item was asked for that its menu lacks");
+  if (index < 0 || index >= self.numberOfItems)
+    fail("an item was requested that is not in its menu");
   return items[static_cast<std::size_t>(index)];
 }
 - (NSInteger)numberOfItems {
@@ -113,7 +95,7 @@ using namespace hushbox::doubles;
   NSString* label;
   NSImage* imageValue;
 }
-@synthesize title, toolTip;
+@synthesize toolTip;
 - (NSImage*)image {
   return imageValue;
 }
@@ -129,8 +111,16 @@ using namespace hushbox::doubles;
 
 @implementation NSStatusItem {
   NSStatusBarButton* ownButton;
+  NSString* name;
 }
-@synthesize menu, length, visible;
+@synthesize menu, length;
+- (NSString*)autosaveName {
+  return name;
+}
+- (void)setAutosaveName:(NSString*)autosaveName {
+  requireMainThread("-[NSStatusItem setAutosaveName:]");
+  name = autosaveName ? autosaveName : @"Item-0";
+}
 - (NSStatusBarButton*)button {
   requireMainThread("-[NSStatusItem button]");
   if (!ownButton) ownButton = [[NSStatusBarButton alloc] init];
@@ -140,7 +130,7 @@ using namespace hushbox::doubles;
 
 namespace {
 
-/// As the system does, it does not keep the items alive: who made one has to.
+/// As on a Mac, the status bar does not own its items; their creator does.
 std::vector<__weak NSStatusItem*> statusItems;
 bool menuOpen = false;
 
@@ -169,7 +159,6 @@ NSMenu* currentMenu() {
 - (NSStatusItem*)statusItemWithLength:(CGFloat)length {
   NSStatusItem* item = [[NSStatusItem alloc] init];
   item.length = length;
-  item.visible = YES;
   statusItems.push_back(item);
   return item;
 }
@@ -218,12 +207,7 @@ std::string accessibilityLabel() {
 
 void openMenu() {
   if (menuOpen) fail("the menu is open already");
-  @autoreleasepool {
-    NSMenu* menu = currentMenu();
-    id<NSMenuDelegate> delegate = menu.delegate;
-    if ([delegate respondsToSelector:@selector(menuNeedsUpdate:)]) [delegate menuNeedsUpdate:menu];
-    if ([delegate respondsToSelector:@selector(menuWillOpen:)]) [delegate menuWillOpen:menu];
-  }
+  currentMenu();
   menuOpen = true;
   setTracking(true);
 }
@@ -232,11 +216,6 @@ void closeMenu() {
   if (!menuOpen) fail("the menu is not open");
   menuOpen = false;
   setTracking(false);
-  @autoreleasepool {
-    NSMenu* menu = currentMenu();
-    id<NSMenuDelegate> delegate = menu.delegate;
-    if ([delegate respondsToSelector:@selector(menuDidClose:)]) [delegate menuDidClose:menu];
-  }
 }
 
 bool isMenuOpen() {
@@ -246,16 +225,23 @@ bool isMenuOpen() {
 void chooseMenuItem(std::size_t index) {
   const auto shown = menuItems();
   if (index >= shown.size() || !shown[index].enabled || shown[index].separator) {
-    fail("a row was chosen that is greyed or not there");
+    fail("a row was chosen that is disabled or absent");
+  }
+  // Holds neither the item nor its target, so that a target which its own action destroys is seen.
+  __unsafe_unretained NSMenuItem* item = nil;
+  __unsafe_unretained id target = nil;
+  SEL action = nullptr;
+  @autoreleasepool {
+    item = currentMenu()->items[index];
+    if (menuOpen) closeMenu();
+    target = item.target;
+    action = item.action;
+    if (!action) return;
+    if (!target) fail("the target of a menu item, which does not keep it alive, is gone");
   }
   @autoreleasepool {
-    NSMenuItem* item = currentMenu()->items[index];
-    if (menuOpen) closeMenu();
-    id target = item.target;
-    if (!item.action) return;
-    if (!target) fail("the target of a menu item, which does not keep it alive, is gone");
-    using Action = void (*)(id, SEL, id);
-    reinterpret_cast<Action>(objc_msgSend)(target, item.action, item);
+    using Action = void (*)(void*, SEL, void*);
+    reinterpret_cast<Action>(objc_msgSend)((__bridge void*)target, action, (__bridge void*)item);
   }
 }
 

@@ -9,19 +9,19 @@ namespace hushbox::doubles {
 /// What a scripted child does.
 struct TaskScript {
   std::string output{};
-  /// Neither ends nor closes its output until `endHangingTasks()`.
+  /// Neither exits nor closes its output before `endHangingTasks()`.
   bool hangs = false;
 };
 
-/// Lets `launch` of that program with those arguments play a script. Programs without a script are
-/// real ones.
+/// Launching this program with these arguments plays a script. Programs without a script really
+/// run.
 void scriptTask(const std::string& path, const std::vector<std::string>& arguments,
                 TaskScript script);
 
-/// Ends the scripted children that hang.
+/// Ends the hanging scripted children.
 void endHangingTasks();
 
-/// How many children were launched, scripted ones included.
+/// Returns how many children were launched, including scripted ones.
 std::size_t launchedTasks();
 
 void resetTasks();

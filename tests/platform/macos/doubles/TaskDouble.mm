@@ -23,20 +23,20 @@ std::mutex mutex;
 std::condition_variable ended;
 std::map<std::pair<std::string, std::vector<std::string>>, TaskScript> scripts;
 std::size_t launches = 0;
-/// Grows with every call of `endHangingTasks`.
+/// Incremented by every call of `endHangingTasks`.
 unsigned long endings = 0;
 /// Threads that wait for a child.
 int hanging = 0;
 /// Descriptors must not leak into another child that starts at the same time.
 std::mutex launching;
 
-void hang() {
+/// Blocks until `endHangingTasks` was called after the child was launched.
+void hang(unsigned long endingsAtLaunch) {
   std::unique_lock lock(mutex);
   ++hanging;
-  const auto before = endings;
   {
     const Parked parked;
-    ended.wait(lock, [&] { return endings != before; });
+    ended.wait(lock, [&] { return endings != endingsAtLaunch; });
   }
   --hanging;
   ended.notify_all();
@@ -54,7 +54,7 @@ void endHangingTasks() {
   std::unique_lock lock(mutex);
   ++endings;
   ended.notify_all();
-  // Who waited counts as busy again when this returns, so that the loop waits for it.
+  // The waiting threads count as busy again when this returns, so that the loop waits for them.
   ended.wait(lock, [] { return hanging == 0; });
 }
 
@@ -86,11 +86,6 @@ using namespace hushbox::doubles;
   made->location = text(path);
   return made;
 }
-+ (instancetype)URLWithString:(NSString*)string {
-  NSURL* made = [[NSURL alloc] init];
-  made->location = text(string);
-  return made;
-}
 - (id)copyWithZone:(struct _NSZone*)zone {
   (void)zone;
   return self;
@@ -102,14 +97,14 @@ using namespace hushbox::doubles;
   int descriptor;
   /// What a scripted child writes.
   std::optional<TaskScript> script;
+  unsigned long endingsAtLaunch;
 }
 @end
 @implementation NSFileHandle
-@synthesize readabilityHandler;
 - (NSData*)readDataToEndOfFileAndReturnError:(NSError**)error {
   (void)error;
   if (script) {
-    if (script->hangs) hang();
+    if (script->hangs) hang(endingsAtLaunch);
     return data(std::exchange(script->output, {}));
   }
   std::string bytes;
@@ -118,9 +113,6 @@ using namespace hushbox::doubles;
     bytes.append(buffer, static_cast<std::size_t>(count));
   }
   return data(std::move(bytes));
-}
-- (NSData*)availableData {
-  fail("availableData has no double");
 }
 - (void)dealloc {
   if (descriptor >= 0) close(descriptor);
@@ -154,9 +146,9 @@ using namespace hushbox::doubles;
   int status;
   bool launched;
   std::optional<TaskScript> script;
+  unsigned long endingsAtLaunch;
 }
 @synthesize executableURL, arguments, standardInput, standardOutput, standardError;
-@synthesize terminationHandler;
 - (BOOL)launchAndReturnError:(NSError**)failure {
   if (launched) fail("an NSTask was launched twice");
   if (!executableURL) fail("an NSTask was launched without an executable");
@@ -168,7 +160,9 @@ using namespace hushbox::doubles;
     const auto found = scripts.find({path, words});
     if (found != scripts.end()) script = found->second;
   }
+  NSPipe* input = standardInput;
   NSPipe* output = standardOutput;
+  NSPipe* failures = standardError;
   if (!script && (std::filesystem::is_directory(path) || access(path.c_str(), X_OK) != 0)) {
     if (failure) *failure = error("The file doesn't exist.");
     return NO;
@@ -177,9 +171,13 @@ using namespace hushbox::doubles;
   {
     const std::lock_guard lock(mutex);
     ++launches;
+    endingsAtLaunch = endings;
   }
   if (script) {
-    if (output) output.fileHandleForReading->script = script;
+    if (output) {
+      output.fileHandleForReading->script = script;
+      output.fileHandleForReading->endingsAtLaunch = endingsAtLaunch;
+    }
     return YES;
   }
   std::vector<char*> argv{const_cast<char*>(path.c_str())};
@@ -189,11 +187,13 @@ using namespace hushbox::doubles;
   const int written = output ? output.fileHandleForWriting->descriptor : -1;
   child = fork();
   if (child == 0) {
+    if (input) dup2(input.fileHandleForReading->descriptor, STDIN_FILENO);
     if (written >= 0) dup2(written, STDOUT_FILENO);
+    if (failures) dup2(failures.fileHandleForWriting->descriptor, STDERR_FILENO);
     execv(argv.front(), argv.data());
     _exit(127);
   }
-  // The parent's end is closed, so that the child's end is the last.
+  // Close the parent's end, so that the pipe closes when the child exits.
   if (written >= 0) {
     close(written);
     output.fileHandleForWriting->descriptor = -1;
@@ -203,23 +203,13 @@ using namespace hushbox::doubles;
 - (void)waitUntilExit {
   if (!launched) fail("-[NSTask waitUntilExit] before the launch");
   if (script) {
-    if (script->hangs) hang();
+    if (script->hangs) hang(endingsAtLaunch);
     return;
   }
   if (child > 0) waitpid(std::exchange(child, 0), &status, 0);
 }
-- (int)terminationStatus {
-  if (!script && child > 0) fail("-[NSTask terminationStatus] while the task is running");
-  return WEXITSTATUS(status);
-}
-- (BOOL)isRunning {
-  return child > 0;
-}
-- (void)terminate {
-  fail("-[NSTask terminate] has no double");
-}
 - (void)dealloc {
-  // Nobody waits for it: the system's own monitor does.
+  // The system's own monitor reaps a child that was not waited for.
   if (child > 0) waitpid(child, nullptr, WNOHANG);
 }
 @end

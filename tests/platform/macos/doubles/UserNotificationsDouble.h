@@ -6,8 +6,8 @@
 
 namespace hushbox::doubles {
 
-/// The notification service, which answers on threads of its own. Main thread only; run the loop
-/// before looking.
+/// The notification service, which replies on its own threads. Main thread only; run the loop
+/// before reading results.
 struct Notification {
   std::string identifier;
   std::string title;
@@ -16,15 +16,15 @@ struct Notification {
   bool trigger = false;
 };
 
-/// What the user will answer, granted at first, with an error beside it.
+/// Sets the reply to a request for permission; initially granted without an error.
 void setAuthorization(bool granted, std::optional<std::string> error = std::nullopt);
-/// The options of the last question.
+/// The options of the last request for permission.
 unsigned authorizationOptions();
 
-/// The description of the error that adding meets from now on.
+/// From now on adding a notification fails with this description.
 void setAddError(std::optional<std::string> error);
 
-/// What was added without an error, oldest first.
+/// Returns the notifications that were added without an error, oldest first.
 std::vector<Notification> notifications();
 void clearNotifications();
 

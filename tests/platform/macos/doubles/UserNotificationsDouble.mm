@@ -20,7 +20,7 @@ std::optional<std::string> addError;
 unsigned askedOptions = 0;
 std::vector<Notification> added;
 
-/// Answers come on a thread of the service's.
+/// Runs a completion on a thread of the service.
 void answer(dispatch_block_t block) {
   dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), block);
 }
@@ -101,7 +101,7 @@ using namespace hushbox::doubles;
                               trigger:(UNNotificationTrigger*)trigger {
   if (!identifier || !content) fail("a notification was requested without identifier or content");
   if (![content isKindOfClass:[UNMutableNotificationContent class]]) {
-    fail("a notification was requested with content that cannot have been filled");
+    fail("a notification was requested with immutable content");
   }
   auto* filled = static_cast<UNMutableNotificationContent*>(content);
   UNNotificationRequest* made = [[UNNotificationRequest alloc] init];
@@ -112,7 +112,6 @@ using namespace hushbox::doubles;
 @end
 
 @implementation UNUserNotificationCenter
-@synthesize delegate;
 + (UNUserNotificationCenter*)currentNotificationCenter {
   if (!NSBundle.mainBundle.bundleIdentifier) {
     throw RaisedException(
@@ -128,7 +127,7 @@ using namespace hushbox::doubles;
 }
 - (void)requestAuthorizationWithOptions:(UNAuthorizationOptions)options
                       completionHandler:(void (^)(BOOL granted, NSError* error))completion {
-  if (!completion) fail("permission to notify was asked for without a completion handler");
+  if (!completion) fail("permission to notify was requested without a completion handler");
   count("requestAuthorizationWithOptions");
   const std::lock_guard lock(mutex);
   askedOptions = static_cast<unsigned>(options);
@@ -149,9 +148,5 @@ using namespace hushbox::doubles;
   answer(^{
     completion(failure ? error(*failure) : nil);
   });
-}
-- (void)removeDeliveredNotificationsWithIdentifiers:(NSArray<NSString*>*)identifiers {
-  (void)identifiers;
-  fail("removeDeliveredNotificationsWithIdentifiers: has no double");
 }
 @end

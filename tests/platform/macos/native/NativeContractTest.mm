@@ -1,7 +1,8 @@
-// What the adapters do on a real Mac, as far as it takes nobody's permission.
+// The adapters on a real Mac, except those that need the user's permission.
 
 #import <Foundation/Foundation.h>
 
+#include <cstdlib>
 #include <memory>
 #include <thread>
 
@@ -35,7 +36,29 @@ class NativeMainLoopDriver final : public MainLoopDriver {
     return runUntil(condition, limit);
   }
 
+  /// Terminating the application exits the process with status 0, whatever failed before. So this
+  /// runs in a separate process, which checks on exit and then returns another status.
+  void runToTheEnd(const std::function<void()>& start,
+                   const std::function<void()>& check) override {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+          static const auto* const checkAtExit = &check;
+          std::atexit([] {
+            (*checkAtExit)();
+            std::_Exit(testing::Test::HasFailure() ? 1 : checked);
+          });
+          start();
+          loop_.run();
+          std::_Exit(2);
+        },
+        testing::ExitedWithCode(checked), "");
+  }
+
  private:
+  /// A status that the process does not return by accident.
+  static constexpr int checked = 42;
+
   RunLoopMainLoop loop_;
 };
 

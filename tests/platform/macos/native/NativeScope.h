@@ -9,8 +9,7 @@
 
 namespace hushbox {
 
-/// Runs the main run loop of this process until the condition holds; false when it does not within
-/// the limit.
+/// Runs the main run loop until the condition holds; returns false if it does not within the limit.
 inline bool runUntil(const std::function<bool()>& condition, TimeInterval limit) {
   const auto end = std::chrono::steady_clock::now() + limit;
   while (!condition()) {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// The structures that clang lays down for the Objective-C 2 runtime of macOS.
+// The structures that clang emits for the Objective-C 2 runtime of macOS.
 
 struct objc_class;
 
@@ -118,9 +118,9 @@ Class classNamed(const char* name);
 bool isKindOf(id object, Class cls);
 bool respondsTo(id object, SEL selector);
 IMP lookUp(id receiver, SEL selector);
-/// The method of that class itself, without its superclasses; null when there is none.
+/// Returns the method of this class, ignoring its superclasses; null if there is none.
 IMP ownMethod(Class cls, SEL selector);
-/// Ends an object: what the root class's dealloc does.
+/// Frees an object, as the root class's dealloc does.
 void destroy(id object);
 
 }  // namespace hushbox::doubles

@@ -7,7 +7,8 @@ void objc_autoreleasePoolPop(void* pool);
 
 namespace hushbox::doubles {
 
-/// An autorelease pool for plain C++: drained at its end. The thread that made it ends it.
+/// An autorelease pool for plain C++, drained on destruction. Destroy it on the thread that created
+/// it.
 class AutoreleasePool {
  public:
   AutoreleasePool() : pool_(objc_autoreleasePoolPush()) {}

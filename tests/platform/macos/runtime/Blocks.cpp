@@ -1,4 +1,4 @@
-// Blocks that can hold Objective-C objects, which the distribution's library cannot.
+// Blocks that can capture Objective-C objects, which the distribution's library can't.
 
 #include <atomic>
 #include <cstdlib>
@@ -52,7 +52,7 @@ constexpr int calledFromHelper = 128;
 
 std::atomic<long> blocksOnHeap{0};
 
-/// A copy of the memory on the heap, whose atomics are plain there.
+/// Copies the block to the heap.
 template <typename T>
 T* copied(const T* from, std::size_t size) {
   void* const to = std::malloc(size);
@@ -60,7 +60,7 @@ T* copied(const T* from, std::size_t size) {
   return static_cast<T*>(to);
 }
 
-/// Takes one reference away; whether it was the last.
+/// Removes one reference; returns whether it was the last.
 bool drop(std::atomic<int>& flags, const char* what) {
   const int before = flags.fetch_sub(oneReference);
   if ((before & references) == 0) fail(std::string(what) + " was released too often");
@@ -74,7 +74,7 @@ SharedVariable* retained(SharedVariable* variable) {
     return current;
   }
   auto* const moved = copied(variable, variable->size);
-  // One reference for the stack, one for the block.
+  // One reference for the stack frame, one for the block.
   moved->flags = variable->flags | onHeap | 2 * oneReference;
   moved->forwarding = moved;
   variable->forwarding = moved;

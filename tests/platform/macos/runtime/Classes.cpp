@@ -1,4 +1,4 @@
-// Classes, selectors and messages, strict: a message that nobody understands ends the process.
+// Classes, selectors and messages. An unrecognized selector ends the process.
 
 #include <cstring>
 #include <mutex>
@@ -24,7 +24,7 @@ void* __CFConstantStringClassReference[5];
 namespace hushbox::doubles {
 namespace {
 
-/// What the program's images declare; complete before main().
+/// The classes and selectors of the program; complete before main().
 struct Registry {
   std::recursive_mutex mutex;
   std::unordered_map<std::string, SEL> selectors;
@@ -69,8 +69,8 @@ IMP find(Class cls, SEL selector) {
   return nullptr;
 }
 
-/// Makes room for the instance variables of the superclass, whose size only the linked program
-/// knows.
+/// Shifts a class's instance variables behind those of its superclass, whose size is known only
+/// after linking.
 void slideVariables(Class cls) {
   ClassData* const data = cls->data;
   if (!cls->super || (data->flags & ClassData::metaclass)) return;
@@ -96,7 +96,7 @@ void realize(Class cls) {
   registry().classes[cls->data->name] = cls;
 }
 
-/// Before the static initialisers of the program, which may send messages.
+/// Runs before the program's static initialisers, which may send messages.
 __attribute__((constructor(101))) void loadImages() {
   for (SEL* p = __start_objc_selrefs; p < __stop_objc_selrefs; ++p) *p = sel_registerName(*p);
   for (Class* p = __start_objc_classlist; p < __stop_objc_classlist; ++p) realize(*p);
@@ -131,7 +131,7 @@ Class classNamed(const char* name) {
 bool isKindOf(id object, Class cls) {
   for (Class c = classOf(object); c; c = c->super) {
     if (c == cls) return true;
-    // Literals have a copy of their class.
+    // String literals have their own copy of their class.
     if (cls && c->data == cls->data) return true;
   }
   return false;

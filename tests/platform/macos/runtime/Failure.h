@@ -4,8 +4,8 @@
 
 namespace hushbox::doubles {
 
-/// Ends the process with a sentence on standard error: the adapters have made a mistake that a Mac
-/// would punish with a crash, or worse, would not. Any thread.
+/// Prints the message to standard error and aborts, after a mistake of the adapters that would
+/// crash on a Mac or, worse, go unnoticed there. Any thread.
 [[noreturn]] void fail(const std::string& sentence);
 
 }  // namespace hushbox::doubles

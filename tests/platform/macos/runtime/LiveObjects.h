@@ -1,23 +1,27 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace hushbox::doubles {
 
-/// How many Objective-C objects of every class and copied blocks there are now, without those kept
-/// for the life of the process. Any thread.
+/// Returns how many Objective-C objects and copied blocks are alive, not counting those that are
+/// kept until the process ends. Any thread.
 long liveObjects();
 
-/// How many objects there are of the class with that name, its subclasses not counted.
+/// Returns how many objects of the class with this name are alive, not counting subclasses.
 long liveObjects(const std::string& className);
 
-/// How many blocks live on the heap.
+/// Returns how many blocks are on the heap.
 long liveBlocks();
 
-/// The classes with live objects and their numbers, for a message: "NSTimer 1, block 2".
+/// Returns how many autorelease pools this thread has not drained.
+std::size_t undrainedPools();
+
+/// Describes the live objects for a failure message: "NSTimer 1, block 2".
 std::string describeLiveObjects();
 
-/// Takes an object out of the count and out of reference counting: there is one for good.
+/// Exempts an object from the count and from reference counting, for the singletons.
 void keepForever(const void* object);
 
 }  // namespace hushbox::doubles

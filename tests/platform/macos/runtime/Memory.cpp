@@ -1,5 +1,5 @@
-// Reference counting, weak references, autorelease pools and properties, strict: a reference too
-// few ends the process at once.
+// Reference counting, weak references, autorelease pools and properties. An over-release ends the
+// process at once.
 
 #include <cstdlib>
 #include <cstring>
@@ -21,7 +21,7 @@ namespace {
 constexpr std::uint64_t alive = 0x6875736862616c76;
 constexpr std::uint64_t dead = 0x6875736864656164;
 
-/// What lies in front of every object.
+/// Precedes every object in memory.
 struct Header {
   std::int64_t references;
   std::uint64_t state;
@@ -32,7 +32,7 @@ struct Heap {
   std::unordered_map<id, std::set<id*>> weakReferences;
   std::map<std::string, long> live;
   std::set<const void*> forever;
-  /// The last of the dead, kept so that a reference too few is recognised as such.
+  /// The objects freed last, whose memory is kept so that an over-release is detected.
   std::vector<void*> graves;
 };
 
@@ -46,7 +46,7 @@ thread_local std::vector<std::vector<id>> pools;
 Header* headerOf(id object) {
   Header* const header = reinterpret_cast<Header*>(object) - 1;
   if (header->state == dead) fail("an object was used after its last release");
-  if (header->state != alive) fail("something that is no object was retained or released");
+  if (header->state != alive) fail("something that is not an object was retained or released");
   return header;
 }
 
@@ -117,6 +117,10 @@ long liveObjects() {
   return count;
 }
 
+std::size_t undrainedPools() {
+  return pools.size();
+}
+
 long liveObjects(const std::string& className) {
   const std::lock_guard lock(heap().mutex);
   return heap().live[className];
@@ -161,7 +165,7 @@ id objc_alloc(Class cls) {
 id objc_retain(id object) {
   if (!object) return object;
   if (isBlock(object)) {
-    // One on the stack stays there: only objc_retainBlock moves it to the heap.
+    // A block on the stack stays there; only objc_retainBlock copies it to the heap.
     return object->isa == reinterpret_cast<Class>(_NSConcreteStackBlock)
                ? object
                : static_cast<id>(_Block_copy(object));
@@ -179,16 +183,16 @@ void objc_release(id object) {
     const std::lock_guard lock(heap().mutex);
     if (isImmortal(object)) return;
     Header* const header = headerOf(object);
-    if (header->references == 0) fail("an object was released once more while it ended");
+    if (header->references == 0) fail("an object was released again while it was destroyed");
     last = --header->references == 0;
     if (last) {
-      // From here on nobody finds it by a weak reference any more.
+      // From here on a weak reference reads as nil.
       const auto weak = heap().weakReferences.find(object);
       if (weak != heap().weakReferences.end()) {
         for (id* place : weak->second) *place = nullptr;
         heap().weakReferences.erase(weak);
       }
-      // Its end may retain and release it.
+      // dealloc may retain and release the object.
       header->references = 1 << 20;
     }
   }
@@ -197,7 +201,7 @@ void objc_release(id object) {
 
 id objc_autorelease(id object) {
   if (!object) return object;
-  if (pools.empty()) fail("an object was autoreleased where there is no pool: it leaks");
+  if (pools.empty()) fail("an object was autoreleased without a pool: it leaks");
   pools.back().push_back(object);
   return object;
 }
@@ -211,7 +215,7 @@ void objc_autoreleasePoolPop(void* pool) {
   const auto level = reinterpret_cast<std::size_t>(pool);
   if (level > pools.size()) fail("an autorelease pool was drained twice");
   while (pools.size() >= level) {
-    // What ends may autorelease in turn.
+    // Destroying an object may autorelease others.
     while (!pools.back().empty()) {
       const auto objects = std::exchange(pools.back(), {});
       for (id object : objects) objc_release(object);

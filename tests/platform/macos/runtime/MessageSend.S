@@ -1,4 +1,4 @@
-// Sends a message on x86-64: finds the method and jumps to it with every argument register as it was.
+// Sends a message on x86-64: finds the method, restores every argument register and jumps to it.
 
 .macro SAVE
   push %rbp

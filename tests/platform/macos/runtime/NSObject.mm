@@ -1,10 +1,10 @@
-// The root class; without automatic reference counting, which it is the base of.
+// The root class. Compiled without automatic reference counting, which it implements.
 
 #import <Foundation/Foundation.h>
 
 #include "tests/platform/macos/runtime/Failure.h"
 
-// Plain C, since the runtime's own idea of these types is another than the language's.
+// Plain C, because the runtime declares these types differently from the language.
 extern "C" {
 id objc_alloc(Class cls);
 Class objc_opt_class(id object);

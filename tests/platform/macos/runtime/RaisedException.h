@@ -4,8 +4,8 @@
 
 namespace hushbox::doubles {
 
-/// An Objective-C exception, which is one of C++ too on 64-bit systems. Nothing on a Mac catches
-/// it on the way: the program would end.
+/// An Objective-C exception, which is also a C++ exception on 64-bit systems. On a Mac nothing
+/// would catch it, and the program would abort.
 class RaisedException : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

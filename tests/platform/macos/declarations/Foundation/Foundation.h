@@ -47,7 +47,6 @@ typedef NSString* NSNotificationName;
 typedef NSString* NSErrorDomain;
 extern "C" {
 extern NSRunLoopMode const NSDefaultRunLoopMode, NSRunLoopCommonModes;
-void NSLog(NSString* format, ...) __attribute__((format(__NSString__, 1, 2)));
 }
 typedef struct {
   unsigned long state;
@@ -106,7 +105,6 @@ enum : NSUInteger { NSUTF8StringEncoding = 4 };
 @end
 @interface NSURL : NSObject <NSCopying>
 + (instancetype)fileURLWithPath:(NSString*)path;
-+ (nullable instancetype)URLWithString:(NSString*)URLString;
 @end
 @interface NSError : NSObject
 @property(readonly) NSInteger code;
@@ -133,8 +131,6 @@ DECLARED_ENUM(NSUInteger, NSDateFormatterStyle){NSDateFormatterNoStyle = 0,
 @interface NSFileHandle : NSObject
 - (nullable NSData*)readDataToEndOfFileAndReturnError:(NSError* _Nullable* _Nullable)error
     DECLARED_SINCE(10.15);
-@property(nullable, copy) void (^readabilityHandler)(NSFileHandle*) DECLARED_SINCE(10.7);
-@property(readonly, copy) NSData* availableData;
 @end
 @interface NSPipe : NSObject
 @property(readonly, retain) NSFileHandle* fileHandleForReading;
@@ -148,14 +144,23 @@ DECLARED_ENUM(NSUInteger, NSDateFormatterStyle){NSDateFormatterNoStyle = 0,
 @property(nullable, retain) id standardOutput;
 @property(nullable, retain) id standardError;
 - (BOOL)launchAndReturnError:(NSError* _Nullable* _Nullable)error DECLARED_SINCE(10.13);
-- (void)terminate;
 - (void)waitUntilExit;
-@property(readonly, getter=isRunning) BOOL running;
-@property(readonly) int terminationStatus;
-@property(nullable, copy) void (^terminationHandler)(NSTask*) DECLARED_SINCE(10.7);
 @end
 @interface NSThread : NSObject
 @property(class, readonly) BOOL isMainThread;
++ (void)sleepForTimeInterval:(NSTimeInterval)ti DECLARED_SINCE(10.5);
+@end
+DECLARED_OPTIONS(uint64_t, NSActivityOptions){
+    NSActivityIdleSystemSleepDisabled = 1ULL << 20,
+    NSActivityUserInitiated = 0x00FFFFFFULL | NSActivityIdleSystemSleepDisabled,
+    NSActivityUserInitiatedAllowingIdleSystemSleep = NSActivityUserInitiated &
+                                                     ~NSActivityIdleSystemSleepDisabled,
+    NSActivityBackground = 0x000000FFULL, NSActivityLatencyCritical = 0xFF00000000ULL};
+@interface NSProcessInfo : NSObject
+@property(class, readonly, strong) NSProcessInfo* processInfo;
+- (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options
+                                  reason:(NSString*)reason DECLARED_SINCE(10.9);
+- (void)endActivity:(id<NSObject>)activity DECLARED_SINCE(10.9);
 @end
 @interface NSTimer : NSObject
 + (NSTimer*)scheduledTimerWithTimeInterval:(NSTimeInterval)interval
@@ -170,7 +175,5 @@ DECLARED_ENUM(NSUInteger, NSDateFormatterStyle){NSDateFormatterNoStyle = 0,
 @interface NSRunLoop : NSObject
 @property(class, readonly, strong) NSRunLoop* mainRunLoop;
 - (void)addTimer:(NSTimer*)timer forMode:(NSRunLoopMode)mode;
-@end
-@interface NSNotification : NSObject
 @end
 #pragma clang assume_nonnull end

@@ -10,6 +10,5 @@ DECLARED_SINCE(13.0) @interface SMAppService : NSObject
 - (BOOL)registerAndReturnError:(NSError* _Nullable* _Nullable)error;
 - (BOOL)unregisterAndReturnError:(NSError* _Nullable* _Nullable)error;
 @property(readonly) SMAppServiceStatus status;
-+ (void)openSystemSettingsLoginItems;
 @end
 #pragma clang assume_nonnull end

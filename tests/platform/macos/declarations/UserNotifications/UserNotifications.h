@@ -5,10 +5,7 @@
 DECLARED_OPTIONS(NSUInteger, UNAuthorizationOptions){UNAuthorizationOptionBadge = 1 << 0,
                                                      UNAuthorizationOptionSound = 1 << 1,
                                                      UNAuthorizationOptionAlert = 1 << 2};
-DECLARED_OPTIONS(NSUInteger, UNNotificationPresentationOptions){
-    UNNotificationPresentationOptionNone = 0, UNNotificationPresentationOptionSound = 1 << 1,
-    UNNotificationPresentationOptionList = 1 << 3, UNNotificationPresentationOptionBanner = 1 << 4};
-@class UNNotification, UNUserNotificationCenter, UNNotificationTrigger;
+@class UNNotificationTrigger;
 DECLARED_SINCE(10.14) @interface UNNotificationContent : NSObject<NSCopying>
 @end
 DECLARED_SINCE(10.14) @interface UNNotificationSound : NSObject<NSCopying>
@@ -24,21 +21,12 @@ DECLARED_SINCE(10.14) @interface UNNotificationRequest : NSObject
                               content:(UNNotificationContent*)content
                               trigger:(nullable UNNotificationTrigger*)trigger;
 @end
-@protocol UNUserNotificationCenterDelegate <NSObject>
-@optional
-- (void)userNotificationCenter:(UNUserNotificationCenter*)center
-       willPresentNotification:(UNNotification*)notification
-         withCompletionHandler:
-             (void (^)(UNNotificationPresentationOptions options))completionHandler;
-@end
 DECLARED_SINCE(10.14) @interface UNUserNotificationCenter : NSObject
-@property(nullable, weak) id<UNUserNotificationCenterDelegate> delegate;
 + (UNUserNotificationCenter*)currentNotificationCenter;
 - (void)requestAuthorizationWithOptions:(UNAuthorizationOptions)options
                       completionHandler:
                           (void (^)(BOOL granted, NSError* _Nullable error))completionHandler;
 - (void)addNotificationRequest:(UNNotificationRequest*)request
          withCompletionHandler:(nullable void (^)(NSError* _Nullable error))completionHandler;
-- (void)removeDeliveredNotificationsWithIdentifiers:(NSArray<NSString*>*)identifiers;
 @end
 #pragma clang assume_nonnull end

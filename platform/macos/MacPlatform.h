@@ -14,8 +14,9 @@
 
 namespace hushbox {
 
-/// Every adapter of the Mac on the doubles, in scope as the platform.
-struct MacAdapters {
+/// Every adapter of the Mac, in scope as the platform for as long as this lives. Main thread only;
+/// create it after the shared application.
+struct MacPlatform {
   RunLoopMainLoop mainLoop;
   OSUnifiedLog log;
   CoreAudioHardware audio;
