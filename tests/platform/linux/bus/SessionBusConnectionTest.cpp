@@ -101,6 +101,8 @@ TEST_F(SessionBusConnectionTest, EndedSubscriptionIsNotCalled) {
 TEST_F(SessionBusConnectionTest, ConnectsAgainWhileGLibStillHoldsTheClosedConnection) {
   connect();
   const ConnectionPointer held(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+  // GLib makes the shared connection end the process again each time it is asked for.
+  g_dbus_connection_set_exit_on_close(held.get(), FALSE);
   session_.bus().kill();
   waitUntil([this] { return !bus_->isConnected(); }, patience, "the end");
   const rehearsal::Session next;
