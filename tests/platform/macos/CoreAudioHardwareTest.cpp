@@ -203,14 +203,21 @@ TEST_F(CoreAudioHardwareTest, ListenerOutlivesItsTokenAndTheHardware) {
 TEST_F(CoreAudioHardwareTest, ListenerMayRemoveItselfAndStillUseItsCaptures) {
   const AudioObjectID device = doubles::plug({.name = "Jabra"});
   RegistrationToken listener;
-  listener = hardware.addPropertyListener(
-      device, audio::inputVolume, [this, &listener, device, held = std::string(100, 'x')] {
-        EXPECT_EQ(hardware.removePropertyListener(device, audio::inputVolume, std::move(listener)),
-                  0);
-        listener = {};
-        EXPECT_EQ(held, std::string(100, 'x'));
-        ++calls;
-      });
+  {
+    const doubles::AutoreleasePool pool;
+    listener = hardware.addPropertyListener(
+        device, audio::inputVolume, [this, &listener, device, held = std::make_shared<int>()] {
+          // Locals, so that this test reads no captures that were destroyed.
+          RegistrationToken& token = listener;
+          int& count = calls;
+          const std::weak_ptr<int> captures = held;
+          EXPECT_EQ(hardware.removePropertyListener(device, audio::inputVolume, std::move(token)),
+                    0);
+          token = {};
+          EXPECT_FALSE(captures.expired());
+          ++count;
+        });
+  }
   doubles::setInputVolume(device, 0);
   settle();
   EXPECT_EQ(calls, 1);

@@ -49,11 +49,21 @@ AudioDevice* find(UInt32 object) {
   return nullptr;
 }
 
+bool isAdded(AudioObjectPropertyListenerBlock block) {
+  return std::any_of(listeners.begin(), listeners.end(), [&](const Listener& added) {
+    return (__bridge void*)added.block == (__bridge void*)block;
+  });
+}
+
 void call(const Listener& listener) {
-  const AudioObjectPropertyListenerBlock block = listener.block;
+  __block AudioObjectPropertyListenerBlock queued = listener.block;
   const Address address = listener.address;
   dispatch_async(listener.queue, ^{
+    // While it runs, only its registration holds a listener: one that removes itself is destroyed.
+    __unsafe_unretained AudioObjectPropertyListenerBlock block = queued;
+    if (isAdded(block)) queued = nil;
     block(1, &address);
+    queued = nil;
   });
 }
 

@@ -228,11 +228,10 @@ void chooseMenuItem(std::size_t index) {
     fail("a row was chosen that is disabled or absent");
   }
   // Holds neither the item nor its target, so that a target which its own action destroys is seen.
-  __unsafe_unretained NSMenuItem* item = nil;
   __unsafe_unretained id target = nil;
   SEL action = nullptr;
   @autoreleasepool {
-    item = currentMenu()->items[index];
+    NSMenuItem* item = currentMenu()->items[index];
     if (menuOpen) closeMenu();
     target = item.target;
     action = item.action;
@@ -241,7 +240,8 @@ void chooseMenuItem(std::size_t index) {
   }
   @autoreleasepool {
     using Action = void (*)(void*, SEL, void*);
-    reinterpret_cast<Action>(objc_msgSend)((__bridge void*)target, action, (__bridge void*)item);
+    // No sender: without optimisation a method keeps its arguments alive.
+    reinterpret_cast<Action>(objc_msgSend)((__bridge void*)target, action, nullptr);
   }
 }
 

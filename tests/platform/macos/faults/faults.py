@@ -68,6 +68,9 @@ FAULTS = [
     Fault("empty token removed", AUDIO, "if (!listener) return audio::unsupportedOperation;", ""),
     Fault("property that is always there", AUDIO, "return AudioObjectHasProperty(object, &property);",
           "return AudioObjectHasProperty(object, &property) || true;"),
+    Fault("listener destroyed while it runs", AUDIO,
+          "    const auto called = held;\n    @autoreleasepool {\n      (*called)();",
+          "    @autoreleasepool {\n      (*held)();"),
 
     # Accessibility
     Fault("timeout on the application only", TREE,
@@ -78,7 +81,7 @@ FAULTS = [
     Fault("timeout that could not be set is ignored", TREE,
           "  if (status == kAXErrorSuccess) found->setMessagingTimeout(seconds);\n  return status;",
           "  found->setMessagingTimeout(seconds);\n  return accessibility::success;"),
-    Fault("timeout that later elements do not get", TREE,
+    Fault("timeout not applied to later elements", TREE,
           "  target->application()->messagingTimeout = seconds;\n", ""),
     Fault("copied attribute that is not released", TREE, "CFReference<CFTypeRef>::adopting(copied)",
           "CFReference<CFTypeRef>::retaining(copied)"),
@@ -129,8 +132,8 @@ FAULTS = [
           "    [NSRunLoop.mainRunLoop addTimer:", "    timer.tolerance = interval.count();\n"
           "    [NSRunLoop.mainRunLoop addTimer:"),
     Fault("battery read on the main thread", LOOP,
-          "dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), handedOver",
-          "dispatch_async(dispatch_get_main_queue(), handedOver"),
+          "dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), movedToQueue",
+          "dispatch_async(dispatch_get_main_queue(), movedToQueue"),
     Fault("delay in milliseconds", LOOP, "ceil<std::chrono::nanoseconds>",
           "ceil<std::chrono::milliseconds>"),
     Fault("terminate before its caller returns", LOOP, "  dispatch_async(dispatch_get_main_queue(), ^{\n"
@@ -190,6 +193,9 @@ FAULTS = [
     Fault("item of another width", MENU, "NSVariableStatusItemLength", "NSSquareStatusItemLength"),
     Fault("drawing without a context", MENU, "if (!context) return draw(nullptr);", ""),
     Fault("row without a function", ROW, "if (action) action();", "action();"),
+    Fault("row destroyed by its function", ROW,
+          "  const std::function<void()> action = self.onChoice;\n  if (action) action();",
+          "  if (_onChoice) _onChoice();"),
 
     # Drawing
     Fault("band that is not erased", ART, "mode == BlendMode::clear ? kCGBlendModeClear",
@@ -241,5 +247,5 @@ FAULTS = [
     Fault("terminated process taken for a running one", SINGLE, "other == own || each.terminated",
           "other == own"),
     Fault("two instances that both give way", SINGLE, "each.finishedLaunching || other < own", "true"),
-    Fault("instance that gives way to none", SINGLE, "each.finishedLaunching || other < own", "other < own"),
+    Fault("instance that never gives way", SINGLE, "each.finishedLaunching || other < own", "other < own"),
 ]
