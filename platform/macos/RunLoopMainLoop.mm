@@ -16,7 +16,7 @@ namespace {
 
 /// Returns a block that runs `work` and then destroys it, so that its captures are destroyed on the
 /// queue's thread and not on the caller's.
-dispatch_block_t handedOver(std::function<void()> work) {
+dispatch_block_t movedToQueue(std::function<void()> work) {
   const auto held = std::make_shared<std::function<void()>>(std::move(work));
   return ^{
     @autoreleasepool {
@@ -75,15 +75,15 @@ RegistrationToken RunLoopMainLoop::scheduleRepeating(TimeInterval interval,
 void RunLoopMainLoop::mainAsyncAfter(TimeInterval delay, const WorkItem& item) {
   const auto nanoseconds = std::chrono::ceil<std::chrono::nanoseconds>(delay);
   dispatch_after(dispatch_time(DISPATCH_TIME_NOW, nanoseconds.count()), dispatch_get_main_queue(),
-                 handedOver(item.invocation()));
+                 movedToQueue(item.invocation()));
 }
 
 void RunLoopMainLoop::mainAsync(std::function<void()> block) {
-  dispatch_async(dispatch_get_main_queue(), handedOver(std::move(block)));
+  dispatch_async(dispatch_get_main_queue(), movedToQueue(std::move(block)));
 }
 
 void RunLoopMainLoop::utilityAsync(std::function<void()> block) {
-  dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), handedOver(std::move(block)));
+  dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), movedToQueue(std::move(block)));
 }
 
 std::shared_ptr<void> RunLoopMainLoop::beginActivity(const std::string& reason) {

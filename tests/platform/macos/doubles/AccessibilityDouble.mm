@@ -78,7 +78,7 @@ AXElementDouble* elementOf(AXUIElementRef reference) {
   if (!reference) fail("the accessibility interface was given no element");
   id object = (__bridge id)(void*)reference;
   if (![object isKindOfClass:[AXElementDouble class]]) {
-    fail("the accessibility interface was given something that is not an element");
+    fail("the accessibility interface was passed an object that is not an element");
   }
   return object;
 }

@@ -1,4 +1,4 @@
-// The adapters on a real Mac, except those that need the user's permission.
+// Tests the adapters on a real Mac, except those that need the user's permission.
 
 #import <Foundation/Foundation.h>
 

@@ -1,4 +1,4 @@
-// Classes, selectors and messages. An unrecognized selector ends the process.
+// Classes, selectors and messages. An unrecognized selector aborts the process.
 
 #include <cstring>
 #include <mutex>

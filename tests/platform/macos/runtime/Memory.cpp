@@ -1,4 +1,4 @@
-// Reference counting, weak references, autorelease pools and properties. An over-release ends the
+// Reference counting, weak references, autorelease pools and properties. An over-release aborts the
 // process at once.
 
 #include <cstdlib>
@@ -46,7 +46,7 @@ thread_local std::vector<std::vector<id>> pools;
 Header* headerOf(id object) {
   Header* const header = reinterpret_cast<Header*>(object) - 1;
   if (header->state == dead) fail("an object was used after its last release");
-  if (header->state != alive) fail("something that is not an object was retained or released");
+  if (header->state != alive) fail("a pointer that is not an object was retained or released");
   return header;
 }
 
@@ -183,7 +183,7 @@ void objc_release(id object) {
     const std::lock_guard lock(heap().mutex);
     if (isImmortal(object)) return;
     Header* const header = headerOf(object);
-    if (header->references == 0) fail("an object was released again while it was destroyed");
+    if (header->references == 0) fail("an object was over-released during its destruction");
     last = --header->references == 0;
     if (last) {
       // From here on a weak reference reads as nil.
