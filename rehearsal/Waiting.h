@@ -11,8 +11,6 @@ using Milliseconds = std::chrono::milliseconds;
 /// How long the desk waits for a real server before it gives up. It is generous: an idle machine
 /// starts a browser in 300 ms, but a loaded one with two cores takes seconds.
 inline constexpr Milliseconds serverTimeout{30'000};
-/// The former name of serverTimeout.
-inline constexpr Milliseconds patience = serverTimeout;
 
 /// Waits until the predicate is true and runs the GLib main context meanwhile.
 ///

@@ -12,7 +12,7 @@ namespace {
 using rehearsal::AudioFlavour;
 using rehearsal::letPass;
 using rehearsal::Milliseconds;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using rehearsal::waitUntil;
 using Clock = std::chrono::system_clock;
 
@@ -78,11 +78,11 @@ TEST_P(CallOnEitherServerTest, SpeakerphoneFollowsAChangeMadeInTeamsWithoutAnEch
   sound().setVolume(0.7);
   letPass(Milliseconds{200});
   meeting->clickMicrophone();
-  waitUntil([this] { return sound().volume() == 0.0; }, patience, "the speakerphone to mute");
+  waitUntil([this] { return sound().volume() == 0.0; }, serverTimeout, "the speakerphone to mute");
   program->waitForNote("Teams muted → Jabra");
   letPass(pollAndMore);
   meeting->clickMicrophone();
-  waitUntil([this] { return sound().volume() > 0.0; }, patience, "the speakerphone to unmute");
+  waitUntil([this] { return sound().volume() > 0.0; }, serverTimeout, "the speakerphone to unmute");
   program->waitForNote("Teams unmuted → Jabra");
   letPass(pollAndMore);
   EXPECT_NEAR(sound().volume(), 0.7, 0.001);
@@ -92,13 +92,14 @@ TEST_P(CallOnEitherServerTest, SpeakerphoneFollowsAChangeMadeInTeamsWithoutAnEch
 
 TEST_P(CallOnEitherServerTest, ReplugWorksAgain) {
   sound().unplugSpeakerphone();
-  waitUntil([this] { return !coordinator().jabra().deviceName(); }, patience, "the unplugging");
+  waitUntil([this] { return !coordinator().jabra().deviceName(); }, serverTimeout,
+            "the unplugging");
   EXPECT_FALSE(coordinator().jabra().isInCall());
   EXPECT_EQ(std::ranges::count(program->log.lines, "Jabra input not present"), 1);
   call.reset();
   sound().plugSpeakerphone();
   call = sound().record();
-  waitUntil([this] { return coordinator().jabra().isInCall(); }, patience, "the call");
+  waitUntil([this] { return coordinator().jabra().isInCall(); }, serverTimeout, "the call");
   sound().setVolume(0.0);
   meeting->waitForMuted(true);
   EXPECT_EQ(meeting->presses().size(), 1U);
@@ -115,11 +116,11 @@ TEST_P(CallOnEitherServerTest, PendingMuteSurvivesUnplugging) {
 
 TEST_P(CallOnEitherServerTest, SoundServerIsFoundAgainAfterACrash) {
   sound().kill();
-  waitUntil([this] { return !coordinator().jabra().deviceName(); }, patience, "the loss");
+  waitUntil([this] { return !coordinator().jabra().deviceName(); }, serverTimeout, "the loss");
   call.reset();
   sound().restart();
   call = sound().record();
-  waitUntil([this] { return coordinator().jabra().isInCall(); }, patience, "the call");
+  waitUntil([this] { return coordinator().jabra().isInCall(); }, serverTimeout, "the call");
   sound().setVolume(0.0);
   meeting->waitForMuted(true);
   EXPECT_EQ(meeting->presses().size(), 1U);
@@ -127,7 +128,8 @@ TEST_P(CallOnEitherServerTest, SoundServerIsFoundAgainAfterACrash) {
 
 TEST_P(CallOnEitherServerTest, VolumeMeterIsNotACall) {
   call.reset();
-  waitUntil([this] { return !coordinator().jabra().isInCall(); }, patience, "the end of the call");
+  waitUntil([this] { return !coordinator().jabra().isInCall(); }, serverTimeout,
+            "the end of the call");
   const auto meter = sound().meter();
   letPass(pollAndMore);
   EXPECT_FALSE(coordinator().jabra().isInCall());
@@ -146,11 +148,11 @@ TEST_F(CallTest, TeamsIsFoundAgainAfterARestart) {
   sound().setVolume(0.0);
   program->waitForNote("Mute — Teams not running");
   // Before a poll has missed Teams, a meeting in the same state does not count as new.
-  waitUntil([this] { return !coordinator().teamsMuted(); }, patience, "a poll to miss Teams");
+  waitUntil([this] { return !coordinator().teamsMuted(); }, serverTimeout, "a poll to miss Teams");
   meeting.emplace(desk().browser());
   // The new meeting is live, so the poll that finds it unmutes the speakerphone.
   program->waitForNote("Teams unmuted → Jabra");
-  waitUntil([this] { return sound().volume() > 0.0; }, patience, "the speakerphone to unmute");
+  waitUntil([this] { return sound().volume() > 0.0; }, serverTimeout, "the speakerphone to unmute");
   // Longer than the half second in which a change counts as our own echo.
   letPass(Milliseconds{700});
   sound().setVolume(0.0);
@@ -210,7 +212,7 @@ TEST_F(CallTest, FrozenTeamsHoldsTheLoopForOneTimeoutAndIsReadAgain) {
     EXPECT_LT(hold.value(), Milliseconds{2000});
   }
   desk().browser().thaw();
-  waitUntil([this] { return coordinator().teamsMuted() == false; }, patience,
+  waitUntil([this] { return coordinator().teamsMuted() == false; }, serverTimeout,
             "Teams to be read again");
   EXPECT_EQ(meeting->presses().size(), 0U);
 }
@@ -221,9 +223,9 @@ TEST_F(CallTest, PressWithoutAccessibilityAsksForIt) {
   sound().setVolume(0.0);
   program->waitForNote("Mute — grant Accessibility to Hushbox");
   EXPECT_EQ(meeting->presses().size(), 0U);
-  EXPECT_TRUE(
-      platform().accessibility.isProcessTrustedWithOptions(true) ||
-      rehearsal::holdsWithin([] { return platform().accessibility.isProcessTrusted(); }, patience));
+  EXPECT_TRUE(platform().accessibility.isProcessTrustedWithOptions(true) ||
+              rehearsal::holdsWithin([] { return platform().accessibility.isProcessTrusted(); },
+                                     serverTimeout));
 }
 
 }  // namespace

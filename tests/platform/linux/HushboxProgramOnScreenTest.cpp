@@ -24,8 +24,8 @@ using rehearsal::HushboxProcess;
 using rehearsal::ItemMenu;
 using rehearsal::MeetingPage;
 using rehearsal::Panel;
-using rehearsal::patience;
 using rehearsal::PowerDaemon;
+using rehearsal::serverTimeout;
 using rehearsal::waitUntil;
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -62,7 +62,7 @@ class HushboxProgramOnScreenTest : public testing::Test {
     call_.reset();
     meeting_.reset();
     desk_->audio().unplugSpeakerphone();
-    waitUntil([] { return panel_->items().empty(); }, patience, "the item's end");
+    waitUntil([] { return panel_->items().empty(); }, serverTimeout, "the item's end");
   }
 
   void startCall() {
@@ -72,7 +72,7 @@ class HushboxProgramOnScreenTest : public testing::Test {
   }
 
   static void waitForToolTip(const std::string& text) {
-    waitUntil([&] { return !panel_->items().empty() && panel_->toolTip() == text; }, patience,
+    waitUntil([&] { return !panel_->items().empty() && panel_->toolTip() == text; }, serverTimeout,
               "the tool tip \"" + text + "\"");
   }
   static void waitForRow(const std::string& text) {
@@ -82,7 +82,7 @@ class HushboxProgramOnScreenTest : public testing::Test {
             if (row.text.ends_with(text)) return true;
           return false;
         },
-        patience, "the row \"" + text + "\"");
+        serverTimeout, "the row \"" + text + "\"");
   }
   static std::vector<std::string> rowTexts() {
     std::vector<std::string> texts;
@@ -101,7 +101,7 @@ class HushboxProgramOnScreenTest : public testing::Test {
           panel_->picture({menu.x, 0, menu.width, menu.y + menu.height}, file);
           return Picture(file).standingOut() > 500;
         },
-        patience, "the picture " + name);
+        serverTimeout, "the picture " + name);
     panel_->closeMenu();
   }
 
@@ -141,13 +141,14 @@ TEST_F(HushboxProgramOnScreenTest, CallOnALowBatteryShowsAWarning) {
   EXPECT_EQ(shown.back().title, "Jabra battery low: 21%");
   EXPECT_EQ(shown.back().body,
             "Your Speak2 75 is under 30%. Plug it in before the call runs long.");
-  waitUntil([] { return desk_->notificationDaemon().shownNow() == 1; }, patience, "the warning");
+  waitUntil([] { return desk_->notificationDaemon().shownNow() == 1; }, serverTimeout,
+            "the warning");
   const bool seen = holdsWithin(
       [&] {
         panel_->picture(corner, file);
         return Picture(file).standingOut() > 5000;
       },
-      patience);
+      serverTimeout);
   EXPECT_TRUE(seen);
 }
 
@@ -167,7 +168,7 @@ TEST_F(HushboxProgramOnScreenTest, ClicksOnTheToggleWriteAndRemoveTheEntry) {
   for (const bool on : {true, false}) {
     panel_->openMenu();
     panel_->chooseRow("Launch at login");
-    waitUntil([&] { return panel_->itemMenu().row("Launch at login").on == on; }, patience,
+    waitUntil([&] { return panel_->itemMenu().row("Launch at login").on == on; }, serverTimeout,
               "the switch");
     EXPECT_EQ(std::filesystem::exists(entry), on);
   }
@@ -179,8 +180,8 @@ TEST_F(HushboxProgramOnScreenTest, ClickOnGrantAccessibilitySwitchesItOnAndRemov
   pictureMenu("program-without-permission");
   panel_->openMenu();
   panel_->chooseRow("Grant Accessibility…");
-  waitUntil([] { return desk_->accessibility().isEnabled(); }, patience, "accessibility");
-  waitUntil([] { return panel_->itemMenu().rows().size() == 7; }, patience, "the row's end");
+  waitUntil([] { return desk_->accessibility().isEnabled(); }, serverTimeout, "accessibility");
+  waitUntil([] { return panel_->itemMenu().rows().size() == 7; }, serverTimeout, "the row's end");
   EXPECT_THAT(rowTexts(), testing::Not(testing::Contains("Grant Accessibility…")));
 }
 
@@ -188,7 +189,7 @@ TEST_F(HushboxProgramOnScreenTest, ClickOnQuitEndsTheProgramWithZeroAndRemovesTh
   panel_->openMenu();
   panel_->chooseRow("Quit Hushbox");
   EXPECT_EQ(program_->waitForExit(), 0);
-  waitUntil([] { return panel_->items().empty(); }, patience, "the item's end");
+  waitUntil([] { return panel_->items().empty(); }, serverTimeout, "the item's end");
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ using namespace std::chrono_literals;
 using rehearsal::holdsWithin;
 using rehearsal::ItemMenu;
 using rehearsal::letPass;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using rehearsal::waitUntil;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -147,7 +147,7 @@ TEST_F(HushboxProgramLogoutTest, EndsWithTheDisplayAndCanBeStartedAgain) {
   display_.close();
   EXPECT_EQ(first->waitForExit(), 0);
   const auto second = start("second.log");
-  waitUntil([this] { return watcher_->items().size() == 2; }, patience, "the second start");
+  waitUntil([this] { return watcher_->items().size() == 2; }, serverTimeout, "the second start");
   EXPECT_TRUE(second->isRunning());
 }
 
@@ -180,7 +180,7 @@ TEST_F(HushboxProgramConnectionTest, HasTwoConnectionsToTheSessionBus) {
 TEST_F(HushboxProgramTest, ToggleWritesAnEntryThatStartsTheSameProgram) {
   startProgram();
   rows().choose(launch);
-  waitUntil([&] { return rows().row(launch).on; }, patience, "the switch");
+  waitUntil([&] { return rows().row(launch).on; }, serverTimeout, "the switch");
   SpawnedChildProcessFactory processes{ChildProcessRules{}};
   const auto validator = processes.make();
   validator->setExecutablePath("/usr/bin/desktop-file-validate");
@@ -193,17 +193,18 @@ TEST_F(HushboxProgramTest, ToggleWritesAnEntryThatStartsTheSameProgram) {
       g_desktop_app_info_new_from_filename(entry().c_str()), g_object_unref);
   ASSERT_TRUE(info);
   ASSERT_TRUE(g_app_info_launch(G_APP_INFO(info.get()), nullptr, nullptr, nullptr));
-  waitUntil([&] { return watcher_->items().back() != name_; }, patience, "the program's start");
+  waitUntil([&] { return watcher_->items().back() != name_; }, serverTimeout,
+            "the program's start");
   name_ = watcher_->items().back();
   const int process = bus_.processOf(name_);
   EXPECT_EQ(fs::read_symlink("/proc/" + std::to_string(process) + "/exe"),
             fs::canonical(HUSHBOX_PROGRAM));
   EXPECT_TRUE(rows().row(launch).on);
   rows().choose(launch);
-  waitUntil([&] { return !rows().row(launch).on; }, patience, "the switch");
+  waitUntil([&] { return !rows().row(launch).on; }, serverTimeout, "the switch");
   EXPECT_FALSE(fs::exists(entry()));
   kill(process, SIGTERM);
-  waitUntil([&] { return !bus_.hasOwner(name_); }, patience, "the program's end");
+  waitUntil([&] { return !bus_.hasOwner(name_); }, serverTimeout, "the program's end");
 }
 
 TEST_F(HushboxProgramTest, FailedRegistrationRestoresTheToggleSilently) {
@@ -214,7 +215,7 @@ TEST_F(HushboxProgramTest, FailedRegistrationRestoresTheToggleSilently) {
   client_->takeSignals();
   rows().choose(launch);
   std::vector<std::string> signals;
-  holdsWithin([&] { return !(signals = client_->takeSignals()).empty(); }, patience);
+  holdsWithin([&] { return !(signals = client_->takeSignals()).empty(); }, serverTimeout);
   EXPECT_THAT(signals, ElementsAre(HasSubstr("'toggle-state': <0>")));
   EXPECT_FALSE(rows().row(launch).on);
   EXPECT_EQ(program_->log(), logged);
@@ -240,7 +241,7 @@ class HushboxProgramChildTest : public HushboxProgramTest {
     std::ofstream(child) << "#!/bin/sh\necho $$ >" << note_.string() << '\n' << body << '\n';
     fs::permissions(child, fs::perms::owner_all);
     startProgram(folder / "hushbox");
-    waitUntil([this] { return this->child() != 0; }, patience, "the child");
+    waitUntil([this] { return this->child() != 0; }, serverTimeout, "the child");
   }
 
   pid_t child() const {
@@ -271,7 +272,7 @@ class HushboxProgramChildTest : public HushboxProgramTest {
 
 TEST_F(HushboxProgramChildTest, BatteryRowShowsTheOutputOfTheChild) {
   startProgramWithChild("printf ' -Jabra Speak2 75\\t42%%; charging; present: true\\n'");
-  waitUntil([this] { return hasBatteryRow(); }, patience, "the row");
+  waitUntil([this] { return hasBatteryRow(); }, serverTimeout, "the row");
   EXPECT_EQ(rows().rows()[1].text, "Battery: 42% (charging)");
 }
 
@@ -283,7 +284,7 @@ TEST_F(HushboxProgramChildTest, ChildThatHangsDelaysNeitherTheProgramNorItsExit)
   EXPECT_EQ(program_->quit(), 0);
   // Less than the ten seconds that a child may take.
   EXPECT_LT(Clock::now() - begin, 8s);
-  EXPECT_TRUE(holdsWithin([&] { return childIsGone(); }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return childIsGone(); }, serverTimeout));
 }
 
 TEST_F(HushboxProgramChildTest, ChildThatFloodsIsKilled) {

@@ -12,7 +12,7 @@ namespace {
 using rehearsal::Desk;
 using rehearsal::holdsWithin;
 using rehearsal::MeetingPage;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
@@ -35,7 +35,7 @@ TEST(AtspiAccessibilityTreeFrozenTest, CostsOneTimeoutAndRecoversAfterTheThaw) {
   MeetingPage meeting(desk.browser());
   AtspiAccessibilityTree tree;
   TeamsReader reader(tree, tree.workspace());
-  ASSERT_TRUE(holdsWithin([&] { return reader.read() == live; }, patience));
+  ASSERT_TRUE(holdsWithin([&] { return reader.read() == live; }, serverTimeout));
 
   desk.browser().freeze();
   // It stays listed: the meeting is not found, but Teams is.
@@ -44,7 +44,7 @@ TEST(AtspiAccessibilityTreeFrozenTest, CostsOneTimeoutAndRecoversAfterTheThaw) {
     EXPECT_LT(spentOn([&] { EXPECT_EQ(reader.read(), TeamsReader::noMeeting); }), timeout / 2);
 
   desk.browser().thaw();
-  EXPECT_TRUE(holdsWithin([&] { return reader.read() == live; }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return reader.read() == live; }, serverTimeout));
   EXPECT_EQ(reader.press(), accessibility::success);
   EXPECT_EQ(reader.read(), muted);
   EXPECT_TRUE(meeting.isMuted());
@@ -57,13 +57,13 @@ TEST(AtspiAccessibilityTreeFrozenTest, PressFailsAfterOneTimeout) {
   MeetingPage meeting(desk.browser());
   AtspiAccessibilityTree tree;
   TeamsReader reader(tree, tree.workspace());
-  ASSERT_TRUE(holdsWithin([&] { return reader.read() == live; }, patience));
+  ASSERT_TRUE(holdsWithin([&] { return reader.read() == live; }, serverTimeout));
   desk.browser().freeze();
   EXPECT_LT(spentOn([&] { EXPECT_EQ(reader.press(), accessibility::cannotComplete); }),
             timeout + slack);
   desk.browser().thaw();
   // It was asked for its actions, but not to perform one.
-  EXPECT_TRUE(holdsWithin([&] { return reader.read() == live; }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return reader.read() == live; }, serverTimeout));
   EXPECT_TRUE(meeting.presses().empty());
 }
 
@@ -107,7 +107,7 @@ TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, IsMetAfterTheThaw) {
   teams->freeze();
   EXPECT_EQ(reader_.read(), TeamsReader::notRunning);
   teams->thaw();
-  EXPECT_TRUE(holdsWithin([&] { return reader_.read() == live; }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return reader_.read() == live; }, serverTimeout));
 }
 
 TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, SeveralCostOneTimeoutTogether) {
@@ -128,7 +128,8 @@ TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, IsNoLongerTeamsAfterExitingWhi
   teams->freeze();
   EXPECT_EQ(reader_.read(), TeamsReader::noMeeting);
   teams.reset();
-  EXPECT_TRUE(holdsWithin([&] { return reader_.read() == TeamsReader::notRunning; }, patience));
+  EXPECT_TRUE(
+      holdsWithin([&] { return reader_.read() == TeamsReader::notRunning; }, serverTimeout));
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ using rehearsal::BrowserPage;
 using rehearsal::Desk;
 using rehearsal::holdsWithin;
 using rehearsal::MeetingPage;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using rehearsal::WindowKind;
 using testing::ElementsAre;
 using testing::SizeIs;
@@ -46,7 +46,7 @@ class AtspiAccessibilityTreeMeetingTest : public testing::Test {
   }
   testing::AssertionResult reads(const std::string& awaited) {
     std::string last;
-    if (holdsWithin([&] { return (last = reader_.read()) == awaited; }, patience))
+    if (holdsWithin([&] { return (last = reader_.read()) == awaited; }, serverTimeout))
       return testing::AssertionSuccess();
     return testing::AssertionFailure() << "read last: " << last;
   }
@@ -155,7 +155,7 @@ TEST_F(AtspiAccessibilityTreeMeetingTest, ReadsAndPressesAMeetingInABackgroundTa
   const auto meeting = meet();
   ASSERT_TRUE(reads(live));
   const auto front = open(rehearsal::Browser::pageUrl("decoy.html"), WindowKind::Tab);
-  ASSERT_TRUE(holdsWithin([&] { return meeting->page().isHidden(); }, patience));
+  ASSERT_TRUE(holdsWithin([&] { return meeting->page().isHidden(); }, serverTimeout));
   for (const bool wanted : {true, false, true}) {
     meeting->pressMicrophone();
     EXPECT_TRUE(reads(wanted ? muted : live));
@@ -175,8 +175,8 @@ TEST_F(AtspiAccessibilityTreeMeetingTest, FindsTheButtonAgainAfterAReload) {
   ASSERT_TRUE(reads(live));
   const auto before = reader_.button();
   meeting->page().evaluate("location.reload()");
-  ASSERT_TRUE(
-      holdsWithin([&] { return reader_.read() == live && reader_.button() != before; }, patience));
+  ASSERT_TRUE(holdsWithin([&] { return reader_.read() == live && reader_.button() != before; },
+                          serverTimeout));
   AttributeValue value;
   EXPECT_EQ(tree_.copyAttributeValue(before, "AXRole", value), accessibility::invalidElement);
   EXPECT_EQ(tree_.performAction(before, "AXPress"), accessibility::invalidElement);
@@ -242,7 +242,7 @@ TEST_F(AtspiAccessibilityTreeMeetingTest, SeveralTreesWorkOneAfterAnother) {
   for (int i = 0; i < 3; ++i) {
     AtspiAccessibilityTree tree;
     TeamsReader reader(tree, tree.workspace());
-    ASSERT_TRUE(holdsWithin([&] { return reader.read() == live; }, patience));
+    ASSERT_TRUE(holdsWithin([&] { return reader.read() == live; }, serverTimeout));
   }
   meeting->close();
 }
@@ -278,7 +278,7 @@ TEST(AtspiAccessibilityTreeCallsTest, CallsPerOperationDoNotGrow) {
     // Wakes the browser up.
     AtspiAccessibilityTree first;
     TeamsReader reader(first, first.workspace());
-    ASSERT_TRUE(holdsWithin([&] { return reader.read() == live; }, patience));
+    ASSERT_TRUE(holdsWithin([&] { return reader.read() == live; }, serverTimeout));
   }
   AtspiAccessibilityTree tree;
   TeamsReader reader(tree, tree.workspace());

@@ -16,7 +16,7 @@ namespace hushbox {
 namespace {
 
 using rehearsal::holdsWithin;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
@@ -47,7 +47,7 @@ TEST_F(AtspiBusTest, IsNotTrustedWhileSwitchedOff) {
 
 TEST_F(AtspiBusTest, PromptSwitchesItOnAndReturnsTheCurrentState) {
   EXPECT_FALSE(tree_.isProcessTrustedWithOptions(true));
-  EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, serverTimeout));
   EXPECT_TRUE(accessibility_.isEnabled());
   EXPECT_TRUE(tree_.isProcessTrustedWithOptions(true));
 }
@@ -67,9 +67,9 @@ TEST_F(AtspiBusTest, FollowsTheSwitchWithoutCalls) {
   for (int i = 0; i < 5; ++i) EXPECT_TRUE(tree_.isProcessTrusted());
   EXPECT_EQ(tree_.callCount(), before);
   accessibility_.setEnabled(false);
-  EXPECT_TRUE(holdsWithin([&] { return !tree_.isProcessTrusted(); }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return !tree_.isProcessTrusted(); }, serverTimeout));
   accessibility_.setEnabled(true);
-  EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, serverTimeout));
 }
 
 TEST_F(AtspiBusTest, ConnectsAgainToABusThatWasRestarted) {
@@ -83,14 +83,15 @@ TEST_F(AtspiBusTest, ConnectsAgainToABusThatWasRestarted) {
     program.put(AccessibleProgram::root, {.role = 75, .children = {"/document"}});
     ASSERT_EQ(reader.read(), TeamsReader::noMeeting);
     accessibility_.kill();
-    EXPECT_TRUE(holdsWithin([&] { return reader.read() == TeamsReader::notTrusted; }, patience));
+    EXPECT_TRUE(
+        holdsWithin([&] { return reader.read() == TeamsReader::notTrusted; }, serverTimeout));
   }
   accessibility_.setEnabled(true);
-  EXPECT_TRUE(holdsWithin([&] { return reader.read() == TeamsReader::notRunning; }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return reader.read() == TeamsReader::notRunning; }, serverTimeout));
   AccessibleProgram program(accessibility_.address(), "Browser", "Gecko");
   program.put("/document", document);
   program.put(AccessibleProgram::root, {.role = 75, .children = {"/document"}});
-  EXPECT_TRUE(holdsWithin([&] { return reader.read() == TeamsReader::noMeeting; }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return reader.read() == TeamsReader::noMeeting; }, serverTimeout));
 }
 
 TEST_F(AtspiBusTest, FrozenSessionBusCostsOneTimeout) {
@@ -103,7 +104,7 @@ TEST_F(AtspiBusTest, FrozenSessionBusCostsOneTimeout) {
   EXPECT_LT(steady_clock::now() - again, AtspiBus::busTimeout / 2);
   session_.bus().thaw();
   accessibility_.setEnabled(true);
-  EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, serverTimeout));
 }
 
 TEST(AtspiBusWithoutSession, IsNotTrusted) {

@@ -9,7 +9,7 @@ namespace hushbox {
 namespace {
 
 using rehearsal::holdsWithin;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using testing::ElementsAre;
 
 using AtspiProgramsTest = AccessibleProgramsFixture;
@@ -42,7 +42,7 @@ TEST_F(AtspiProgramsTest, ProgramIsFoundAgainAfterItClosedItsSocket) {
   teams->offer((session_.folder() / "peer").string());
   ASSERT_EQ(reader_.read(), label);
   teams->hangUp();
-  EXPECT_TRUE(holdsWithin([&] { return reader_.read() == label; }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return reader_.read() == label; }, serverTimeout));
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace hushbox {
 namespace {
 
 using rehearsal::holdsWithin;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using rehearsal::Session;
 
 TEST(CompositingManagerTest, IsSeenToStartAndExit) {
@@ -22,9 +22,9 @@ TEST(CompositingManagerTest, IsSeenToStartAndExit) {
   EXPECT_FALSE(manager.isRunning());
   {
     const auto process = session.start("xcompmgr.log", {"xcompmgr"});
-    EXPECT_TRUE(holdsWithin([&] { return manager.isRunning(); }, patience));
+    EXPECT_TRUE(holdsWithin([&] { return manager.isRunning(); }, serverTimeout));
   }
-  EXPECT_TRUE(holdsWithin([&] { return !manager.isRunning(); }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return !manager.isRunning(); }, serverTimeout));
 }
 
 TEST(CompositingManagerTest, CountsAsAbsentOnWayland) {
@@ -32,7 +32,7 @@ TEST(CompositingManagerTest, CountsAsAbsentOnWayland) {
   session.applyToThisProcess();
   const auto process = session.start("xcompmgr.log", {"xcompmgr"});
   CompositingManager manager;
-  ASSERT_TRUE(holdsWithin([&] { return manager.isRunning(); }, patience));
+  ASSERT_TRUE(holdsWithin([&] { return manager.isRunning(); }, serverTimeout));
   ScopedEnvironment environment;
   environment.set("WAYLAND_DISPLAY", "wayland-0");
   EXPECT_FALSE(manager.isRunning());
@@ -54,7 +54,7 @@ TEST(CompositingManagerTest, IsAbsentOnceTheDisplayIsClosed) {
     session.applyToThisProcess();
     EXPECT_FALSE(manager.isRunning());
     const auto process = session.start("xcompmgr.log", {"xcompmgr"});
-    EXPECT_TRUE(holdsWithin([&] { return manager.isRunning(); }, patience));
+    EXPECT_TRUE(holdsWithin([&] { return manager.isRunning(); }, serverTimeout));
   }
   EXPECT_FALSE(manager.isRunning());
 }

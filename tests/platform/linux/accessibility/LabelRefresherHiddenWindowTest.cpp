@@ -19,7 +19,7 @@ namespace {
 using rehearsal::Desk;
 using rehearsal::holdsWithin;
 using rehearsal::MeetingPage;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using rehearsal::WindowKind;
 
 constexpr const char* live = MeetingPage::labelWhenLive;
@@ -37,13 +37,13 @@ class LabelRefresherHiddenWindowTest : public testing::TestWithParam<bool> {
   }
 
   void findMeeting() {
-    ASSERT_TRUE(holdsWithin([&] { return reader_.read() == live; }, patience));
+    ASSERT_TRUE(holdsWithin([&] { return reader_.read() == live; }, serverTimeout));
   }
 
   /// Whether reading alone brings the label up to date. On an idle machine the first read does; by
   /// itself, Chromium keeps the old label until something acts on the page.
   bool comesToRead(const std::string& label) {
-    return holdsWithin([&] { return reader_.read() == label; }, patience);
+    return holdsWithin([&] { return reader_.read() == label; }, serverTimeout);
   }
 
   /// Changes the meeting from the page and by presses, and reads right after each change.
@@ -130,7 +130,7 @@ class LabelRefresherCompositedWindowTest : public LabelRefresherHiddenWindowTest
  protected:
   LabelRefresherCompositedWindowTest() {
     CompositingManager manager;
-    EXPECT_TRUE(holdsWithin([&] { return manager.isRunning(); }, patience));
+    EXPECT_TRUE(holdsWithin([&] { return manager.isRunning(); }, serverTimeout));
   }
 
   std::unique_ptr<rehearsal::ServerProcess> compositor_ =
@@ -144,7 +144,7 @@ TEST_P(LabelRefresherCompositedWindowTest, LabelsAreReadWithoutWaiting) {
     return reader_.read() == live &&
            std::chrono::steady_clock::now() - began < LabelRefresher::refreshTime;
   };
-  EXPECT_TRUE(holdsWithin(readsAtOnce, patience));
+  EXPECT_TRUE(holdsWithin(readsAtOnce, serverTimeout));
 }
 
 TEST_P(LabelRefresherCompositedWindowTest, LabelsFollowTheMeeting) {
@@ -154,7 +154,7 @@ TEST_P(LabelRefresherCompositedWindowTest, LabelsFollowTheMeeting) {
     meeting_.pressMicrophone();
     wanted = !wanted;
     const std::string label = wanted ? muted : live;
-    EXPECT_TRUE(holdsWithin([&] { return reader_.read() == label; }, patience));
+    EXPECT_TRUE(holdsWithin([&] { return reader_.read() == label; }, serverTimeout));
     EXPECT_EQ(reader_.press(), accessibility::success);
     wanted = !wanted;
     EXPECT_EQ(meeting_.isMuted(), wanted);
@@ -174,10 +174,10 @@ TEST_P(LabelRefresherCompositedWindowTest, LabelsAreCurrentBehindAnotherTabAndIn
   findMeeting();
   const auto other =
       desk_.browser().open(rehearsal::Browser::pageUrl("decoy.html"), WindowKind::Tab);
-  ASSERT_TRUE(holdsWithin([this] { return meeting_.page().isHidden(); }, patience));
+  ASSERT_TRUE(holdsWithin([this] { return meeting_.page().isHidden(); }, serverTimeout));
   expectCurrentLabels();
   other->close();
-  ASSERT_TRUE(holdsWithin([this] { return !meeting_.page().isHidden(); }, patience));
+  ASSERT_TRUE(holdsWithin([this] { return !meeting_.page().isHidden(); }, serverTimeout));
   expectCurrentLabels();
 }
 
@@ -187,7 +187,7 @@ TEST_P(LabelRefresherCompositedWindowTest, LabelsAreCurrentOnAnotherWorkspace) {
   const auto xdotool = [this](std::vector<std::string> words) {
     words.insert(words.begin(), "xdotool");
     const auto process = desk_.session().start("xdotool.log", words);
-    EXPECT_EQ(process->waitForExit(patience), 0);
+    EXPECT_EQ(process->waitForExit(serverTimeout), 0);
   };
   xdotool({"set_num_desktops", "2"});
   xdotool({"set_desktop", "1"});

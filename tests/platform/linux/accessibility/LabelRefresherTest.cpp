@@ -17,7 +17,7 @@ namespace hushbox {
 namespace {
 
 using rehearsal::holdsWithin;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 
 /// A browser whose labels grow stale, with one window and a meeting in it, on a desktop with a
 /// compositing manager.
@@ -29,7 +29,7 @@ class LabelRefresherTest : public AccessibleProgramsFixture {
   LabelRefresherTest() {
     environment_.set("DISPLAY", screen_.display().name());
     CompositingManager manager;
-    EXPECT_TRUE(holdsWithin([&] { return manager.isRunning(); }, patience));
+    EXPECT_TRUE(holdsWithin([&] { return manager.isRunning(); }, serverTimeout));
     browser_->put("/b", button(label));
     putDocument("/view");
     browser_->put("/view", {.role = 39, .parent = "/window", .children = {"/document"}});
@@ -82,12 +82,12 @@ class LabelRefresherTest : public AccessibleProgramsFixture {
 
 TEST_F(LabelRefresherTest, ReadsWithoutWaitingFromAPageBeingDrawn) {
   readTwice();
-  EXPECT_TRUE(holdsWithin([&] { return readTime() < LabelRefresher::refreshTime; }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return readTime() < LabelRefresher::refreshTime; }, serverTimeout));
 }
 
 TEST_F(LabelRefresherTest, ReadsInOneBatchFromAPageBeingDrawn) {
   readTwice();
-  EXPECT_TRUE(holdsWithin([&] { return callsOfARead() <= 6U; }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return callsOfARead() <= 6U; }, serverTimeout));
 }
 
 TEST_F(LabelRefresherTest, ReadsAChangedLabelFromAPageBeingDrawn) {
@@ -100,7 +100,7 @@ TEST_F(LabelRefresherTest, RefreshesAPageBeingDrawnInTime) {
   readTwice();
   const int before = refreshes_;
   EXPECT_TRUE(
-      holdsWithin([&] { return reader_.read() == label && refreshes_ > before; }, patience));
+      holdsWithin([&] { return reader_.read() == label && refreshes_ > before; }, serverTimeout));
 }
 
 TEST_F(LabelRefresherTest, WaitsForAPageInAMinimisedWindow) {
@@ -126,13 +126,13 @@ TEST_F(LabelRefresherTest, RefreshesARestingPageAheadOfThePoll) {
         EXPECT_EQ(reader_.read(), label);
         return std::chrono::steady_clock::now() - began < LabelRefresher::refreshTime / 2;
       },
-      patience));
+      serverTimeout));
   EXPECT_TRUE(holdsWithin(
       [&] {
         rehearsal::letPass(LabelRefresher::pollInterval);
         return callsOfARead() <= 6U;
       },
-      patience));
+      serverTimeout));
 }
 
 TEST_F(LabelRefresherTest, WaitsForAPageInAWindowThatIsNotShown) {
@@ -161,7 +161,7 @@ TEST_F(LabelRefresherTest, ReadsWithoutWaitingOnceTheTabIsInFrontAgain) {
   EXPECT_GE(readTime(), LabelRefresher::refreshTime);
   putDocument("/view");
   putWindow(showing, {"/view"});
-  EXPECT_TRUE(holdsWithin([&] { return readTime() < LabelRefresher::refreshTime; }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return readTime() < LabelRefresher::refreshTime; }, serverTimeout));
 }
 
 TEST_F(LabelRefresherTest, ReadsWithoutWaitingAfterTheTabWasMovedToAnotherWindow) {
@@ -171,7 +171,7 @@ TEST_F(LabelRefresherTest, ReadsWithoutWaitingAfterTheTabWasMovedToAnotherWindow
                 {.role = 23, .parent = root, .states = showing, .children = {"/its_view"}});
   putDocument("/its_view");
   putWindow(0, {"/other"});
-  EXPECT_TRUE(holdsWithin([&] { return readTime() < LabelRefresher::refreshTime; }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return readTime() < LabelRefresher::refreshTime; }, serverTimeout));
 }
 
 TEST_F(LabelRefresherTest, WaitsForAPageNestedInAnother) {
@@ -239,7 +239,7 @@ TEST_F(LabelRefresherTest, WaitsAfterALongTimeWithoutARead) {
 TEST_F(LabelRefresherTest, ReadsWithoutWaitingFromProgramsThatKeepLabelsCurrent) {
   browser_.reset();
   const auto teams = browser({{"/b", button(label)}});
-  ASSERT_TRUE(holdsWithin([&] { return reader_.read() == label; }, patience));
+  ASSERT_TRUE(holdsWithin([&] { return reader_.read() == label; }, serverTimeout));
   EXPECT_LE(callsOfARead(), 4U);
 }
 

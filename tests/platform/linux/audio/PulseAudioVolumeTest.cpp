@@ -215,7 +215,7 @@ class StereoHeadset {
           return volume_.channels == 2 && near(volume_.values[0], left) &&
                  near(volume_.values[1], right);
         },
-        rehearsal::patience);
+        rehearsal::serverTimeout);
   }
 
  private:

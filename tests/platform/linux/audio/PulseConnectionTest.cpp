@@ -22,7 +22,7 @@ namespace {
 using namespace std::chrono_literals;
 using rehearsal::holdsWithin;
 using rehearsal::letPass;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using testing::SizeIs;
 
 using Clock = std::chrono::steady_clock;
@@ -60,7 +60,7 @@ class FakeServerSocket {
   /// When each connection was made.
   const std::vector<Clock::time_point>& attempts() const { return attempts_; }
   bool waitForAttempts(std::size_t count) const {
-    return holdsWithin([&] { return attempts_.size() == count; }, patience);
+    return holdsWithin([&] { return attempts_.size() == count; }, serverTimeout);
   }
 
  private:
@@ -122,7 +122,7 @@ TEST(PulseConnectionTest, FindsASocketThatAppearsLater) {
   FakeServerSocket server(FakeServerSocket::Behaviour::NeverReplies);
   Client client;
   const PulseConnection connection(mainLoop(), client);
-  EXPECT_TRUE(holdsWithin([&] { return !connection.isOpen(); }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return !connection.isOpen(); }, serverTimeout));
   letPass(2 * PulseConnection::minRetryDelay);
   server.open();
   EXPECT_TRUE(server.waitForAttempts(1));

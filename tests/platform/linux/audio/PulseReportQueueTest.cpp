@@ -52,9 +52,9 @@ TEST_F(PulseReportQueueTest, KeepsReportsThatHappenedLater) {
 TEST_F(PulseReportQueueTest, CallsBackOnTheMainContextForReportsOfAnyThread) {
   std::thread([&] { queue_.push(removal(1, start_)); }).join();
   EXPECT_EQ(arrivals_, 0);
-  EXPECT_TRUE(rehearsal::holdsWithin([&] { return arrivals_ == 1; }, rehearsal::patience));
+  EXPECT_TRUE(rehearsal::holdsWithin([&] { return arrivals_ == 1; }, rehearsal::serverTimeout));
   queue_.push(removal(2, start_));
-  EXPECT_TRUE(rehearsal::holdsWithin([&] { return arrivals_ == 2; }, rehearsal::patience));
+  EXPECT_TRUE(rehearsal::holdsWithin([&] { return arrivals_ == 2; }, rehearsal::serverTimeout));
   rehearsal::letPass(20ms);
   EXPECT_EQ(arrivals_, 2);
 }

@@ -15,7 +15,7 @@ namespace hushbox {
 namespace {
 
 using rehearsal::holdsWithin;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 using Outcome = BusReply::Outcome;
@@ -42,7 +42,7 @@ class BoundedBusConnectionTest : public testing::Test {
   void expectRepliesInTheOrderOfTheCalls() {
     other_.put(AccessibleProgram::root, {.role = 7});
     std::vector<BusCall> calls;
-    for (int i = 0; i < 50; ++i) calls.push_back(role(i % 2 ? other_ : program_, patience));
+    for (int i = 0; i < 50; ++i) calls.push_back(role(i % 2 ? other_ : program_, serverTimeout));
     const auto replies = connection_.ask(std::move(calls));
     ASSERT_EQ(replies.size(), 50U);
     for (std::size_t i = 0; i < replies.size(); ++i) {
@@ -54,12 +54,12 @@ class BoundedBusConnectionTest : public testing::Test {
     EXPECT_EQ(connection_.callCount(), 50U);
   }
   void expectErrorsAndWrongTypesToBeRefusals() {
-    BusCall unknown = role(program_, patience);
+    BusCall unknown = role(program_, serverTimeout);
     unknown.method = "NoSuchMethod";
     EXPECT_EQ(ask(std::move(unknown)), Outcome::refused);
     program_.answerWith(
         [](const std::string&, const std::string&) { return g_variant_new("(s)", "text"); });
-    EXPECT_EQ(ask(role(program_, patience)), Outcome::refused);
+    EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::refused);
   }
   void expectPeerThatTimesOutToBeCalledAgainOnceItHasReplied() {
     program_.freeze();
@@ -74,7 +74,7 @@ class BoundedBusConnectionTest : public testing::Test {
       EXPECT_EQ(ask(role(program_, milliseconds{10'000})), Outcome::timedOut);
     EXPECT_LT(steady_clock::now() - again, milliseconds{5'000});
     EXPECT_EQ(callsTo(program_), callsBefore);
-    EXPECT_EQ(ask(role(other_, patience)), Outcome::replied);
+    EXPECT_EQ(ask(role(other_, serverTimeout)), Outcome::replied);
 
     program_.thaw();
     EXPECT_TRUE(holdsWithin(
@@ -82,8 +82,8 @@ class BoundedBusConnectionTest : public testing::Test {
           connection_.dispatch();
           return !connection_.hasTimedOut(program_.busName());
         },
-        patience));
-    EXPECT_EQ(ask(role(program_, patience)), Outcome::replied);
+        serverTimeout));
+    EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::replied);
   }
   static int callsTo(const AccessibleProgram& program) {
     return program.calls() + program.straightCalls();
@@ -135,13 +135,13 @@ TEST_F(BoundedBusConnectionTest, ErrorsAndWrongTypesAreRefusals) {
 }
 
 TEST_F(BoundedBusConnectionTest, NamesWithoutAnOwnerAreUnreachable) {
-  BusCall unowned = role(program_, patience);
+  BusCall unowned = role(program_, serverTimeout);
   unowned.object.busName = ":1.99999";
   EXPECT_EQ(ask(std::move(unowned)), Outcome::unreachable);
-  BusCall noName = role(program_, patience);
+  BusCall noName = role(program_, serverTimeout);
   noName.object.busName = "not a name";
   EXPECT_EQ(ask(std::move(noName)), Outcome::unreachable);
-  BusCall noPath = role(program_, patience);
+  BusCall noPath = role(program_, serverTimeout);
   noPath.object.path = "no path";
   EXPECT_EQ(ask(std::move(noPath)), Outcome::unreachable);
 }
@@ -159,7 +159,7 @@ TEST_F(BoundedBusConnectionTest, DoesNotIterateTheMainContextMeanwhile) {
   g_source_attach(idle, nullptr);
   program_.freeze();
   ask(role(program_, milliseconds{50}));
-  ask(role(other_, patience));
+  ask(role(other_, serverTimeout));
   connection_.dispatch();
   EXPECT_FALSE(ran);
   g_source_destroy(idle);
@@ -168,8 +168,8 @@ TEST_F(BoundedBusConnectionTest, DoesNotIterateTheMainContextMeanwhile) {
 
 TEST_F(BoundedBusConnectionTest, EndOfTheBusClosesItAndItCanBeOpenedAgain) {
   accessibility_.kill();
-  EXPECT_TRUE(holdsWithin([&] { return !connection_.isOpen(); }, patience));
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::unreachable);
+  EXPECT_TRUE(holdsWithin([&] { return !connection_.isOpen(); }, serverTimeout));
+  EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::unreachable);
   EXPECT_TRUE(connection_.open(accessibility_.address(), milliseconds{10'000}));
   EXPECT_TRUE(connection_.isOpen());
 }
@@ -178,7 +178,7 @@ TEST_F(BoundedBusConnectionTest, SignalsArriveInDispatchUntilTheConnectionIsClos
   int signals = 0;
   connection_.subscribe("org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", nullptr,
                         [&](GVariant*) { ++signals; });
-  ask(role(program_, patience));
+  ask(role(program_, serverTimeout));
   const int before = signals;
   AccessibleProgram newcomer(address_, "Newcomer", "Toolkit");
   EXPECT_EQ(signals, before);
@@ -187,7 +187,7 @@ TEST_F(BoundedBusConnectionTest, SignalsArriveInDispatchUntilTheConnectionIsClos
         connection_.dispatch();
         return signals > before;
       },
-      patience));
+      serverTimeout));
   connection_.close();
   EXPECT_FALSE(connection_.isOpen());
 }
@@ -217,7 +217,8 @@ class BoundedBusConnectionPeerTest : public BoundedBusConnectionTest {
   void SetUp() override {
     BoundedBusConnectionTest::SetUp();
     program_.offer(path_);
-    ASSERT_TRUE(connection_.reach(program_.busName(), "unix:path=" + path_, getpid(), patience));
+    ASSERT_TRUE(
+        connection_.reach(program_.busName(), "unix:path=" + path_, getpid(), serverTimeout));
   }
 
   const std::string path_ = (session_.folder() / "peer").string();
@@ -241,11 +242,11 @@ TEST_F(BoundedBusConnectionPeerTest, LongRepliesArriveComplete) {
   const std::string text(500'000, 'x');
   program_.answerWith(
       [&](const std::string&, const std::string&) { return g_variant_new("(s)", text.c_str()); });
-  BusCall call = role(program_, patience);
+  BusCall call = role(program_, serverTimeout);
   call.replyType = "(s)";
   std::vector<BusCall> calls;
   for (int i = 0; i < 3; ++i)
-    calls.push_back({call.object, call.interface, call.method, "(s)", patience, nullptr});
+    calls.push_back({call.object, call.interface, call.method, "(s)", serverTimeout, nullptr});
   for (const BusReply& reply : connection_.ask(std::move(calls))) {
     ASSERT_TRUE(reply);
     const char* taken = nullptr;
@@ -255,21 +256,21 @@ TEST_F(BoundedBusConnectionPeerTest, LongRepliesArriveComplete) {
 }
 
 TEST_F(BoundedBusConnectionPeerTest, CallsGoOverTheBusOnceTheDirectConnectionIsClosed) {
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::replied);
+  EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::replied);
   const int straight = program_.straightCalls();
   EXPECT_EQ(straight, 1);
   program_.hangUp();
   // Perhaps only a call without a reply notices that it is closed.
-  EXPECT_TRUE(
-      holdsWithin([&] { return ask(role(program_, patience)) == Outcome::replied; }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return ask(role(program_, serverTimeout)) == Outcome::replied; },
+                          serverTimeout));
   EXPECT_EQ(program_.straightCalls(), straight);
 }
 
 TEST_F(BoundedBusConnectionPeerTest, DirectConnectionIsClosedWithTheBus) {
   connection_.close();
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::unreachable);
-  ASSERT_TRUE(connection_.open(address_, patience));
-  EXPECT_EQ(ask(role(program_, patience)), Outcome::replied);
+  EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::unreachable);
+  ASSERT_TRUE(connection_.open(address_, serverTimeout));
+  EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::replied);
   EXPECT_EQ(program_.straightCalls(), 0);
 }
 

@@ -24,7 +24,7 @@ namespace hushbox {
 namespace {
 
 using rehearsal::holdsWithin;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 using testing::ElementsAre;
@@ -95,7 +95,7 @@ class PeerConnectionTest : public testing::Test {
   }
 
   std::unique_ptr<PeerConnection> open(const std::string& address,
-                                       milliseconds timeout = patience) const {
+                                       milliseconds timeout = serverTimeout) const {
     return PeerConnection::open(address, getpid(), timeout, context_);
   }
   /// Lets the listener serve a connection.
@@ -106,7 +106,8 @@ class PeerConnectionTest : public testing::Test {
   }
   /// Makes a call whose outcome is recorded in `errors_`.
   void call() {
-    const BusCall call{{":1.1", "/object"}, "an.Interface", "Method", "(u)", patience, nullptr};
+    const BusCall call{{":1.1", "/object"}, "an.Interface", "Method", "(u)",
+                       serverTimeout,       nullptr};
     peer_->call(call, [this](const VariantPointer&, const GError* error) {
       errors_.push_back(error ? error->code : -1);
     });
@@ -157,7 +158,7 @@ TEST_F(PeerConnectionTest, ReturnsNullWhenNothingListens) {
 
 TEST_F(PeerConnectionTest, ReturnsNullForAnotherProcess) {
   const Listener listener(path_, [](int socket) { Listener::welcome(socket); });
-  EXPECT_EQ(PeerConnection::open(address_, getppid(), patience, context_), nullptr);
+  EXPECT_EQ(PeerConnection::open(address_, getppid(), serverTimeout, context_), nullptr);
 }
 
 TEST_F(PeerConnectionTest, ReturnsNullWhenAuthenticationTimesOut) {
@@ -186,7 +187,7 @@ TEST_F(PeerConnectionTest, ReturnsNullForAnEndlessLine) {
   });
   const auto before = steady_clock::now();
   EXPECT_EQ(open(address_), nullptr);
-  EXPECT_LT(steady_clock::now() - before, patience);
+  EXPECT_LT(steady_clock::now() - before, serverTimeout);
 }
 
 TEST_F(PeerConnectionTest, IsClosedWithTheOtherEnd) {
@@ -196,8 +197,8 @@ TEST_F(PeerConnectionTest, IsClosedWithTheOtherEnd) {
   });
   call();
   call();
-  peer_->flush(patience);
-  EXPECT_TRUE(endsWithin(patience));
+  peer_->flush(serverTimeout);
+  EXPECT_TRUE(endsWithin(serverTimeout));
   EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_CLOSED, G_IO_ERROR_CLOSED));
 }
 
@@ -208,8 +209,8 @@ TEST_F(PeerConnectionTest, IsClosedByAnythingButAMessage) {
     Listener::readUntil(socket, "never");
   });
   call();
-  peer_->flush(patience);
-  EXPECT_TRUE(endsWithin(patience));
+  peer_->flush(serverTimeout);
+  EXPECT_TRUE(endsWithin(serverTimeout));
   EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_CLOSED));
 }
 
@@ -250,9 +251,9 @@ TEST_F(PeerConnectionTest, IgnoresRepliesToUnknownCalls) {
         g_main_context_iteration(context_, FALSE);
         return !errors_.empty();
       },
-      patience));
-  peer_->flush(patience);
-  EXPECT_TRUE(endsWithin(patience));
+      serverTimeout));
+  peer_->flush(serverTimeout);
+  EXPECT_TRUE(endsWithin(serverTimeout));
   EXPECT_THAT(errors_, ElementsAre(-1));
 }
 
@@ -262,7 +263,7 @@ TEST_F(PeerConnectionTest, AbandonsCallsWithoutAReply) {
     Listener::readUntil(socket, "never");
   });
   call();
-  peer_->flush(patience);
+  peer_->flush(serverTimeout);
   peer_->abandon(milliseconds{60'000});
   EXPECT_THAT(errors_, ElementsAre());
   std::this_thread::sleep_for(milliseconds{2});

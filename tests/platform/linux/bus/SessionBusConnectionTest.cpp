@@ -19,7 +19,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using rehearsal::letPass;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using rehearsal::waitUntil;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -40,10 +40,10 @@ class SessionBusConnectionTest : public testing::Test {
   }
   void connect() {
     bus_->connect();
-    waitUntil([this] { return bus_->isConnected(); }, patience, "the connection");
+    waitUntil([this] { return bus_->isConnected(); }, serverTimeout, "the connection");
   }
 
-  static BusCall getId(std::chrono::milliseconds timeout = patience) {
+  static BusCall getId(std::chrono::milliseconds timeout = serverTimeout) {
     return {{"org.freedesktop.DBus", "/org/freedesktop/DBus"},
             "org.freedesktop.DBus",
             "GetId",
@@ -54,7 +54,7 @@ class SessionBusConnectionTest : public testing::Test {
   BusReply call(BusCall call) {
     std::optional<BusReply> reply;
     bus_->call(std::move(call), [&](BusReply given) { reply = std::move(given); });
-    waitUntil([&] { return reply.has_value(); }, patience, "the reply");
+    waitUntil([&] { return reply.has_value(); }, serverTimeout, "the reply");
     return std::move(*reply);
   }
 
@@ -72,7 +72,7 @@ TEST_F(SessionBusConnectionTest, SharesTheConnectionOfTheProcess) {
   const auto observedToo = second.observe([&](GDBusConnection* connection) { other = connection; },
                                           [](const std::string&) {});
   second.connect();
-  waitUntil([&] { return other != nullptr; }, patience, "the second connection");
+  waitUntil([&] { return other != nullptr; }, serverTimeout, "the second connection");
   const ConnectionPointer shared(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
   EXPECT_THAT(connections_, ElementsAre(shared.get()));
   EXPECT_EQ(other, shared.get());
@@ -86,7 +86,7 @@ TEST_F(SessionBusConnectionTest, ObserversLearnOfTheConnectionAndOfItsEnd) {
   const auto late = observe();
   EXPECT_THAT(connections_, SizeIs(2));
   session_.bus().kill();
-  waitUntil([this] { return reasons_.size() == 2; }, patience, "the end");
+  waitUntil([this] { return reasons_.size() == 2; }, serverTimeout, "the end");
   EXPECT_FALSE(bus_->isConnected());
 }
 
@@ -104,7 +104,7 @@ TEST_F(SessionBusConnectionTest, ConnectsAgainWhileGLibStillHoldsTheClosedConnec
   // GLib makes the shared connection end the process again each time it is asked for.
   g_dbus_connection_set_exit_on_close(held.get(), FALSE);
   session_.bus().kill();
-  waitUntil([this] { return !bus_->isConnected(); }, patience, "the end");
+  waitUntil([this] { return !bus_->isConnected(); }, serverTimeout, "the end");
   const rehearsal::Session next;
   setenv("DBUS_SESSION_BUS_ADDRESS", next.busAddress().c_str(), 1);
   // One that has not failed to connect a moment ago.

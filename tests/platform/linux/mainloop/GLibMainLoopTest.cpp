@@ -24,14 +24,14 @@ namespace {
 using namespace std::chrono_literals;
 using rehearsal::holdsWithin;
 using rehearsal::letPass;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using std::chrono::milliseconds;
 
 class GLibMainLoopTest : public testing::Test {
  protected:
   /// Runs the loop until `predicate` holds.
   void runUntil(const std::function<bool()>& predicate) {
-    EXPECT_TRUE(holdsWithin(predicate, patience));
+    EXPECT_TRUE(holdsWithin(predicate, serverTimeout));
   }
 
   GLibMainLoop loop_;
@@ -251,7 +251,7 @@ TEST_F(GLibMainLoopTest, UtilityBlocksRunInParallelOnBackgroundThreads) {
   const auto meet = [&](std::promise<void>& mine, std::promise<void>& other) {
     EXPECT_FALSE(loop_.isMainThread());
     mine.set_value();
-    if (other.get_future().wait_for(patience) == std::future_status::ready) ++met;
+    if (other.get_future().wait_for(serverTimeout) == std::future_status::ready) ++met;
   };
   loop_.utilityAsync([&] { meet(first, second); });
   loop_.utilityAsync([&] { meet(second, first); });

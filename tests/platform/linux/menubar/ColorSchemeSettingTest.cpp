@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using rehearsal::letPass;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -81,7 +81,7 @@ class ColorSchemeSettingTest : public PanelFixture {
           g_variant_unref(bytes);
           return same;
         },
-        patience);
+        serverTimeout);
   }
 };
 

@@ -150,7 +150,7 @@ TEST_F(DBusMenuTest, ClickRunsTheActionAfterThePanelHasItsReply) {
     const rehearsal::BusConnection bus(session_.busAddress());
     bus.call(name_, "/MenuBar", menu, "Event", g_variant_new_parsed("(1, 'clicked', <''>, @u 0)"));
   });
-  rehearsal::waitUntil([&] { return ran; }, rehearsal::patience, "the action");
+  rehearsal::waitUntil([&] { return ran; }, rehearsal::serverTimeout, "the action");
   EXPECT_TRUE(answered);
 }
 
@@ -168,7 +168,7 @@ TEST_F(DBusMenuTest, OnlyClicksOnEnabledRowsHaveAnEffect) {
   client_->takeSignals();
   EXPECT_EQ(runs, 0);
   click(4);
-  rehearsal::waitUntil([&] { return runs == 1; }, rehearsal::patience, "the action");
+  rehearsal::waitUntil([&] { return runs == 1; }, rehearsal::serverTimeout, "the action");
 }
 
 TEST_F(DBusMenuTest, GroupOfClicksRunsTheActionsInOrder) {
@@ -176,7 +176,7 @@ TEST_F(DBusMenuTest, GroupOfClicksRunsTheActionsInOrder) {
   show({button("one", [&] { order.push_back(1); }), button("two", [&] { order.push_back(2); })});
   ofMenu("EventGroup", g_variant_new_parsed("([(2, 'clicked', <0>, @u 0), (99, 'clicked', <0>, @u "
                                             "0), (1, 'clicked', <0>, @u 0)],)"));
-  rehearsal::waitUntil([&] { return order.size() == 2; }, rehearsal::patience, "both actions");
+  rehearsal::waitUntil([&] { return order.size() == 2; }, rehearsal::serverTimeout, "both actions");
   EXPECT_THAT(order, ElementsAre(2, 1));
 }
 
@@ -188,7 +188,7 @@ TEST_F(DBusMenuTest, ClickOnARemovedRowReachesNoOther) {
   show({button("Grant", [&] { ++granted; }), button("Quit", [&] { ++quit; })});
   EXPECT_EQ(click(1).error, invalidArguments);
   click(2);
-  rehearsal::waitUntil([&] { return quit == 1; }, rehearsal::patience, "the action");
+  rehearsal::waitUntil([&] { return quit == 1; }, rehearsal::serverTimeout, "the action");
   EXPECT_EQ(granted, 0);
 }
 
@@ -197,7 +197,7 @@ TEST_F(DBusMenuTest, ClickRunsTheActionOfTheCurrentRow) {
   show({button("Press", [&] { ran = "old"; })});
   show({button("Press", [&] { ran = "new"; })});
   click(1);
-  rehearsal::waitUntil([&] { return !ran.empty(); }, rehearsal::patience, "the action");
+  rehearsal::waitUntil([&] { return !ran.empty(); }, rehearsal::serverTimeout, "the action");
   EXPECT_EQ(ran, "new");
 }
 
@@ -208,12 +208,12 @@ TEST_F(DBusMenuTest, ActionMayChangeTheRowsOrDestroyTheMenuBar) {
           ran = true;
         })});
   click(2);
-  rehearsal::waitUntil([&] { return ran; }, rehearsal::patience, "the end");
+  rehearsal::waitUntil([&] { return ran; }, rehearsal::serverTimeout, "the end");
   start();
   show({button("Change", [&] { menuBar_->setRows({text("changed")}); })});
   click(1);
   rehearsal::waitUntil([&] { return propertiesOf(2).find("changed") != std::string::npos; },
-                       rehearsal::patience, "the change");
+                       rehearsal::serverTimeout, "the change");
 }
 
 TEST_F(DBusMenuTest, UnchangedRowsSendNoSignal) {
@@ -256,7 +256,7 @@ TEST_F(DBusMenuTest, ToggleThatDoesNotChangeSendsItsMarkAgain) {
   bool ran = false;
   show({toggle(false, [&] { ran = true; })});
   click(1);
-  rehearsal::waitUntil([&] { return ran; }, rehearsal::patience, "the action");
+  rehearsal::waitUntil([&] { return ran; }, rehearsal::serverTimeout, "the action");
   EXPECT_THAT(client_->takeSignals(), ElementsAre(HasSubstr("'toggle-state': <0>")));
 }
 

@@ -21,7 +21,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using rehearsal::holdsWithin;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using rehearsal::Session;
 using rehearsal::waitUntil;
 
@@ -62,7 +62,7 @@ class StatusNotifierItemLxqtTest : public testing::Test {
   std::string run(const std::string& command) {
     const std::string log = "command-" + std::to_string(++runs_) + ".log";
     const auto process = session_.start(log, {"sh", "-c", command});
-    waitUntil([&] { return !process->isRunning(); }, patience, command);
+    waitUntil([&] { return !process->isRunning(); }, serverTimeout, command);
     std::ifstream file(session_.folder() / log);
     return {std::istreambuf_iterator<char>(file), {}};
   }
@@ -99,7 +99,7 @@ class StatusNotifierItemLxqtTest : public testing::Test {
 };
 
 TEST_F(StatusNotifierItemLxqtTest, LeftClickOpensTheMenu) {
-  waitUntil([this] { return !windows().empty(); }, patience, "LXQt's panel");
+  waitUntil([this] { return !windows().empty(); }, serverTimeout, "LXQt's panel");
   EXPECT_FALSE(menu());
   waitUntil(
       [this] {
@@ -107,12 +107,12 @@ TEST_F(StatusNotifierItemLxqtTest, LeftClickOpensTheMenu) {
         run("xdotool mousemove 1264 784 click 1");
         return holdsWithin([this] { return menu().has_value(); }, 2s);
       },
-      patience, "the menu to open");
+      serverTimeout, "the menu to open");
   const Area area = *menu();
   // On the last row.
   run("xdotool mousemove " + std::to_string(area.x + area.width / 2) + " " +
       std::to_string(area.y + area.height - 12) + " click 1");
-  EXPECT_TRUE(holdsWithin([this] { return isChosen_; }, patience));
+  EXPECT_TRUE(holdsWithin([this] { return isChosen_; }, serverTimeout));
 }
 
 }  // namespace

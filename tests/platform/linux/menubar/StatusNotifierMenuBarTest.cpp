@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using rehearsal::letPass;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using rehearsal::waitUntil;
 using testing::AllOf;
 using testing::ElementsAre;
@@ -34,7 +34,7 @@ class StatusNotifierMenuBarTest : public PanelFixture {
     menuBar_->setRows({{.kind = MenuRow::Kind::text, .text = "Not on a call"}});
   }
   void waitForLog() {
-    waitUntil([&] { return !log_.lines.empty(); }, patience, "a line in the log");
+    waitUntil([&] { return !log_.lines.empty(); }, serverTimeout, "a line in the log");
   }
 };
 
@@ -143,7 +143,7 @@ TEST_F(StatusNotifierMenuBarTest, LogsABusThatExitsAndFindsTheNextOne) {
         menuBar_->setRows({});
         return !watcher_->items().empty();
       },
-      patience, "the item to register again");
+      serverTimeout, "the item to register again");
   EXPECT_THAT(log_.lines, SizeIs(1));
 }
 
@@ -151,13 +151,13 @@ TEST_F(StatusNotifierMenuBarTest, FrozenBusBlocksNothing) {
   session_.bus().freeze();
   const auto begin = Clock::now();
   startMenuBar(100ms);
-  EXPECT_LT(Clock::now() - begin, patience);
+  EXPECT_LT(Clock::now() - begin, serverTimeout);
   waitForLog();
   EXPECT_THAT(log_.lines, ElementsAre(HasSubstr("does not reply")));
   const auto end = Clock::now();
   menuBar_.reset();
   sessionBus_.reset();
-  EXPECT_LT(Clock::now() - end, patience);
+  EXPECT_LT(Clock::now() - end, serverTimeout);
   session_.bus().thaw();
 }
 

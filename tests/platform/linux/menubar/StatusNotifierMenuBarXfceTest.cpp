@@ -22,7 +22,7 @@ namespace {
 using rehearsal::holdsWithin;
 using rehearsal::letPass;
 using rehearsal::Panel;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using rehearsal::Session;
 using rehearsal::waitUntil;
 using std::chrono::milliseconds;
@@ -72,7 +72,7 @@ class StatusNotifierMenuBarXfceTest : public testing::Test {
     menuBar_.reset();
     // The panel removes the item when its connection is closed.
     sessionBus_.reset();
-    holdsWithin([] { return panel_->items().empty(); }, patience);
+    holdsWithin([] { return panel_->items().empty(); }, serverTimeout);
   }
 
   void show(const State& state) {
@@ -128,7 +128,7 @@ class StatusNotifierMenuBarXfceTest : public testing::Test {
           panel_->picture(where(), file);
           return isAsAwaited(Picture(file));
         },
-        patience, "the picture " + name);
+        serverTimeout, "the picture " + name);
   }
 
   static inline std::unique_ptr<Session> session_;
@@ -215,7 +215,7 @@ TEST_F(StatusNotifierMenuBarXfceTest, RowsAddedWhileTheMenuIsOpenCanBeClickedLat
   // The toolkit scrolls an open menu instead of enlarging it, so it is higher only now.
   EXPECT_GT(panel_->openMenu().height, before.height + 40);
   panel_->chooseRow("Grant Accessibility…");
-  waitUntil([&] { return chosen_ == "grant"; }, patience, "the click");
+  waitUntil([&] { return chosen_ == "grant"; }, serverTimeout, "the click");
 }
 
 TEST_F(StatusNotifierMenuBarXfceTest, ClicksReachTheRowsUnderThePointer) {
@@ -226,7 +226,7 @@ TEST_F(StatusNotifierMenuBarXfceTest, ClicksReachTheRowsUnderThePointer) {
                                                         {"Quit Hushbox", "quit"}}) {
     panel_->openMenu();
     panel_->chooseRow(row);
-    waitUntil([&, expected = action] { return chosen_ == expected; }, patience, row);
+    waitUntil([&, expected = action] { return chosen_ == expected; }, serverTimeout, row);
   }
 }
 
@@ -259,7 +259,7 @@ TEST_F(StatusNotifierMenuBarXfceTest, ToggleShowsAndRemovesItsMarkWhileTheMenuIs
   waitForPicture("switch-off", menu, [&](const Picture& picture) { return marks(picture) == off; });
   // The panel sets the mark itself; the toggle stays off, so the program must take it back.
   panel_->chooseRow("Launch at login");
-  waitUntil([&] { return chosen_ == "launch"; }, patience, "the click");
+  waitUntil([&] { return chosen_ == "launch"; }, serverTimeout, "the click");
   panel_->openMenu();
   panel_->movePointerAway();
   waitForPicture("switch-refused", menu,
@@ -273,7 +273,7 @@ TEST_F(StatusNotifierMenuBarXfceTest, ItemAppearsInTheNextPanelAfterACrash) {
   panel_->waitForItem();
   panel_->openMenu();
   panel_->chooseRow("Quit Hushbox");
-  waitUntil([&] { return chosen_ == "quit"; }, patience, "the click");
+  waitUntil([&] { return chosen_ == "quit"; }, serverTimeout, "the click");
 }
 
 TEST_F(StatusNotifierMenuBarXfceTest, FrozenPanelBlocksNothing) {
@@ -283,7 +283,7 @@ TEST_F(StatusNotifierMenuBarXfceTest, FrozenPanelBlocksNothing) {
     show(states[static_cast<std::size_t>(i) % states.size()]);
     showRows("Call " + std::to_string(i));
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, patience);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, serverTimeout);
   panel_->thaw();
 }
 

@@ -25,7 +25,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using rehearsal::holdsWithin;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 
 constexpr const char* powerTool = "/usr/bin/pmset";
 
@@ -37,7 +37,7 @@ class SpawnedChildProcessFactoryTest : public testing::Test {
     std::filesystem::permissions(standIn_, std::filesystem::perms::owner_all);
   }
 
-  ChildProcessRules rules(std::chrono::milliseconds timeout = patience) const {
+  ChildProcessRules rules(std::chrono::milliseconds timeout = serverTimeout) const {
     ChildProcessRules rules;
     rules.standIns[powerTool] = standIn_;
     rules.timeout = timeout;
@@ -143,7 +143,7 @@ TEST_F(SpawnedChildProcessFactoryTest, KillsTheChildrenOfAChildThatHangs) {
   script("sleep 60 & echo $! >" + notePath("pid") + "; wait");
   SpawnedChildProcessFactory processes{rules(1s)};
   EXPECT_EQ(read(processes), "");
-  EXPECT_TRUE(holdsWithin([&] { return noted("pid") && isGone(noted("pid")); }, patience));
+  EXPECT_TRUE(holdsWithin([&] { return noted("pid") && isGone(noted("pid")); }, serverTimeout));
 }
 
 TEST_F(SpawnedChildProcessFactoryTest, KillsAChildThatFloodsAndDiscardsItsOutput) {
@@ -175,7 +175,7 @@ TEST_F(SpawnedChildProcessFactoryTest, KillsAChildThatIsDestroyedUnread) {
   auto process = processes.make();
   process->setExecutablePath(powerTool);
   ASSERT_TRUE(process->launch());
-  ASSERT_TRUE(holdsWithin([&] { return noted("pid") != 0; }, patience));
+  ASSERT_TRUE(holdsWithin([&] { return noted("pid") != 0; }, serverTimeout));
   process = nullptr;
   EXPECT_TRUE(isGone(noted("pid")));
 }
@@ -184,7 +184,7 @@ TEST_F(SpawnedChildProcessFactoryTest, EndAllStopsWaitingAndPreventsLaunches) {
   script("echo $$ >" + notePath("pid") + "; exec sleep 60");
   SpawnedChildProcessFactory processes{rules()};
   auto reading = std::async(std::launch::async, [&] { return read(processes); });
-  ASSERT_TRUE(holdsWithin([&] { return noted("pid") != 0; }, patience));
+  ASSERT_TRUE(holdsWithin([&] { return noted("pid") != 0; }, serverTimeout));
   processes.endAll();
   EXPECT_EQ(reading.get(), "");
   EXPECT_TRUE(isGone(noted("pid")));

@@ -122,7 +122,7 @@ TEST_F(AutostartLoginItemTest, EntryStartsAProgramOfAnyName) {
           std::getline(std::ifstream(note) >> std::ws, called, '\0');
           return called == program.string() + "|0";
         },
-        rehearsal::patience))
+        rehearsal::serverTimeout))
         << called << '\n'
         << entry();
   }

@@ -61,7 +61,7 @@ class DesktopNotificationsTest : public testing::Test {
   }
 
   static void wait(const std::shared_ptr<Answer>& answer) {
-    waitUntil([&] { return answer->calls > 0; }, rehearsal::patience, "the completion");
+    waitUntil([&] { return answer->calls > 0; }, rehearsal::serverTimeout, "the completion");
     EXPECT_EQ(answer->calls, 1);
   }
 
@@ -149,7 +149,7 @@ TEST_F(DesktopNotificationsTest, DaemonThatDoesNotReplyBlocksNothing) {
   const auto start = std::chrono::steady_clock::now();
   const auto answer = post("Low", "Plug it in.");
   EXPECT_LT(std::chrono::steady_clock::now() - start, 1s);
-  waitUntil([&] { return daemon->calls() > 0; }, rehearsal::patience, "the call");
+  waitUntil([&] { return daemon->calls() > 0; }, rehearsal::serverTimeout, "the call");
   EXPECT_EQ(answer->calls, 0);
   daemon.reset();
   wait(answer);
@@ -171,7 +171,7 @@ TEST_F(DesktopNotificationsTest, DaemonThatDoesNotReplyTimesOut) {
 TEST_F(DesktopNotificationsTest, DestructorDropsCompletionsOfPendingCalls) {
   const rehearsal::SilentNotificationDaemon daemon(session_.busAddress());
   const auto called = post("Low", "Plug it in.");
-  waitUntil([&] { return daemon.calls() > 0; }, rehearsal::patience, "the call");
+  waitUntil([&] { return daemon.calls() > 0; }, rehearsal::serverTimeout, "the call");
   const auto posted = post("Low", "Plug it in.");
   notifications_.reset();
   letPass(200ms);
@@ -200,7 +200,7 @@ TEST_F(DesktopNotificationsTest, ReportsAnErrorWithoutASessionBus) {
 TEST_F(DesktopNotificationsTest, ReportsAnErrorWhenTheBusExits) {
   auto daemon = std::make_unique<rehearsal::SilentNotificationDaemon>(session_.busAddress());
   const auto first = ask();
-  waitUntil([&] { return daemon->calls() > 0; }, rehearsal::patience, "the call");
+  waitUntil([&] { return daemon->calls() > 0; }, rehearsal::serverTimeout, "the call");
   session_.bus().kill();
   wait(first);
   EXPECT_TRUE(first->error);
@@ -225,7 +225,7 @@ TEST_F(DesktopNotificationsTest, CallableOnAnyThreadAndCompletesOnTheMainThread)
       }
     });
   }
-  waitUntil([&] { return completions == 40; }, rehearsal::patience, "all completions");
+  waitUntil([&] { return completions == 40; }, rehearsal::serverTimeout, "all completions");
 }
 
 TEST_F(DesktopNotificationsTest, CompletionsAreOptional) {

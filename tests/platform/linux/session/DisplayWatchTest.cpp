@@ -18,7 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using rehearsal::letPass;
-using rehearsal::patience;
+using rehearsal::serverTimeout;
 using rehearsal::Session;
 using rehearsal::waitUntil;
 
@@ -28,7 +28,7 @@ class DisplayWatchTest : public testing::Test {
     watch_ = std::make_unique<DisplayWatch>([this] { ++closed_; });
   }
   void waitUntilClosed() {
-    waitUntil([this] { return closed_ > 0; }, patience, "the display's end to be noticed");
+    waitUntil([this] { return closed_ > 0; }, serverTimeout, "the display's end to be noticed");
   }
 
   int closed_ = 0;

@@ -210,7 +210,7 @@ TEST(JournalLogInTheJournal, RecordsAreFoundByTheirFields) {
         lines = journal->read({"--output=json"});
         return lines.size() == 2;
       },
-      rehearsal::patience, "both records");
+      rehearsal::serverTimeout, "both records");
   const auto first = nlohmann::json::parse(lines[0]);
   EXPECT_EQ(first["MESSAGE"], "Pressed Teams mic button 'Mute\\n' → 0");
   EXPECT_EQ(first["PRIORITY"], "6");
