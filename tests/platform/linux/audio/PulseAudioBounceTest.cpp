@@ -28,10 +28,20 @@ class RestoringProgram {
  public:
   RestoringProgram(const std::string& address, Milliseconds delay)
       : delay_(delay), client_(address, "Meeting") {
-    const AudioClient::Lock lock(client_);
-    pa_context_set_subscribe_callback(client_.context(), &onEvent, this);
-    pa_operation_unref(
-        pa_context_subscribe(client_.context(), PA_SUBSCRIPTION_MASK_SOURCE, nullptr, nullptr));
+    {
+      const AudioClient::Lock lock(client_);
+      pa_context_set_subscribe_callback(client_.context(), &onEvent, this);
+      pa_operation_unref(pa_context_subscribe(
+          client_.context(), PA_SUBSCRIPTION_MASK_SOURCE,
+          [](pa_context*, int, void* subscribed) {
+            *static_cast<std::atomic<bool>*>(subscribed) = true;
+            rehearsal::wakeWaiters();
+          },
+          &isSubscribed_));
+    }
+    // A drop on another connection may be handled before the subscription.
+    rehearsal::waitUntil([this] { return isSubscribed_.load(); }, rehearsal::serverTimeout,
+                         "the subscription of the restoring program");
   }
 
   int restored() const { return restored_; }
@@ -58,6 +68,7 @@ class RestoringProgram {
   }
 
   const Milliseconds delay_;
+  std::atomic<bool> isSubscribed_ = false;
   std::atomic<int> restored_ = 0;
   AudioClient client_;
 };
@@ -116,12 +127,16 @@ TEST_P(PulseAudioBounceTest, SeesDropsThatAreRestoredAtOnce) {
 }
 
 TEST_P(PulseAudioBounceTest, SeesDropsWhileTheLoopIsBusy) {
-  drop(0, Milliseconds{0});
   const RestoringProgram program(address(), Milliseconds{5});
   AudioClient button(address(), "Button");
   for (int done = 0; done < 10; ++done) {
     button.setVolume(AudioServer::speakerphoneSource, 0.0);
-    std::this_thread::sleep_for(Milliseconds{50});
+    // The main context does not run meanwhile.
+    const auto deadline = std::chrono::steady_clock::now() + rehearsal::serverTimeout;
+    while (program.restored() <= done && std::chrono::steady_clock::now() < deadline) {
+      std::this_thread::sleep_for(Milliseconds{1});
+    }
+    std::this_thread::sleep_for(Milliseconds{20});
   }
   EXPECT_THAT(volumes_, IsEmpty());
   eventually([&] { return seenReturns() == 10; });
