@@ -1,5 +1,9 @@
 #include "app/LuchadorArt.h"
 
+#include <string>
+
+#include "support/BundleIdentifier.h"
+
 namespace hushbox {
 namespace {
 
@@ -87,6 +91,10 @@ Image LuchadorArt::menuBarImage(bool muted, bool connected, std::optional<Color>
   image.height = 18;
   image.flipped = true;
   image.isTemplate = !tint;
+  if (image.isTemplate) {
+    image.name = std::string(bundleIdentifier) + (muted ? "-muted" : "") +
+                 (connected ? "" : "-disconnected");
+  }
   image.draw = [muted, connected, color = tint.value_or(Color::black)](Canvas* canvas) {
     if (!canvas) return false;
     canvas->scale(scale, scale);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <utility>
 
 #include "platform/Platform.h"
@@ -17,12 +18,14 @@ namespace hushbox {
 
 /// All Linux adapters, and the platform in scope for as long as this lives. Main thread only.
 struct LinuxPlatform {
-  /// `bus` and `log` must outlive this.
-  LinuxPlatform(SessionBusConnection& bus, UnifiedLog& log, ChildProcessRules rules = {})
+  /// `bus` and `log` must outlive this. `iconFolder` is the folder of icon themes with the symbolic
+  /// icons.
+  LinuxPlatform(SessionBusConnection& bus, UnifiedLog& log, ChildProcessRules rules = {},
+                const std::filesystem::path& iconFolder = {})
       : accessibility([this] { notifications.add(browserRestartNotice(), nullptr); }),
         childProcesses(std::move(rules)),
         notifications(mainLoop, bus),
-        menuBar(bus, log),
+        menuBar(bus, log, StatusNotifierMenuBar::panelTimeout, iconFolder),
         locale(bus),
         scope({mainLoop, audio, accessibility, accessibility.workspace(), childProcesses,
                notifications, loginItem, menuBar, log, locale}) {

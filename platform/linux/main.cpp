@@ -15,15 +15,25 @@
 namespace hushbox {
 namespace {
 
-/// The program that prints the power report on Linux. It is found relative to this executable, so
-/// that an installation works wherever it is moved: first as installed, then as it lies in the
-/// build folder.
-std::string powerReport() {
+/// A file or folder that belongs to the program. It is found relative to this executable, so that
+/// an installation works wherever it is moved: first as installed, then as it lies in the build
+/// folder.
+std::filesystem::path partOfProgram(const char* installed, const char* built) {
   std::error_code error;
   const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  const auto installed = folder / HUSHBOX_LIBEXEC_FROM_BIN / "hushbox-power-report";
-  if (std::filesystem::exists(installed, error)) return installed.lexically_normal();
-  return folder / "power-report" / "hushbox-power-report";
+  const auto path = (folder / installed).lexically_normal();
+  return std::filesystem::exists(path, error) ? path : (folder / built).lexically_normal();
+}
+
+/// The program that prints the power report on Linux.
+std::string powerReport() {
+  return partOfProgram(HUSHBOX_LIBEXEC_FROM_BIN "/hushbox-power-report",
+                       "power-report/hushbox-power-report");
+}
+
+/// The folder of icon themes with the symbolic icons of the item.
+std::filesystem::path iconFolder() {
+  return partOfProgram(HUSHBOX_ICONS_FROM_BIN, HUSHBOX_BUILT_ICONS);
 }
 
 int run() {
@@ -34,7 +44,7 @@ int run() {
     return 0;
   }
   JournalLog log;
-  LinuxPlatform platform(bus, log, {.standIns = {{"/usr/bin/pmset", powerReport()}}});
+  LinuxPlatform platform(bus, log, {.standIns = {{"/usr/bin/pmset", powerReport()}}}, iconFolder());
   // Return the memory that only the start needed to the system.
   platform.mainLoop.mainAsyncAfter(std::chrono::seconds(10), WorkItem([] { malloc_trim(0); }));
   const DisplayWatch display([&] { platform.mainLoop.terminate(); });

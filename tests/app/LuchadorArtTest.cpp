@@ -45,6 +45,17 @@ TEST(LuchadorArtTest, IsATemplateOnlyWithoutATint) {
   EXPECT_FALSE(LuchadorArt::menuBarImage(false, true, Color::black).isTemplate);
 }
 
+TEST(LuchadorArtTest, TemplateHasANameForEachState) {
+  const auto name = [](bool muted, bool connected) {
+    return LuchadorArt::menuBarImage(muted, connected, std::nullopt).name;
+  };
+  EXPECT_EQ(name(false, true), "org.hushbox.Hushbox");
+  EXPECT_EQ(name(true, true), "org.hushbox.Hushbox-muted");
+  EXPECT_EQ(name(false, false), "org.hushbox.Hushbox-disconnected");
+  EXPECT_EQ(name(true, false), "org.hushbox.Hushbox-muted-disconnected");
+  EXPECT_EQ(LuchadorArt::menuBarImage(true, true, Color::systemRed).name, "");
+}
+
 TEST(LuchadorArtTest, MaskHasFourHolesByTheEvenOddRule) {
   EXPECT_THAT(drawn(LuchadorArt::menuBarImage(false, true, std::nullopt)),
               ElementsAre("scale 0.18 0.18", "fill color black", mask));

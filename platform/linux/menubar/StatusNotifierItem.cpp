@@ -1,6 +1,6 @@
 #include "platform/linux/menubar/StatusNotifierItem.h"
 
-#include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/menubar/DBusMenu.h"
@@ -42,10 +42,12 @@ const GDBusInterfaceVTable StatusNotifierItem::vtable{
     {}};
 
 StatusNotifierItem::StatusNotifierItem(SessionBusConnection& bus,
-                                       std::function<void(const std::string&)> refused)
+                                       std::function<void(const std::string&)> refused,
+                                       std::filesystem::path iconFolder)
     : bus_(bus),
       refused_(std::move(refused)),
-      node_(g_dbus_node_info_new_for_xml(statusNotifierItemIntrospection, nullptr)) {}
+      node_(g_dbus_node_info_new_for_xml(statusNotifierItemIntrospection, nullptr)),
+      iconFolder_(std::move(iconFolder)) {}
 
 StatusNotifierItem::~StatusNotifierItem() {
   withdraw();
@@ -67,17 +69,28 @@ void StatusNotifierItem::withdraw() {
 void StatusNotifierItem::setIcon(const Image& icon, const std::string& description) {
   const bool isFirst = !icon_;
   icon_ = icon;
+  const std::string name = nameOf(icon);
+  const bool hasNewName = std::exchange(iconName_, name) != name;
   const bool hasNewPixels = render();
   const bool hasNewWords = std::exchange(description_, description) != description;
   if (!object_) return;
   if (isFirst) return watchForWatcher();
-  if (hasNewPixels) object_->emit("NewIcon");
+  if (hasNewName || hasNewPixels) object_->emit("NewIcon");
   if (hasNewWords) object_->emit("NewToolTip");
 }
 
 void StatusNotifierItem::setPanelTone(PanelTone tone) {
   if (std::exchange(tone_, tone) == tone || !icon_) return;
   if (render() && object_) object_->emit("NewIcon");
+}
+
+std::string StatusNotifierItem::nameOf(const Image& image) const {
+  if (!image.isTemplate || image.name.empty() || iconFolder_.empty()) return {};
+  const std::string name = image.name + "-symbolic";
+  std::error_code error;
+  // An uninstalled program may still run.
+  const auto file = iconFolder_ / "hicolor/symbolic/apps" / (name + ".svg");
+  return std::filesystem::exists(file, error) ? name : std::string();
 }
 
 bool StatusNotifierItem::render() {
@@ -94,6 +107,8 @@ GVariant* StatusNotifierItem::property(const std::string& name) const {
   if (name == "Title") return g_variant_new_string(title);
   if (name == "Status") return g_variant_new_string("Active");
   if (name == "WindowId") return g_variant_new_int32(0);
+  if (name == "IconName") return g_variant_new_string(iconName_.c_str());
+  if (name == "IconThemePath") return g_variant_new_string(iconFolder_.c_str());
   if (name == "IconPixmap") return pixmaps();
   if (name == "IconAccessibleDesc") return g_variant_new_string(panelText(description_).c_str());
   if (name == "ToolTip") return toolTip();

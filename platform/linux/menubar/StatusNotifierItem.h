@@ -2,6 +2,7 @@
 
 #include <gio/gio.h>
 
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -21,6 +22,10 @@ namespace hushbox {
 /// several sizes, the state in words as tool tip and accessible description, and the path of its
 /// menu. Main thread only.
 ///
+/// A template icon is shown by name (`IconName`) if a symbolic icon of that name is installed:
+/// panels recolour symbolic icons like those beside them. Pixels are sent as well, for panels that
+/// don't find the name, and instead for icons with a colour of their own.
+///
 /// Once it has an icon, the item registers with the watcher (`org.kde.StatusNotifierWatcher`), and
 /// again each time that a watcher appears.
 ///
@@ -33,8 +38,11 @@ class StatusNotifierItem {
   static constexpr const char* path = "/StatusNotifierItem";
 
   /// Calls `refused` with the reason when a watcher refuses the item. `bus` must outlive this.
+  /// `iconFolder` is the folder of icon themes whose hicolor theme has the symbolic icons; if it is
+  /// empty, only pixels are sent.
   StatusNotifierItem(SessionBusConnection& bus,
-                     std::function<void(const std::string& reason)> refused);
+                     std::function<void(const std::string& reason)> refused,
+                     std::filesystem::path iconFolder);
   ~StatusNotifierItem();
   StatusNotifierItem(const StatusNotifierItem&) = delete;
   StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
@@ -47,7 +55,7 @@ class StatusNotifierItem {
   /// Whether the present watcher has accepted the item.
   bool isRegistered() const { return registered_; }
 
-  /// Sends the panel a signal only for what has changed: the pixels, the words, or both.
+  /// Sends the panel a signal only for what has changed: the icon, the words, or both.
   void setIcon(const Image& icon, const std::string& description);
 
   /// Recolours a template icon; see IconPixmap. The tone is unknown until this is called.
@@ -59,6 +67,8 @@ class StatusNotifierItem {
   GVariant* property(const std::string& name) const;
   GVariant* pixmaps() const;
   GVariant* toolTip() const;
+  /// The name of the symbolic icon that shows `image`; empty if none is installed.
+  std::string nameOf(const Image& image) const;
   /// Renders the icon in all sizes; returns whether any pixel has changed.
   bool render();
   /// Takes over the invocation.
@@ -75,7 +85,9 @@ class StatusNotifierItem {
   /// The unique name of the present watcher; empty for none.
   std::string watcher_;
   bool registered_ = false;
+  const std::filesystem::path iconFolder_;
   std::optional<Image> icon_;
+  std::string iconName_;
   std::vector<IconPixmap> pixmaps_;
   std::string description_;
   PanelTone tone_ = PanelTone::unknown;

@@ -9,7 +9,8 @@
 namespace hushbox {
 
 StatusNotifierMenuBar::StatusNotifierMenuBar(SessionBusConnection& bus, UnifiedLog& log,
-                                             std::chrono::milliseconds timeout)
+                                             std::chrono::milliseconds timeout,
+                                             const std::filesystem::path& iconFolder)
     : bus_(bus),
       log_(log),
       panelTimer_(g_timeout_add(
@@ -19,10 +20,12 @@ StatusNotifierMenuBar::StatusNotifierMenuBar(SessionBusConnection& bus, UnifiedL
             return G_SOURCE_REMOVE;
           },
           this)),
-      item_(bus,
-            [this](const std::string& reason) {
-              reportAbsence("The panel does not take the item (" + reason + ")");
-            }),
+      item_(
+          bus,
+          [this](const std::string& reason) {
+            reportAbsence("The panel does not take the item (" + reason + ")");
+          },
+          iconFolder),
       busSubscription_(bus.observe([this](GDBusConnection* connection) { connected(connection); },
                                    [this](const std::string& reason) { lost(reason); })) {
   guessPanel(ColorScheme::noPreference);

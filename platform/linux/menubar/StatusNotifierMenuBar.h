@@ -3,6 +3,7 @@
 #include <gio/gio.h>
 
 #include <chrono>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,9 +29,11 @@ class StatusNotifierMenuBar final : public MenuBar {
   /// is none.
   static constexpr std::chrono::milliseconds panelTimeout{10'000};
 
-  /// `bus` and `log` must outlive this.
+  /// `bus` and `log` must outlive this. `iconFolder` has the symbolic icons; see
+  /// StatusNotifierItem.
   StatusNotifierMenuBar(SessionBusConnection& bus, UnifiedLog& log,
-                        std::chrono::milliseconds timeout = panelTimeout);
+                        std::chrono::milliseconds timeout = panelTimeout,
+                        const std::filesystem::path& iconFolder = {});
   ~StatusNotifierMenuBar() override;
 
   void setIcon(const Image& icon, const std::string& description) override;

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -17,11 +18,12 @@ namespace {
 
 constexpr const char* group = G_KEY_FILE_DESKTOP_GROUP;
 constexpr const char* enabledByDesktop = "X-GNOME-Autostart-enabled";
+constexpr const char* envProgram = "/usr/bin/env";
 
 /// A command line of this program alone, quoted as the key "Exec" requires.
 std::string commandLine(const std::string& program) {
   // GLib looks up the first word before it turns the doubled percent sign into one.
-  std::string quoted = program.find('%') == program.npos ? "\"" : "/usr/bin/env \"";
+  std::string quoted = program.find('%') == program.npos ? "\"" : std::string(envProgram) + " \"";
   for (const char c : program) {
     if (std::string_view("\"`$\\").find(c) != std::string_view::npos) quoted += '\\';
     if (c == '%') quoted += '%';
@@ -34,6 +36,27 @@ std::string commandLine(const std::string& program) {
 bool canBeNamed(const std::string& program) {
   return program.starts_with('/') && text::isValidUtf8(program) &&
          program.find_first_of(std::string_view("=\0", 2)) == program.npos;
+}
+
+/// The program that a command line starts; empty for a command line that cannot be read.
+std::string programOf(const char* commandLine) {
+  int count = 0;
+  char** words = nullptr;
+  if (!g_shell_parse_argv(commandLine, &count, &words, nullptr)) return {};
+  std::string program = count > 1 && std::string_view(words[0]) == envProgram ? words[1] : words[0];
+  g_strfreev(words);
+  for (std::size_t at = 0; (at = program.find("%%", at)) != program.npos; ++at)
+    program.erase(at, 1);
+  if (program.starts_with('/')) return program;
+  char* const found = g_find_program_in_path(program.c_str());
+  program = found ? found : "";
+  g_free(found);
+  return program;
+}
+
+bool areSameFile(const std::string& a, const std::string& b) {
+  std::error_code error;
+  return std::filesystem::equivalent(a, b, error);
 }
 
 /// The whole entry. GLib adds the second layer of escapes, that of key files.
@@ -80,7 +103,8 @@ LoginItem::Status AutostartLoginItem::status() {
   const std::unique_ptr<GDesktopAppInfo, void (*)(gpointer)> info(
       g_desktop_app_info_new_from_filename(file_.c_str()), g_object_unref);
   const char* const command = info ? g_app_info_get_commandline(G_APP_INFO(info.get())) : nullptr;
-  const bool starts = command && *command && !g_desktop_app_info_get_is_hidden(info.get()) &&
+  const bool starts = command && areSameFile(programOf(command), program_) &&
+                      !g_desktop_app_info_get_is_hidden(info.get()) &&
                       g_desktop_app_info_get_show_in(info.get(), nullptr) &&
                       (!g_desktop_app_info_has_key(info.get(), enabledByDesktop) ||
                        g_desktop_app_info_get_boolean(info.get(), enabledByDesktop));

@@ -11,7 +11,8 @@ namespace hushbox {
 /// file named after the bundle identifier. Main thread only.
 ///
 /// An entry that is switched off, meant for another desktop or unreadable, or whose program does
-/// not exist, starts nothing and counts as not registered.
+/// not exist, starts nothing and counts as not registered. So does an entry that starts another
+/// copy of the program, such as one in a build folder; registering replaces it.
 class AutostartLoginItem final : public LoginItem {
  public:
   /// `folder` holds the entries; `program` is the absolute path of the program to start.

@@ -2,10 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "platform/linux/menubar/IconPixmap.h"
+#include "rehearsal/ScratchFolder.h"
 #include "tests/platform/linux/fixtures/PanelFixture.h"
 
 namespace hushbox {
@@ -73,6 +76,26 @@ TEST_F(StatusNotifierItemTest, IconHasTheSizesOfPanels) {
     EXPECT_EQ(pixmap, IconPixmap::render(icon(), pixmap.size, PanelTone::unknown));
   }
   EXPECT_THAT(sizes, ElementsAre(16, 18, 22, 24, 32, 36, 44, 48, 64));
+}
+
+TEST_F(StatusNotifierItemTest, TemplateIsShownByNameWhereItsIconIsInstalled) {
+  const rehearsal::ScratchFolder icons;
+  const auto folder = icons.path() / "hicolor/symbolic/apps";
+  std::filesystem::create_directories(folder);
+  std::ofstream(folder / "org.hushbox.Hushbox-symbolic.svg") << "<svg/>";
+  std::ofstream(folder / "org.hushbox.Hushbox-muted-symbolic.svg") << "<svg/>";
+  start(icons.path());
+  EXPECT_EQ(ofItem("IconThemePath").text(), "'" + icons.path().string() + "'");
+  EXPECT_EQ(ofItem("IconName").text(), "'org.hushbox.Hushbox-symbolic'");
+  menuBar_->setIcon(icon({}, true), "Not on a call");
+  EXPECT_THAT(client_->takeSignals(), ElementsAre("NewIcon"));
+  EXPECT_EQ(ofItem("IconName").text(), "'org.hushbox.Hushbox-muted-symbolic'");
+  // Panels that don't find the name show the pixels.
+  EXPECT_EQ(pixmaps().front(), IconPixmap::render(icon({}, true), 16, PanelTone::unknown));
+  menuBar_->setIcon(icon(Color::systemRed, true), "Not on a call");
+  EXPECT_EQ(ofItem("IconName").text(), "''");
+  menuBar_->setIcon(LuchadorArt::menuBarImage(false, false, {}), "Jabra not connected");
+  EXPECT_EQ(ofItem("IconName").text(), "''") << "its icon is not installed";
 }
 
 TEST_F(StatusNotifierItemTest, StateIsTheFirstLineOfTheToolTip) {

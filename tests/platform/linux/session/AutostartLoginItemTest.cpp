@@ -87,6 +87,31 @@ TEST_F(AutostartLoginItemTest, StatusFollowsChangesByOtherPrograms) {
   EXPECT_EQ(item_.status(), Status::notRegistered);
 }
 
+TEST_F(AutostartLoginItemTest, EntryOfAnotherCopyCountsAsNotRegisteredAndIsReplaced) {
+  const fs::path copy = scratch_.path() / "hushbox";
+  fs::copy_file("/bin/true", copy);
+  AutostartLoginItem other(folder_, copy);
+  ASSERT_TRUE(other.registerItem());
+  EXPECT_EQ(other.status(), Status::enabled);
+  EXPECT_EQ(item_.status(), Status::notRegistered);
+  EXPECT_TRUE(item_.registerItem());
+  EXPECT_EQ(item_.status(), Status::enabled);
+  EXPECT_EQ(other.status(), Status::notRegistered);
+}
+
+TEST_F(AutostartLoginItemTest, EntryMayNameTheProgramByALinkOrFromThePathAndWithArguments) {
+  const fs::path link = scratch_.path() / "link";
+  fs::create_symlink("/bin/true", link);
+  for (const std::string& command : {link.string(), std::string("true"), std::string("true %U")}) {
+    writeEntry("Exec=" + command);
+    EXPECT_EQ(item_.status(), Status::enabled) << command;
+  }
+  for (const char* command : {"false", "/bin/sh -c true", "\"/bin/true"}) {
+    writeEntry(std::string("Exec=") + command);
+    EXPECT_EQ(item_.status(), Status::notRegistered) << command;
+  }
+}
+
 TEST_F(AutostartLoginItemTest, RegisteringReplacesAnEntryThatIsSwitchedOffOrBroken) {
   for (const char* before : {"Hidden=true", "X-GNOME-Autostart-enabled=false", "nonsense"}) {
     writeEntry(before);

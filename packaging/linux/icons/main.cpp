@@ -1,0 +1,77 @@
+// Draws the icons of a Linux installation from the mask of the menu bar: the application's icon,
+// and a symbolic icon for each state that has no colour of its own.
+//
+//   hushbox-icons FOLDER     FOLDER is a folder of themes, such as share/icons
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+
+#include "app/LuchadorArt.h"
+#include "packaging/linux/icons/SvgCanvas.h"
+
+namespace hushbox {
+namespace {
+
+std::string header(const std::string& size, const std::string& view) {
+  return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + size + "\" height=\"" + size +
+         "\" viewBox=\"0 0 " + view + ' ' + view + "\">\n";
+}
+
+/// A GTK desktop replaces the fills of a symbolic icon, KDE and LXQt replace the style element with
+/// this name. The colour that is written here shows on panels that do neither: a grey with a
+/// contrast of 3:1 to white and to black.
+std::string symbolic(const Image& image) {
+  SvgCanvas canvas;
+  canvas.scale(100 / image.width, 100 / image.height);
+  image.draw(&canvas);
+  return header("16", "100") +
+         "  <style type=\"text/css\" id=\"current-color-scheme\">"
+         ".ColorScheme-Text{color:#909090;}</style>\n" +
+         canvas.paths("class=\"ColorScheme-Text\" style=\"fill:currentColor\"") + "</svg>\n";
+}
+
+/// The mask on a dark tile.
+std::string application() {
+  SvgCanvas canvas;
+  const Image image = LuchadorArt::menuBarImage(false, true, std::nullopt);
+  canvas.scale(84 / image.width, 84 / image.height);
+  image.draw(&canvas);
+  return header("128", "128") +
+         "  <rect x=\"8\" y=\"8\" width=\"112\" height=\"112\" rx=\"25\" fill=\"#2b2d42\"/>\n"
+         "  <g transform=\"translate(22 22)\">\n" +
+         canvas.paths("fill=\"#f4f4f6\"") + "  </g>\n</svg>\n";
+}
+
+bool write(const std::filesystem::path& file, const std::string& text) {
+  std::error_code error;
+  std::filesystem::create_directories(file.parent_path(), error);
+  std::ofstream stream(file, std::ios::binary);
+  stream << text << std::flush;
+  if (!stream) std::fprintf(stderr, "hushbox-icons: can't write %s.\n", file.c_str());
+  return static_cast<bool>(stream);
+}
+
+int writeAll(const std::filesystem::path& themes) {
+  const auto theme = themes / "hicolor";
+  bool written = write(theme / "scalable/apps/org.hushbox.Hushbox.svg", application());
+  for (const bool muted : {false, true}) {
+    for (const bool connected : {false, true}) {
+      const Image image = LuchadorArt::menuBarImage(muted, connected, std::nullopt);
+      const std::string name = image.name + "-symbolic.svg";
+      written &= write(theme / "symbolic/apps" / name, symbolic(image));
+    }
+  }
+  return written ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace hushbox
+
+int main(int count, char** arguments) {
+  if (count == 2) return hushbox::writeAll(arguments[1]);
+  std::fprintf(stderr, "hushbox-icons FOLDER\n");
+  return 2;
+}
