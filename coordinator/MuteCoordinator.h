@@ -52,6 +52,9 @@ class MuteCoordinator {
   Image menuBarIcon() const;
 
  private:
+  /// Of the search in tests/scenarios.
+  friend struct HiddenState;
+
   void jabraButtonPressed(ButtonEvent event);
   void pollTeams();
   void callStarted();

@@ -55,6 +55,9 @@ class JabraMonitor {
   void setMuted(bool muted);
 
  private:
+  /// Of the search in tests/scenarios.
+  friend struct HiddenState;
+
   void attach();
   void detach();
   std::optional<AudioObjectID> findJabraInput() const;

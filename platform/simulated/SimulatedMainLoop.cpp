@@ -43,8 +43,16 @@ Instant SimulatedMainLoop::later(TimeInterval interval) const {
 }
 
 void SimulatedMainLoop::enqueue(Instant due, std::function<void()> run, bool ofEnvironment) {
-  const std::uint64_t tie = shuffle_ ? (*shuffle_)() : 0;
+  const std::uint64_t tie = shuffle_ ? (*shuffle_)() : reversed_ ? ~sequence_ : 0;
   events_.emplace(Deadline{due, tie, sequence_++}, Event{std::move(run), ofEnvironment});
+}
+
+std::vector<std::chrono::nanoseconds> SimulatedMainLoop::pendingDelays() const {
+  std::vector<std::chrono::nanoseconds> delays;
+  for (const auto& [deadline, event] : events_) {
+    delays.push_back(std::max(deadline.due - now_, std::chrono::nanoseconds::zero()));
+  }
+  return delays;
 }
 
 void SimulatedMainLoop::runNext() {

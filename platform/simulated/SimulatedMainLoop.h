@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
@@ -48,6 +49,13 @@ class SimulatedMainLoop final : public MainLoop {
   /// From now on, runs events with the same deadline in an order drawn from `seed`. Blocks posted
   /// with `mainAsync` keep their order among each other.
   void shuffleTies(std::uint64_t seed) { shuffle_.emplace(seed); }
+
+  /// From now on, runs events with the same deadline in the reverse order, with the same exception.
+  void reverseTies() { reversed_ = true; }
+
+  /// How long it is until each event in place is due, in the order in which they will run. Events
+  /// that are overdue count as due now.
+  std::vector<std::chrono::nanoseconds> pendingDelays() const;
 
   /// How long after its submission a utility block runs; initially in the next turn.
   void setUtilityLatency(TimeInterval latency) { utilityLatency_ = latency; }
@@ -125,6 +133,7 @@ class SimulatedMainLoop final : public MainLoop {
   std::map<Deadline, Event> events_;
   std::uint64_t sequence_ = 0;
   std::optional<std::mt19937_64> shuffle_;
+  bool reversed_ = false;
   std::deque<std::function<void()>> posted_;
   std::vector<UtilityBlock> utility_;
   TimeInterval utilityLatency_{};

@@ -27,7 +27,10 @@ std::string word(bool value) {
 
 }  // namespace
 
-CallModel::CallModel(const Rules& rules) : rules_(rules), restoreVolume_(rules.firstRestoreVolume) {
+CallModel::CallModel(const Rules& rules, bool lastScheduledFirst)
+    : rules_(rules),
+      lastScheduledFirst_(lastScheduledFirst),
+      restoreVolume_(rules.firstRestoreVolume) {
   schedule(0, Due::What::batteryReading);
   schedule(batteryInterval, Due::What::batteryTimer);
   schedule(rules.pollInterval, Due::What::poll);
@@ -111,14 +114,39 @@ CallState CallModel::takeState() {
   return state;
 }
 
+void CallModel::appendHiddenState(std::string& to) const {
+  const auto append = [&to](auto value) { to += std::to_string(value) + ','; };
+  append(device_ ? device_->inUse : 2);
+  append(attached_.has_value());
+  append(volumeReadable_ + 2 * volumeWritable_ + 4 * useReadable_ + 8 * teamsRuns_ +
+         16 * inMeeting_ + 32 * trusted_ + 64 * pressable_);
+  append(announceDelay_);
+  append(restoreDelay_);
+  append(pressDelay_);
+  append(restoreVolume_);
+  append(lastWrite_ ? std::min(now_ - *lastWrite_, rules_.echoWindow) : rules_.echoWindow);
+  append(std::max<std::int64_t>(nextSearch_ - now_, 0));
+  std::vector<Due> due = due_;
+  std::sort(due.begin(), due.end(),
+            [this](const Due& a, const Due& b) { return runsBefore(a, b); });
+  for (const Due& one : due) {
+    // It changes nothing but the number of announcements.
+    if (one.what == Due::What::batteryTimer) continue;
+    append(one.time - now_);
+    append(static_cast<int>(one.what));
+    append(one.what == Due::What::pendingMute && pendingMute_ == one.number);
+    append(device_ && device_->id == one.device);
+    append(one.volume);
+  }
+}
+
 // The surroundings
 
 void CallModel::pass(std::int64_t duration) {
   const std::int64_t end = now_ + duration;
   while (!due_.empty()) {
-    const auto next = std::min_element(due_.begin(), due_.end(), [](const Due& a, const Due& b) {
-      return a.time != b.time ? a.time < b.time : a.number < b.number;
-    });
+    const auto next = std::min_element(
+        due_.begin(), due_.end(), [this](const Due& a, const Due& b) { return runsBefore(a, b); });
     if (next->time > end) break;
     const Due due = *next;
     due_.erase(next);
@@ -126,6 +154,11 @@ void CallModel::pass(std::int64_t duration) {
     run(due);
   }
   now_ = std::max(now_, end);
+}
+
+bool CallModel::runsBefore(const Due& a, const Due& b) const {
+  if (a.time != b.time) return a.time < b.time;
+  return lastScheduledFirst_ ? a.number > b.number : a.number < b.number;
 }
 
 void CallModel::run(const Due& due) {

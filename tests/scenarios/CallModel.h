@@ -33,12 +33,17 @@ class CallModel {
     float firstRestoreVolume = 0.6F;
   };
 
-  explicit CallModel(const Rules& rules);
+  /// With `lastScheduledFirst`, what is due at the same time runs in the reverse order.
+  explicit CallModel(const Rules& rules, bool lastScheduledFirst = false);
 
   void apply(const CallEvent& event);
 
   /// Returns the state now. Clears the records.
   CallState takeState();
+
+  /// Appends everything on which the future depends and which `CallState` does not show, with times
+  /// relative to now.
+  void appendHiddenState(std::string& to) const;
 
  private:
   struct Device {
@@ -71,6 +76,7 @@ class CallModel {
   // The surroundings.
   void pass(std::int64_t duration);
   void run(const Due& due);
+  bool runsBefore(const Due& a, const Due& b) const;
   std::uint64_t schedule(std::int64_t delay, Due::What what, unsigned device = 0, float volume = 0);
   void repeat(const Due& fired, std::int64_t interval);
   void changeVolume(float volume);
@@ -99,6 +105,7 @@ class CallModel {
   void record(const std::string& text) { records_.push_back(text); }
 
   const Rules rules_;
+  const bool lastScheduledFirst_;
   std::int64_t now_ = 0;
   std::uint64_t nextNumber_ = 0;
   std::vector<Due> due_;
