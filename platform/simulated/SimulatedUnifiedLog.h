@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/UnifiedLog.h"
@@ -16,6 +17,8 @@ class SimulatedUnifiedLog final : public UnifiedLog {
   explicit SimulatedUnifiedLog(Journal& journal) : journal_(journal) {}
 
   const std::vector<LogRecord>& records() const { return records_; }
+  /// Returns the records and removes them.
+  std::vector<LogRecord> takeRecords() { return std::exchange(records_, {}); }
   /// Returns the texts of one category's records, in order.
   Lines texts(std::string_view category) const;
 

@@ -37,6 +37,7 @@ class SimulatedUserNotifications final : public UserNotifications {
 
   /// Every notification that was requested, including those that failed.
   const std::vector<NotificationRequest>& requests() const { return requests_; }
+  void clearRequests() { requests_ = {}; }
 
   void requestAuthorization(
       unsigned options,

@@ -94,7 +94,7 @@ CallInvariants::Failure CallInvariants::checkEvent(const Turn& turn, std::string
   if (turn.isEcho) return "an event for an echo";
   if (turn.bounced != (verb == "Toggle")) return "not a toggle exactly after a bounce";
   const bool isInWindow = std::any_of(drops_.begin(), drops_.end(), [&](auto drop) {
-    return slept_ || turn.now - drop <= bounceWindow;
+    return mayBeLate(drop) || turn.now - drop <= bounceWindow;
   });
   if (turn.bounced && !isInWindow) return "a toggle without a drop";
   drops_.clear();
@@ -105,7 +105,7 @@ CallInvariants::Failure CallInvariants::checkMute(const Turn& turn) {
   if (turn.volumeChanged) return "a mute for a volume change";
   const auto drop = std::find_if(drops_.begin(), drops_.end(), [&](auto one) {
     const auto lasted = turn.now - one;
-    return slept_ ? lasted >= bounceWindow : lasted == bounceWindow;
+    return mayBeLate(one) ? lasted >= bounceWindow : lasted == bounceWindow;
   });
   if (drop == drops_.end()) return "a mute without a drop 0.3 s before";
   drops_.erase(drop);

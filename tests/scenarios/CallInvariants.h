@@ -21,8 +21,8 @@ class CallInvariants {
   std::optional<std::string> check(std::chrono::nanoseconds now,
                                    const std::vector<std::string>& records);
 
-  /// From here on, due work may run late.
-  void machineSlept() { slept_ = true; }
+  /// The machine slept until `now`: what was due by then runs late.
+  void machineSlept(std::chrono::nanoseconds now) { awakeSince_ = now; }
 
  private:
   using Failure = std::optional<std::string>;
@@ -44,11 +44,14 @@ class CallInvariants {
   Failure checkStatus(Turn& turn, std::string_view status);
   Failure checkEvent(const Turn& turn, std::string_view verb);
   Failure checkMute(const Turn& turn);
+  bool mayBeLate(std::chrono::nanoseconds drop) const {
+    return awakeSince_ && drop <= *awakeSince_;
+  }
 
   std::optional<std::chrono::nanoseconds> lastWrite_;
   /// When the volume dropped to zero, not as an echo, since the last button event.
   std::vector<std::chrono::nanoseconds> drops_;
-  bool slept_ = false;
+  std::optional<std::chrono::nanoseconds> awakeSince_;
 };
 
 }  // namespace hushbox

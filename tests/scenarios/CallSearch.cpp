@@ -25,7 +25,6 @@ class Replay {
   }
 
   void apply(const CallEvent& event) {
-    if (event.kind == Kind::sleep) invariants_.machineSlept();
     program_.apply(event);
     model_.apply(event);
     expected_ = model_.takeState();
