@@ -86,7 +86,7 @@ class BoundedBusConnectionTest : public testing::Test {
     EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::replied);
   }
   static int callsTo(const AccessibleProgram& program) {
-    return program.calls() + program.straightCalls();
+    return program.calls() + program.directCalls();
   }
 
   rehearsal::Session session_;
@@ -226,7 +226,7 @@ class BoundedBusConnectionPeerTest : public BoundedBusConnectionTest {
 
 TEST_F(BoundedBusConnectionPeerTest, RepliesComeInTheOrderOfTheCallsOnBothConnections) {
   expectRepliesInTheOrderOfTheCalls();
-  EXPECT_EQ(program_.straightCalls(), 25);
+  EXPECT_EQ(program_.directCalls(), 25);
 }
 
 TEST_F(BoundedBusConnectionPeerTest, ErrorsAndWrongTypesAreRefusals) {
@@ -235,7 +235,7 @@ TEST_F(BoundedBusConnectionPeerTest, ErrorsAndWrongTypesAreRefusals) {
 
 TEST_F(BoundedBusConnectionPeerTest, PeerThatTimesOutIsCalledAgainOnceItHasReplied) {
   expectPeerThatTimesOutToBeCalledAgainOnceItHasReplied();
-  EXPECT_EQ(program_.straightCalls(), 2);
+  EXPECT_EQ(program_.directCalls(), 2);
 }
 
 TEST_F(BoundedBusConnectionPeerTest, LongRepliesArriveComplete) {
@@ -257,13 +257,13 @@ TEST_F(BoundedBusConnectionPeerTest, LongRepliesArriveComplete) {
 
 TEST_F(BoundedBusConnectionPeerTest, CallsGoOverTheBusOnceTheDirectConnectionIsClosed) {
   EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::replied);
-  const int straight = program_.straightCalls();
+  const int straight = program_.directCalls();
   EXPECT_EQ(straight, 1);
   program_.hangUp();
   // Perhaps only a call without a reply notices that it is closed.
   EXPECT_TRUE(holdsWithin([&] { return ask(role(program_, serverTimeout)) == Outcome::replied; },
                           serverTimeout));
-  EXPECT_EQ(program_.straightCalls(), straight);
+  EXPECT_EQ(program_.directCalls(), straight);
 }
 
 TEST_F(BoundedBusConnectionPeerTest, DirectConnectionIsClosedWithTheBus) {
@@ -271,7 +271,7 @@ TEST_F(BoundedBusConnectionPeerTest, DirectConnectionIsClosedWithTheBus) {
   EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::unreachable);
   ASSERT_TRUE(connection_.open(address_, serverTimeout));
   EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::replied);
-  EXPECT_EQ(program_.straightCalls(), 0);
+  EXPECT_EQ(program_.directCalls(), 0);
 }
 
 }  // namespace
