@@ -6,8 +6,12 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <map>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "platform/linux/mainloop/GLibMainLoop.h"
 #include "rehearsal/ScratchFolder.h"
@@ -73,6 +77,26 @@ class RestoringProgram {
   AudioClient client_;
 };
 
+/// How long the threads of this process waited for a processor since the last call, the longest of
+/// them. The main thread is left out: nothing that it does decides whether a drop is seen. Linux
+/// counts in nanoseconds; a kernel that does not count reports no wait.
+std::chrono::nanoseconds longestWaitForAProcessor() {
+  static std::map<std::string, long long> before;
+  std::map<std::string, long long> now;
+  long long longest = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
+    const std::string thread = entry.path().filename();
+    if (thread == std::to_string(getpid())) continue;
+    long long ran = 0;
+    long long waited = 0;
+    std::ifstream(entry.path() / "schedstat") >> ran >> waited;
+    now[thread] = waited;
+    longest = std::max(longest, waited - before[thread]);
+  }
+  before = std::move(now);
+  return std::chrono::nanoseconds(longest);
+}
+
 /// Drops of the volume that another program restores.
 class PulseAudioBounceTest : public PulseAudioFixture {
  protected:
@@ -86,17 +110,34 @@ class PulseAudioBounceTest : public PulseAudioFixture {
 
   static std::string address() { return session_->environment().at("PULSE_SERVER"); }
 
-  /// Drops the volume that many times while the loop runs; each is restored after `delay`.
-  void drop(int count, Milliseconds delay) {
+  /// Drops the volume that many times while the loop runs; each is restored after `delay`. Drops
+  /// during which a thread waited longer than `tolerated` for a processor do not count: on a busy
+  /// machine the restoring program may be first, whatever the adapter does. Expects that all but
+  /// `allowed` of the others were seen.
+  void expectToSeeDrops(int count, Milliseconds delay, std::chrono::nanoseconds tolerated,
+                        int allowed = 0) {
     const RestoringProgram program(address(), delay);
     AudioClient button(address(), "Button");
+    int undisturbed = 0;
+    int missed = 0;
     for (int done = 0; done < count; ++done) {
+      const int seenBefore = seenDrops();
+      longestWaitForAProcessor();
       std::thread press([&] { button.setVolume(AudioServer::speakerphoneSource, 0.0); });
       eventually([&] { return program.restored() > done; });
       press.join();
       // Longer than it takes to deliver both changes, and as short as a finger is fast.
       rehearsal::letPass(Milliseconds{60});
+      if (longestWaitForAProcessor() > tolerated) continue;
+      ++undisturbed;
+      if (seenDrops() == seenBefore) ++missed;
     }
+    RecordProperty("undisturbed", undisturbed);
+    RecordProperty("missed", missed);
+    EXPECT_LE(seenDrops(), count);
+    EXPECT_EQ(seenReturns(), seenDrops());
+    if (undisturbed < count / 2) GTEST_SKIP() << "This machine is too busy to time a bounce.";
+    EXPECT_LE(missed, allowed) << "of " << undisturbed;
   }
 
   int seenDrops() const { return static_cast<int>(std::ranges::count(volumes_, 0.0F)); }
@@ -106,24 +147,15 @@ class PulseAudioBounceTest : public PulseAudioFixture {
 };
 
 TEST_P(PulseAudioBounceTest, SeesEveryDropThatIsRestoredAfterTwentyMilliseconds) {
-  drop(20, Milliseconds{20});
-  EXPECT_EQ(seenDrops(), 20);
-  EXPECT_EQ(seenReturns(), 20);
+  expectToSeeDrops(20, Milliseconds{20}, Milliseconds{5});
 }
 
 TEST_P(PulseAudioBounceTest, SeesEveryDropThatIsRestoredAfterFiveMilliseconds) {
-  drop(40, Milliseconds{5});
-  EXPECT_EQ(seenDrops(), 40);
-  EXPECT_EQ(seenReturns(), 40);
+  expectToSeeDrops(40, Milliseconds{5}, Milliseconds{1});
 }
 
-// On an idle machine all of them. A busy one may delay either program between any two steps.
 TEST_P(PulseAudioBounceTest, SeesDropsThatAreRestoredAtOnce) {
-  drop(100, Milliseconds{0});
-  RecordProperty("seen", seenDrops());
-  EXPECT_GE(seenDrops(), 95);
-  EXPECT_LE(seenDrops(), 100);
-  EXPECT_EQ(seenReturns(), seenDrops());
+  expectToSeeDrops(100, Milliseconds{0}, std::chrono::microseconds{100}, 1);
 }
 
 TEST_P(PulseAudioBounceTest, SeesDropsWhileTheLoopIsBusy) {
