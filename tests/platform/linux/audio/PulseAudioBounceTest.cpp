@@ -128,14 +128,18 @@ class PulseAudioBounceTest : public PulseAudioFixture {
       press.join();
       // Longer than it takes to deliver both changes, and as short as a finger is fast.
       rehearsal::letPass(Milliseconds{60});
-      if (longestWaitForAProcessor() > tolerated) continue;
+      const auto waited = longestWaitForAProcessor();
+      // On a busy machine the delivery takes longer than that.
+      const bool isSeen =
+          rehearsal::holdsWithin([&] { return seenDrops() > seenBefore; }, Milliseconds{500});
+      eventually([&] { return seenReturns() == seenDrops(); });
+      if (waited > tolerated) continue;
       ++undisturbed;
-      if (seenDrops() == seenBefore) ++missed;
+      if (!isSeen) ++missed;
     }
     RecordProperty("undisturbed", undisturbed);
     RecordProperty("missed", missed);
     EXPECT_LE(seenDrops(), count);
-    EXPECT_EQ(seenReturns(), seenDrops());
     if (undisturbed < count / 2) GTEST_SKIP() << "This machine is too busy to time a bounce.";
     EXPECT_LE(missed, allowed) << "of " << undisturbed;
   }
@@ -159,7 +163,7 @@ TEST_P(PulseAudioBounceTest, SeesDropsThatAreRestoredAtOnce) {
 }
 
 TEST_P(PulseAudioBounceTest, SeesDropsWhileTheLoopIsBusy) {
-  const RestoringProgram program(address(), Milliseconds{5});
+  const RestoringProgram program(address(), Milliseconds{100});
   AudioClient button(address(), "Button");
   for (int done = 0; done < 10; ++done) {
     button.setVolume(AudioServer::speakerphoneSource, 0.0);
