@@ -3,10 +3,18 @@
 #include <string>
 
 namespace hushbox {
+namespace {
+
+/// Whether XDG_CURRENT_DESKTOP lists the name.
+bool lists(std::string_view desktop, std::string_view name) {
+  return (":" + std::string(desktop) + ":").find(":" + std::string(name) + ":") !=
+         std::string::npos;
+}
+
+}  // namespace
 
 PanelTone guessPanelTone(ColorScheme scheme, std::string_view desktop) {
-  const std::string names = ":" + std::string(desktop) + ":";
-  if (names.find(":GNOME:") != std::string::npos) return PanelTone::dark;
+  if (lists(desktop, "GNOME")) return PanelTone::dark;
   switch (scheme) {
     case ColorScheme::preferDark:
       return PanelTone::dark;
@@ -16,6 +24,10 @@ PanelTone guessPanelTone(ColorScheme scheme, std::string_view desktop) {
       break;
   }
   return PanelTone::unknown;
+}
+
+bool recoloursSymbolicIcons(std::string_view desktop) {
+  return lists(desktop, "GNOME") || lists(desktop, "KDE") || lists(desktop, "XFCE");
 }
 
 }  // namespace hushbox

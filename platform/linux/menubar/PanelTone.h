@@ -14,4 +14,8 @@ enum class PanelTone { unknown, dark, light };
 /// "ubuntu:GNOME": GNOME's bar is black in both schemes.
 PanelTone guessPanelTone(ColorScheme scheme, std::string_view desktop);
 
+/// Whether the desktop's own panel is known to give symbolic icons the colour of its text: those of
+/// GNOME, KDE Plasma and Xfce. Those of MATE and LXQt and waybar show the colour in the file.
+bool recoloursSymbolicIcons(std::string_view desktop);
+
 }  // namespace hushbox

@@ -69,24 +69,24 @@ void StatusNotifierItem::withdraw() {
 void StatusNotifierItem::setIcon(const Image& icon, const std::string& description) {
   const bool isFirst = !icon_;
   icon_ = icon;
-  const std::string name = nameOf(icon);
-  const bool hasNewName = std::exchange(iconName_, name) != name;
-  const bool hasNewPixels = render();
+  const bool hasNewIcon = render();
   const bool hasNewWords = std::exchange(description_, description) != description;
   if (!object_) return;
   if (isFirst) return watchForWatcher();
-  if (hasNewName || hasNewPixels) object_->emit("NewIcon");
+  if (hasNewIcon) object_->emit("NewIcon");
   if (hasNewWords) object_->emit("NewToolTip");
 }
 
-void StatusNotifierItem::setPanelTone(PanelTone tone) {
-  if (std::exchange(tone_, tone) == tone || !icon_) return;
-  if (render() && object_) object_->emit("NewIcon");
+void StatusNotifierItem::setPanelTone(PanelTone tone, bool recolours) {
+  tone_ = tone;
+  panelRecolours_ = recolours;
+  if (icon_ && render() && object_) object_->emit("NewIcon");
 }
 
-std::string StatusNotifierItem::nameOf(const Image& image) const {
-  if (!image.isTemplate || image.name.empty() || iconFolder_.empty()) return {};
-  const std::string name = image.name + "-symbolic";
+std::string StatusNotifierItem::chooseName() const {
+  if (!icon_->isTemplate || icon_->name.empty() || iconFolder_.empty()) return {};
+  if (tone_ != PanelTone::unknown && !panelRecolours_) return {};
+  const std::string name = icon_->name + "-symbolic";
   std::error_code error;
   // An uninstalled program may still run.
   const auto file = iconFolder_ / "hicolor/symbolic/apps" / (name + ".svg");
@@ -96,9 +96,11 @@ std::string StatusNotifierItem::nameOf(const Image& image) const {
 bool StatusNotifierItem::render() {
   std::vector<IconPixmap> pixmaps;
   for (const int size : sizes) pixmaps.push_back(IconPixmap::render(*icon_, size, tone_));
-  if (pixmaps == pixmaps_) return false;
+  const std::string name = chooseName();
+  const bool hasChanged = pixmaps != pixmaps_ || name != iconName_;
   pixmaps_ = std::move(pixmaps);
-  return true;
+  iconName_ = name;
+  return hasChanged;
 }
 
 GVariant* StatusNotifierItem::property(const std::string& name) const {

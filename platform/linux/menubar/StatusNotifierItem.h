@@ -23,8 +23,9 @@ namespace hushbox {
 /// menu. Main thread only.
 ///
 /// A template icon is shown by name (`IconName`) if a symbolic icon of that name is installed:
-/// panels recolour symbolic icons like those beside them. Pixels are sent as well, for panels that
-/// don't find the name, and instead for icons with a colour of their own.
+/// most panels recolour symbolic icons like those beside them. Pixels are sent as well, for panels
+/// that don't find the name. Only pixels are sent for icons with a colour of their own, and where
+/// the panel's tone is known but not that it recolours icons.
 ///
 /// Once it has an icon, the item registers with the watcher (`org.kde.StatusNotifierWatcher`), and
 /// again each time that a watcher appears.
@@ -58,8 +59,9 @@ class StatusNotifierItem {
   /// Sends the panel a signal only for what has changed: the icon, the words, or both.
   void setIcon(const Image& icon, const std::string& description);
 
-  /// Recolours a template icon; see IconPixmap. The tone is unknown until this is called.
-  void setPanelTone(PanelTone tone);
+  /// Recolours a template icon; see IconPixmap. `recolours` says whether the panel recolours
+  /// symbolic icons by itself. The tone is unknown until this is called.
+  void setPanelTone(PanelTone tone, bool recolours);
 
  private:
   static const GDBusInterfaceVTable vtable;
@@ -67,9 +69,9 @@ class StatusNotifierItem {
   GVariant* property(const std::string& name) const;
   GVariant* pixmaps() const;
   GVariant* toolTip() const;
-  /// The name of the symbolic icon that shows `image`; empty if none is installed.
-  std::string nameOf(const Image& image) const;
-  /// Renders the icon in all sizes; returns whether any pixel has changed.
+  /// The name of the symbolic icon to show; empty for none.
+  std::string chooseName() const;
+  /// Chooses the name and renders the icon in all sizes; returns whether anything has changed.
   bool render();
   /// Takes over the invocation.
   void activate(const std::string& caller, GDBusMethodInvocation* invocation) const;
@@ -91,6 +93,7 @@ class StatusNotifierItem {
   std::vector<IconPixmap> pixmaps_;
   std::string description_;
   PanelTone tone_ = PanelTone::unknown;
+  bool panelRecolours_ = false;
   Lifetime lifetime_;
 };
 

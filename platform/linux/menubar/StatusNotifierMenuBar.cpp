@@ -1,6 +1,7 @@
 #include "platform/linux/menubar/StatusNotifierMenuBar.h"
 
 #include <cstdlib>
+#include <string_view>
 #include <utility>
 
 #include "platform/linux/menubar/PanelText.h"
@@ -61,8 +62,9 @@ void StatusNotifierMenuBar::lost(const std::string& reason) {
 }
 
 void StatusNotifierMenuBar::guessPanel(ColorScheme scheme) {
-  const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
-  item_.setPanelTone(guessPanelTone(scheme, desktop ? desktop : ""));
+  const char* const value = std::getenv("XDG_CURRENT_DESKTOP");
+  const std::string_view desktop = value ? value : "";
+  item_.setPanelTone(guessPanelTone(scheme, desktop), recoloursSymbolicIcons(desktop));
 }
 
 void StatusNotifierMenuBar::panelTimedOut() {

@@ -3,10 +3,15 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
 #include <vector>
 
 #include "platform/linux/menubar/IconPixmap.h"
+#include "rehearsal/ScratchFolder.h"
 #include "tests/platform/linux/fixtures/PanelFixture.h"
+#include "tests/platform/linux/fixtures/ScopedEnvironment.h"
 
 namespace hushbox {
 namespace {
@@ -15,6 +20,7 @@ using namespace std::chrono_literals;
 using rehearsal::letPass;
 using rehearsal::serverTimeout;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 /// The Settings interface of the desktop portal, with one setting.
@@ -114,6 +120,24 @@ TEST_F(ColorSchemeSettingTest, IgnoresOtherSettingsAndTypes) {
   letPass(100ms);
   EXPECT_TRUE(iconBecomes(PanelTone::unknown));
   EXPECT_THAT(client_->takeSignals(), IsEmpty());
+}
+
+// A panel that shows the colour in the icon's file would show a grey mask.
+TEST_F(ColorSchemeSettingTest, NamedIconIsForPanelsThatRecolourItOrWhoseToneIsUnknown) {
+  const rehearsal::ScratchFolder icons;
+  const auto folder = icons.path() / "hicolor/symbolic/apps";
+  std::filesystem::create_directories(folder);
+  std::ofstream(folder / "org.hushbox.Hushbox-symbolic.svg") << "<svg/>";
+  ScopedEnvironment environment;
+  for (const char* desktop : {"KDE", "MATE"}) {
+    environment.set("XDG_CURRENT_DESKTOP", desktop);
+    start(icons.path());
+    EXPECT_THAT(ofItem("IconName").text(), HasSubstr("Hushbox-symbolic")) << desktop;
+    const Portal portal(session_.busAddress(), g_variant_new_uint32(1));
+    EXPECT_TRUE(iconBecomes(PanelTone::dark));
+    EXPECT_EQ(ofItem("IconName").text() == "''", std::string_view(desktop) == "MATE");
+    menuBar_.reset();
+  }
 }
 
 TEST_F(ColorSchemeSettingTest, TintedIconIsNotSentAgain) {

@@ -149,6 +149,13 @@ TEST(PanelTone, FollowsTheColourScheme) {
   EXPECT_EQ(guessPanelTone(ColorScheme::noPreference, ""), PanelTone::unknown);
 }
 
+TEST(PanelTone, SomeDesktopsAreKnownToRecolourIcons) {
+  for (const char* desktop : {"GNOME", "ubuntu:GNOME", "KDE", "XFCE"})
+    EXPECT_TRUE(recoloursSymbolicIcons(desktop)) << desktop;
+  for (const char* desktop : {"", "MATE", "LXQt", "sway", "GNOME-Flashback"})
+    EXPECT_FALSE(recoloursSymbolicIcons(desktop)) << desktop;
+}
+
 TEST(PanelTone, GnomesBarIsDarkInBothSchemes) {
   for (const char* desktop : {"GNOME", "ubuntu:GNOME", "GNOME-Classic:GNOME"})
     EXPECT_EQ(guessPanelTone(ColorScheme::preferLight, desktop), PanelTone::dark) << desktop;
