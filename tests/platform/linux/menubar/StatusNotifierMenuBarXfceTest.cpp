@@ -62,7 +62,8 @@ class StatusNotifierMenuBarXfceTest : public testing::Test {
 
   StatusNotifierMenuBarXfceTest() {
     panel_->setTone(Panel::Tone::Dark);
-    menuBar_ = std::make_unique<StatusNotifierMenuBar>(*sessionBus_, log_);
+    menuBar_ = std::make_unique<StatusNotifierMenuBar>(
+        *sessionBus_, log_, StatusNotifierMenuBar::panelTimeout, HUSHBOX_ICONS);
     show(states[0]);
     showRows("Not on a call");
     panel_->waitForItem();
@@ -161,6 +162,26 @@ TEST_F(StatusNotifierMenuBarXfceTest, EachStateIsVisibleOnADarkAndALightPanel) {
               return Picture::difference(pixel, background) > 60 && isOfColour(pixel, state.tint);
             });
             return rightPanel && picture.standingOut() > 100 && (!state.connected || coloured > 60);
+          });
+    }
+  }
+}
+
+// The panel gives symbolic icons the colour of its text, which is nearly white or nearly black. An
+// icon in a tone of its own looks switched off beside the others.
+TEST_F(StatusNotifierMenuBarXfceTest, TemplateHasTheColourOfThePanelsText) {
+  for (const Panel::Tone tone : {Panel::Tone::Dark, Panel::Tone::Light}) {
+    const bool isDark = tone == Panel::Tone::Dark;
+    panel_->setTone(tone);
+    for (const State& state : {states[0], states[1]}) {
+      show(state);
+      waitForPicture(
+          std::string("item-tone-") + (isDark ? "dark-" : "light-") + state.name,
+          [] { return panel_->waitForItem(); },
+          [&](const Picture& picture) {
+            return picture.count([&](const Pixel& pixel) {
+              return isDark ? pixel[0] > 220 : pixel[0] < 70;
+            }) > 60;
           });
     }
   }
