@@ -11,6 +11,7 @@ LoginItem::Status SimulatedLoginItem::status() {
 bool SimulatedLoginItem::registerItem() {
   loop_.requireMainThread("registerItem");
   journal_.add("login", "register -> ", !refusesRegistration_);
+  if (contradicts_) status_ = Status::notRegistered;
   if (refusesRegistration_) return false;
   status_ = statusAfterRegistration_;
   return true;
@@ -19,6 +20,7 @@ bool SimulatedLoginItem::registerItem() {
 bool SimulatedLoginItem::unregisterItem() {
   loop_.requireMainThread("unregisterItem");
   journal_.add("login", "unregister -> ", !refusesUnregistration_);
+  if (contradicts_) status_ = Status::enabled;
   if (refusesUnregistration_) return false;
   status_ = Status::notRegistered;
   return true;

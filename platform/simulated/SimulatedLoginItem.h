@@ -19,6 +19,10 @@ class SimulatedLoginItem final : public LoginItem {
   /// Whether the system refuses a change, which then leaves the status as it is.
   void setRefusesRegistration(bool refuses) { refusesRegistration_ = refuses; }
   void setRefusesUnregistration(bool refuses) { refusesUnregistration_ = refuses; }
+  /// The system refuses every change and then has the state that was not asked for.
+  void setContradictsEveryChange() {
+    refusesRegistration_ = refusesUnregistration_ = contradicts_ = true;
+  }
 
   Status status() override;
   bool registerItem() override;
@@ -31,6 +35,7 @@ class SimulatedLoginItem final : public LoginItem {
   Status statusAfterRegistration_ = Status::enabled;
   bool refusesRegistration_ = false;
   bool refusesUnregistration_ = false;
+  bool contradicts_ = false;
 };
 
 }  // namespace hushbox

@@ -82,9 +82,11 @@ TEST_F(HushboxAppTest, ChangesInOneTurnCauseOneRedrawAfterwards) {
   desk.loop.runUntilIdle();
   const std::size_t icons = desk.menuBar.iconCount();
   const std::size_t menus = desk.menuBar.rowsCount();
+  desk.journal.take();
   // Unplugging announces three changes: name, mute state and call state.
   desk.audio.unplug(device);
   desk.loop.runUntilIdle();
+  EXPECT_EQ(desk.journal.lines("loop"), Lines{"post"});
   EXPECT_EQ(desk.menuBar.iconCount(), icons + 1);
   EXPECT_EQ(desk.menuBar.rowsCount(), menus + 1);
   EXPECT_EQ(desk.menuBar.description(), "Hushbox: Jabra not connected");

@@ -178,6 +178,17 @@ TEST_F(MenuContentTest, RefusedChangeToTheSystemsStateIsNotReverted) {
   EXPECT_EQ(desk.journal.lines("login"), (Lines{"unregister -> false", "status -> 0"}));
 }
 
+TEST_F(MenuContentTest, SwitchGivesUpAfterFourChangesThatTheSystemContradicts) {
+  desk.loginItem.setContradictsEveryChange();
+  shown();
+  desk.journal.take();
+  desk.menuBar.choose("Launch at login");
+  EXPECT_EQ(desk.journal.lines("login"),
+            (Lines{"register -> false", "status -> 0", "unregister -> false", "status -> 1",
+                   "register -> false", "status -> 0", "unregister -> false", "status -> 1"}));
+  EXPECT_TRUE(menu().launchAtLogin());
+}
+
 TEST_F(MenuContentTest, ChangesOfTheSwitchAreAnnouncedBeforeTheyHappen) {
   std::vector<bool> heard;
   const auto subscription =

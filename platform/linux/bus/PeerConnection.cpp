@@ -169,7 +169,8 @@ bool PeerConnection::takeMessages() {
 }
 
 void PeerConnection::take(GDBusMessage* message) {
-  const auto type = g_dbus_message_get_message_type(message);
+  // Not a GDBusMessageType, which has no value for most bytes that a peer can send here.
+  const int type = g_dbus_message_get_message_type(message);
   if (type != G_DBUS_MESSAGE_TYPE_METHOD_RETURN && type != G_DBUS_MESSAGE_TYPE_ERROR) return;
   auto found = pending_.extract(g_dbus_message_get_reply_serial(message));
   if (found.empty()) return;

@@ -257,6 +257,22 @@ TEST_F(PeerConnectionTest, IgnoresRepliesToUnknownCalls) {
   EXPECT_THAT(errors_, ElementsAre(-1));
 }
 
+TEST_F(PeerConnectionTest, IgnoresMessagesOfAnUnknownType) {
+  connect([](int socket) {
+    Listener::welcome(socket);
+    // Little-endian, type 107, version 1; no body, serial 7, one header field: in reply to call 1.
+    const char header[] =
+        "l\x6b\x00\x01\x00\x00\x00\x00\x07\x00\x00\x00\x08\x00\x00\x00"
+        "\x05\x01u\x00\x01\x00\x00";
+    Listener::write(socket, std::string(header, sizeof header));
+    Listener::readUntil(socket, "Method");
+  });
+  call();
+  peer_->flush(serverTimeout);
+  EXPECT_TRUE(endsWithin(serverTimeout));
+  EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_CLOSED));
+}
+
 TEST_F(PeerConnectionTest, AbandonsCallsWithoutAReply) {
   connect([](int socket) {
     Listener::welcome(socket);

@@ -79,6 +79,19 @@ TEST(IconPixmap, ColoursAreNotPremultiplied) {
   EXPECT_NEAR(pixel[3], 0x3b, 2);
 }
 
+TEST(IconPixmap, ColoursAreRoundedToTheNearest) {
+  // Premultiplied, the channels are 95, 20 and 24 of 102; straight, 237.5, 50 and 60 of 255.
+  const auto pixmap =
+      IconPixmap::render(square(Color::systemRed, 0.4, false), 20, PanelTone::unknown);
+  EXPECT_EQ(at(pixmap, 3, 3), (Pixel{102, 238, 50, 60}));
+}
+
+TEST(IconPixmap, OpacityOfTheEdgeIsRoundedToTheNearest) {
+  // 80 % of 102, which is 81.6.
+  const auto pixmap = IconPixmap::render(square(Color::black, 0.4, true), 40, PanelTone::dark);
+  EXPECT_EQ(at(pixmap, 20, 10), (Pixel{82, 0, 0, 0}));
+}
+
 TEST(IconPixmap, ImageThatIsNotFlippedHasItsOriginBelow) {
   Image image = square(Color::black, 1, false);
   image.flipped = false;

@@ -65,6 +65,12 @@ TEST_F(AutostartLoginItemTest, EntryFollowsTheRulesForDesktopEntries) {
   EXPECT_EQ(validator->readDataToEndOfFile(), "") << entry();
 }
 
+TEST_F(AutostartLoginItemTest, EntryNamesTheProgramThatADesktopLooksForFirst) {
+  ASSERT_TRUE(item_.registerItem());
+  // Without this key, a desktop reports an error at every login once the program is uninstalled.
+  EXPECT_THAT(entry(), testing::HasSubstr("\nTryExec=/bin/true\n"));
+}
+
 TEST_F(AutostartLoginItemTest, UnregisteringRemovesTheEntryAndMayBeRepeated) {
   ASSERT_TRUE(item_.registerItem());
   EXPECT_TRUE(item_.unregisterItem());

@@ -1,0 +1,49 @@
+#include <string>
+
+#include "platform/simulated/SimulatedDesk.h"
+#include "support/Text.h"
+#include "teams/TeamsUI.h"
+#include "tests/fuzz/Fuzzing.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace hushbox;
+  if (size > 4'096) return 0;
+  static SimulatedDesk desk;
+  static const SimulatedElementRef button = [] {
+    desk.journal.keepLines(false);
+    desk.teams.joinMeeting();
+    return desk.teams.microphone();
+  }();
+
+  FuzzInput input(data, size);
+  const unsigned shape = input.takeByte();
+  const std::string role = shape & 1U   ? "AXButton"
+                           : shape & 2U ? "AXCheckBox"
+                                        : std::string(input.takeText());
+  button->attributes = {{"AXRole", role}};
+  for (const char* attribute : {"AXDescription", "AXTitle", "AXHelp"}) {
+    button->attributes[attribute] = std::string(input.takeText());
+  }
+  button->attributes["AXDOMIdentifier"] =
+      shape & 4U ? std::string("microphone-button") : std::string(input.rest());
+
+  const auto muted = TeamsUI::currentMuteState();
+  HUSHBOX_REQUIRE(TeamsUI::currentMuteState() == muted);
+  std::size_t presses = 0;
+  button->perform = [&presses](std::string_view) {
+    ++presses;
+    return accessibility::success;
+  };
+  if (!muted) {
+    HUSHBOX_REQUIRE(TeamsUI::setMuted(std::nullopt) == TeamsUI::Result::noMeeting);
+    HUSHBOX_REQUIRE(presses == 0);
+    return 0;
+  }
+  HUSHBOX_REQUIRE(TeamsUI::setMuted(*muted) == TeamsUI::Result::alreadySynced);
+  HUSHBOX_REQUIRE(presses == 0);
+  HUSHBOX_REQUIRE(TeamsUI::setMuted(!*muted) == TeamsUI::Result::pressed);
+  HUSHBOX_REQUIRE(TeamsUI::setMuted(std::nullopt) == TeamsUI::Result::pressed);
+  HUSHBOX_REQUIRE(presses == 2);
+  desk.log.takeRecords();
+  return 0;
+}
