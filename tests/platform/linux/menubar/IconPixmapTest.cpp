@@ -80,10 +80,10 @@ TEST(IconPixmap, ColoursAreNotPremultiplied) {
 }
 
 TEST(IconPixmap, ColoursAreRoundedToTheNearest) {
-  // Premultiplied, the channels are 95, 20 and 24 of 102; straight, 237.5, 50 and 60 of 255.
+  // Premultiplied, the channels are 95, 20 and 23 of 102; straight, 237.5, 50 and 57.5 of 255.
   const auto pixmap =
       IconPixmap::render(square(Color::systemRed, 0.4, false), 20, PanelTone::unknown);
-  EXPECT_EQ(at(pixmap, 3, 3), (Pixel{102, 238, 50, 60}));
+  EXPECT_EQ(at(pixmap, 3, 3), (Pixel{102, 238, 50, 58}));
 }
 
 TEST(IconPixmap, OpacityOfTheEdgeIsRoundedToTheNearest) {
