@@ -143,13 +143,26 @@ void Session::makeEnvironment() {
 }
 
 void Session::startBus() {
-  const std::filesystem::path configuration = folder() / "bus" / "session.conf";
-  writeBusConfiguration(configuration, "session", (folder() / "bus" / "session").string(),
+  writeBusConfiguration(sessionBusConfiguration(), "session",
+                        (folder() / "bus" / "session").string(),
                         scratch_.makeFolder("bus/services"));
   if (std::filesystem::exists(std::string(serviceFolder) + "/org.a11y.Bus.service")) {
     allowActivation("org.a11y.Bus");
   }
-  bus_ = startBusDaemon(configuration, environment_, folder() / "session-bus.log");
+  startSessionBusDaemon();
+}
+
+std::filesystem::path Session::sessionBusConfiguration() const {
+  return folder() / "bus" / "session.conf";
+}
+
+void Session::startSessionBusDaemon() {
+  bus_ = startBusDaemon(sessionBusConfiguration(), environment_, folder() / "session-bus.log");
+}
+
+void Session::restartBus() {
+  bus_->kill();
+  startSessionBusDaemon();
 }
 
 void Session::startSystemBus() {

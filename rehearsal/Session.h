@@ -55,6 +55,8 @@ class Session {
   std::string busAddress() const { return environment_.at("DBUS_SESSION_BUS_ADDRESS"); }
   std::string systemBusAddress() const { return environment_.at("DBUS_SYSTEM_BUS_ADDRESS"); }
   ServerProcess& bus() { return *bus_; }
+  /// Kills the session bus, as a crash would, and starts one at the same address.
+  void restartBus();
 
   bool hasDisplay() const { return display_ != nullptr; }
   /// Throws DeskError if this session has no display.
@@ -75,6 +77,8 @@ class Session {
  private:
   void makeEnvironment();
   void startBus();
+  std::filesystem::path sessionBusConfiguration() const;
+  void startSessionBusDaemon();
   void startSystemBus();
   void killRemaining() const;
 

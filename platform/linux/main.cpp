@@ -36,17 +36,23 @@ std::filesystem::path iconFolder() {
   return partOfProgram(HUSHBOX_ICONS_FROM_BIN, HUSHBOX_BUILT_ICONS);
 }
 
+constexpr const char* runningAlready = "Hushbox is running in this session already.\n";
+
 int run() {
   SessionBusConnection bus;
-  const SingleInstance instance(bus);
+  SingleInstance instance(bus);
   if (!instance.isFirst()) {
-    std::fprintf(stderr, "Hushbox is running in this session already.\n");
+    std::fputs(runningAlready, stderr);
     return 0;
   }
   JournalLog log;
   LinuxPlatform platform(bus, log, {.standIns = {{"/usr/bin/pmset", powerReport()}}}, iconFolder());
   // Return the memory that only the start needed to the system.
   platform.mainLoop.mainAsyncAfter(std::chrono::seconds(10), WorkItem([] { malloc_trim(0); }));
+  instance.keep([&] {
+    std::fputs(runningAlready, stderr);
+    platform.mainLoop.terminate();
+  });
   const DisplayWatch display([&] { platform.mainLoop.terminate(); });
   return HushboxApp::main();
 }

@@ -45,6 +45,7 @@ SessionBusConnection::SessionBusConnection() : cancellable_(g_cancellable_new())
 
 SessionBusConnection::~SessionBusConnection() {
   g_cancellable_cancel(cancellable_.get());
+  if (retryTimer_) g_source_remove(retryTimer_);
   if (!connection_) return;
   g_signal_handlers_disconnect_by_data(connection_.get(), this);
   flushAndClose(connection_.get(), closeTimeout);
@@ -62,7 +63,7 @@ Subscription SessionBusConnection::observe(Connected connected, Lost lost) {
 
 bool SessionBusConnection::connect() {
   if (connecting_ || connection_) return true;
-  if (g_get_monotonic_time() < retryMoment_) return false;
+  if (retryTimer_) return false;
   connecting_ = true;
   const std::string address = sessionBusAddress();
   // Without an address GLib would start a bus; this only reports that there is none.
@@ -70,16 +71,23 @@ bool SessionBusConnection::connect() {
     connectPrivately(address);
     return true;
   }
-  g_bus_get(G_BUS_TYPE_SESSION, cancellable_.get(), AsyncCallback::invoke,
-            AsyncCallback::data([finish = lifetime_.weakly([this, address](GAsyncResult* result) {
+  const auto finish =
+      lifetime_.weakly([this, address](ConnectionPointer& connection, const GError* error) {
+        if (connection && g_dbus_connection_is_closed(connection.get()))
+          connectPrivately(address);
+        else
+          finishConnecting(std::move(connection), error);
+      });
+  // Not cancellable: GLib would make the shared connection all the same, and it ends the process
+  // with the bus until that is switched off.
+  g_bus_get(G_BUS_TYPE_SESSION, nullptr, AsyncCallback::invoke,
+            AsyncCallback::data([finish](GObject*, GAsyncResult* result) {
               GError* error = nullptr;
               ConnectionPointer connection(g_bus_get_finish(result, &error));
               const ErrorPointer owned(error);
-              if (connection && g_dbus_connection_is_closed(connection.get()))
-                connectPrivately(address);
-              else
-                finishConnecting(std::move(connection), owned);
-            })](GObject*, GAsyncResult* result) { finish(result); }));
+              if (connection) g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
+              finish(connection, error);
+            }));
   return true;
 }
 
@@ -89,19 +97,24 @@ void SessionBusConnection::connectPrivately(const std::string& address) {
       AsyncCallback::data([finish = lifetime_.weakly([this](GAsyncResult* result) {
         GError* error = nullptr;
         ConnectionPointer connection(g_dbus_connection_new_for_address_finish(result, &error));
-        finishConnecting(std::move(connection), ErrorPointer(error));
+        finishConnecting(std::move(connection), ErrorPointer(error).get());
       })](GObject*, GAsyncResult* result) { finish(result); }));
 }
 
-void SessionBusConnection::finishConnecting(ConnectionPointer connection,
-                                            const ErrorPointer& error) {
+void SessionBusConnection::finishConnecting(ConnectionPointer connection, const GError* error) {
   connecting_ = false;
-  if (!connection) return disconnect(textOf(error.get()));
+  if (!connection) return disconnect(textOf(error));
   connection_ = std::move(connection);
-  g_dbus_connection_set_exit_on_close(connection_.get(), FALSE);
   g_signal_connect(connection_.get(), "closed", G_CALLBACK(closedSignal), this);
   for (auto& [call, replied] : std::exchange(waitingCalls_, {})) start(call, std::move(replied));
   for (const auto& observer : observers()) observer->connected(connection_.get());
+}
+
+gboolean SessionBusConnection::retry(gpointer self) {
+  auto& bus = *static_cast<SessionBusConnection*>(self);
+  bus.retryTimer_ = 0;
+  bus.connect();
+  return G_SOURCE_REMOVE;
 }
 
 void SessionBusConnection::closedSignal(GDBusConnection*, gboolean, GError* error, gpointer self) {
@@ -112,7 +125,8 @@ void SessionBusConnection::disconnect(const std::string& reason) {
   if (connection_) g_signal_handlers_disconnect_by_data(connection_.get(), this);
   connection_.reset();
   lastReason_ = reason;
-  retryMoment_ = momentAfter(retryInterval);
+  if (!retryTimer_)
+    retryTimer_ = g_timeout_add_seconds(static_cast<guint>(retryInterval.count()), retry, this);
   for (const auto& waiting : std::exchange(waitingCalls_, {}))
     waiting.replied({BusReply::Outcome::unreachable, nullptr, reason});
   for (const auto& observer : observers()) observer->lost(reason);

@@ -23,6 +23,8 @@ namespace hushbox {
 /// end of the bus closes it without ending the program. GLib keeps returning that closed connection
 /// as long as anything in the process holds it; the next one is then private.
 ///
+/// Once connect() has been called, it connects again by itself after a loss or a failure.
+///
 /// The bus is the one that sessionBusAddress() names; none is ever started.
 class SessionBusConnection {
  public:
@@ -30,8 +32,8 @@ class SessionBusConnection {
   using Lost = std::function<void(const std::string& reason)>;
   using Replied = std::function<void(BusReply reply)>;
 
-  /// The shortest time between two attempts to connect.
-  static constexpr std::chrono::seconds retryInterval{5};
+  /// The time between two attempts to connect.
+  static constexpr std::chrono::seconds retryInterval{1};
   /// How long the destructor waits at most for the bus to read what has been sent.
   static constexpr std::chrono::milliseconds closeTimeout{1000};
 
@@ -46,7 +48,7 @@ class SessionBusConnection {
   [[nodiscard]] Subscription observe(Connected connected, Lost lost);
 
   /// Starts to connect in the background. Does nothing when connected or connecting, or when the
-  /// last attempt failed less than `retryInterval` ago: call it whenever a connection is needed.
+  /// last attempt failed less than `retryInterval` ago.
   /// Returns false when there is no connection and none is being made.
   bool connect();
 
@@ -73,8 +75,10 @@ class SessionBusConnection {
   static void closedSignal(GDBusConnection* connection, gboolean peer, GError* error,
                            gpointer self);
 
+  static gboolean retry(gpointer self);
+
   void connectPrivately(const std::string& address);
-  void finishConnecting(ConnectionPointer connection, const ErrorPointer& error);
+  void finishConnecting(ConnectionPointer connection, const GError* error);
   void disconnect(const std::string& reason);
   void start(const BusCall& call, Replied replied) const;
   std::vector<std::shared_ptr<const Observer>> observers();
@@ -82,7 +86,8 @@ class SessionBusConnection {
   const CancellablePointer cancellable_;
   ConnectionPointer connection_;
   bool connecting_ = false;
-  gint64 retryMoment_ = 0;
+  /// The timer of the next attempt, 0 for none.
+  guint retryTimer_ = 0;
   std::string lastReason_;
   std::vector<std::weak_ptr<const Observer>> observers_;
   std::vector<WaitingCall> waitingCalls_;

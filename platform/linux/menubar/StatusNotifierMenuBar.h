@@ -21,8 +21,8 @@ namespace hushbox {
 ///
 /// Without a session bus, without a panel that shows items (GNOME's needs its AppIndicator
 /// extension), and after either has exited, the program keeps running without an icon and logs one
-/// line. When a panel appears, so does the item. Each change of icon or rows looks for a session
-/// bus again. While nothing changes, it has no timer and sends nothing.
+/// line. When a panel or the bus comes back, so does the item. While nothing changes, it has no
+/// timer and sends nothing.
 class StatusNotifierMenuBar final : public MenuBar {
  public:
   /// How long a session that is starting may take to start its panel; then the log says that there

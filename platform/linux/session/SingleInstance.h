@@ -1,6 +1,10 @@
 #pragma once
 
+#include <functional>
+
 #include "platform/linux/bus/SessionBusConnection.h"
+#include "support/Lifetime.h"
+#include "support/Subscription.h"
 
 namespace hushbox {
 
@@ -19,8 +23,21 @@ class SingleInstance {
   /// False when another Hushbox runs in this session.
   bool isFirst() const { return isFirst_; }
 
+  /// From now on, requests the name again whenever the bus connects without it: after the bus has
+  /// crashed and is back, or was not there at first. Calls `displaced` from the main context if
+  /// another Hushbox owns the name by then.
+  void keep(std::function<void()> displaced);
+
  private:
+  static BusCall requestName();
+  void noteReply(const BusReply& reply);
+
+  SessionBusConnection& bus_;
   bool isFirst_ = true;
+  bool ownsName_ = false;
+  std::function<void()> displaced_;
+  Subscription busSubscription_;
+  Lifetime lifetime_;
 };
 
 }  // namespace hushbox

@@ -177,6 +177,17 @@ TEST_F(HushboxProgramConnectionTest, HasTwoConnectionsToTheSessionBus) {
   EXPECT_THAT(connectionsOf(program->pid()), SizeIs(2));
 }
 
+TEST_F(HushboxProgramTest, OutlivesTheSessionBusAndIsBackWithIt) {
+  // With the settings that a desktop has: their storage uses GLib's shared connection as well.
+  const auto program =
+      session_.start("hushbox.log", {"env", "GSETTINGS_BACKEND=dconf", HUSHBOX_PROGRAM});
+  watcher_->waitForItem();
+  session_.restartBus();
+  watcher_ = std::make_unique<Watcher>(session_.busAddress());
+  watcher_->waitForItem();
+  EXPECT_TRUE(program->isRunning());
+}
+
 TEST_F(HushboxProgramTest, ToggleWritesAnEntryThatStartsTheSameProgram) {
   startProgram();
   rows().choose(launch);

@@ -1,8 +1,10 @@
 #include "platform/linux/bus/SessionBusConnection.h"
 
+#include <glib-unix.h>
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -101,8 +103,6 @@ TEST_F(SessionBusConnectionTest, EndedSubscriptionIsNotCalled) {
 TEST_F(SessionBusConnectionTest, ConnectsAgainWhileGLibStillHoldsTheClosedConnection) {
   connect();
   const ConnectionPointer held(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
-  // GLib makes the shared connection end the process again each time it is asked for.
-  g_dbus_connection_set_exit_on_close(held.get(), FALSE);
   session_.bus().kill();
   waitUntil([this] { return !bus_->isConnected(); }, serverTimeout, "the end");
   const rehearsal::Session next;
@@ -111,6 +111,35 @@ TEST_F(SessionBusConnectionTest, ConnectsAgainWhileGLibStillHoldsTheClosedConnec
   bus_ = std::make_unique<SessionBusConnection>();
   connect();
   EXPECT_TRUE(call(getId()));
+}
+
+TEST_F(SessionBusConnectionTest, EndOfTheBusDoesNotEndTheProcess) {
+  int signals = 0;
+  const auto onSignal = [](gpointer count) -> gboolean {
+    ++*static_cast<int*>(count);
+    return G_SOURCE_CONTINUE;
+  };
+  const guint source = g_unix_signal_add(SIGTERM, onSignal, &signals);
+  connect();
+  {
+    // As settings storage does.
+    const ConnectionPointer held(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    session_.bus().kill();
+    waitUntil([this] { return !bus_->isConnected(); }, patience, "the end");
+    letPass(20ms);
+  }
+  g_source_remove(source);
+  EXPECT_EQ(signals, 0);
+}
+
+TEST_F(SessionBusConnectionTest, DestroyedWhileConnectingItLeavesNoConnectionThatEndsTheProcess) {
+  session_.bus().freeze();
+  bus_->connect();
+  bus_.reset();
+  session_.bus().thaw();
+  const ConnectionPointer held(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+  EXPECT_TRUE(rehearsal::holdsWithin(
+      [&] { return !g_dbus_connection_get_exit_on_close(held.get()); }, patience));
 }
 
 TEST_F(SessionBusConnectionTest, CallConnectsFirst) {

@@ -59,6 +59,37 @@ TEST_F(SingleInstanceTest, OwnsTheNameAsLongAsTheConnection) {
       rehearsal::holdsWithin([&] { return !observer.hasOwner("org.hushbox.Hushbox"); }, 5s));
 }
 
+TEST_F(SingleInstanceTest, TakesTheNameAgainAfterTheBusHasCrashed) {
+  SingleInstance instance(*bus_);
+  int displaced = 0;
+  instance.keep([&] { ++displaced; });
+  session_.restartBus();
+  const rehearsal::BusConnection observer(session_.busAddress());
+  EXPECT_TRUE(rehearsal::holdsWithin([&] { return observer.hasOwner("org.hushbox.Hushbox"); }, 5s));
+  EXPECT_TRUE(instance.isFirst());
+  EXPECT_EQ(displaced, 0);
+}
+
+TEST_F(SingleInstanceTest, IsDisplacedByAnInstanceThatTookTheNameMeanwhile) {
+  SingleInstance instance(*bus_);
+  int displaced = 0;
+  instance.keep([&] { ++displaced; });
+  EXPECT_TRUE(instance.isFirst());
+  session_.restartBus();
+  const OtherInstance other(session_.busAddress());
+  EXPECT_TRUE(rehearsal::holdsWithin([&] { return displaced == 1; }, 5s));
+  EXPECT_FALSE(instance.isFirst());
+}
+
+TEST_F(SingleInstanceTest, TakesTheNameOnceTheBusIsThere) {
+  session_.bus().freeze();
+  SingleInstance instance(*bus_);
+  instance.keep([] {});
+  session_.bus().thaw();
+  const rehearsal::BusConnection observer(session_.busAddress());
+  EXPECT_TRUE(rehearsal::holdsWithin([&] { return observer.hasOwner("org.hushbox.Hushbox"); }, 5s));
+}
+
 TEST_F(SingleInstanceTest, IsFirstWithoutABus) {
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
   EXPECT_TRUE(SingleInstance(*bus_).isFirst());
