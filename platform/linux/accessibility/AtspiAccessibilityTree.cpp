@@ -24,9 +24,11 @@ AccessibilityError give(const std::string& text, AttributeValue& value) {
 }  // namespace
 
 AtspiAccessibilityTree::AtspiAccessibilityTree(std::function<void()> switchedOn,
-                                               TeamsRanking::RecordingProcesses recordingProcesses)
+                                               TeamsRanking::RecordingProcesses recordingProcesses,
+                                               std::chrono::milliseconds freshness)
     : switchedOn_(std::move(switchedOn)),
       ranking_(labels_, std::move(recordingProcesses)),
+      snapshot_(bus_, teams_, labels_, control_, freshness),
       identity_(std::make_shared<char>()) {}
 
 AtspiAccessibilityTree::~AtspiAccessibilityTree() = default;

@@ -45,9 +45,11 @@ namespace hushbox {
 class AtspiAccessibilityTree final : public AccessibilityTree {
  public:
   /// Calls `switchedOn` whenever it has switched accessibility on. With several documents of Teams,
-  /// one whose browser is among `recordingProcesses` comes first: see TeamsRanking.
+  /// one whose browser is among `recordingProcesses` comes first: see TeamsRanking. No value is
+  /// older than `freshness`.
   explicit AtspiAccessibilityTree(std::function<void()> switchedOn = {},
-                                  TeamsRanking::RecordingProcesses recordingProcesses = {});
+                                  TeamsRanking::RecordingProcesses recordingProcesses = {},
+                                  std::chrono::milliseconds freshness = LabelRefresher::freshness);
   ~AtspiAccessibilityTree() override;
 
   /// Whether accessibility is switched on for the session and the accessibility bus is there.
@@ -96,7 +98,7 @@ class AtspiAccessibilityTree final : public AccessibilityTree {
   FollowedControl control_{bus_};
   TeamsRanking ranking_;
   TeamsApplication teams_{bus_, programs_, documents_, labels_, control_, ranking_};
-  AtspiSnapshot snapshot_{bus_, teams_, labels_, control_};
+  AtspiSnapshot snapshot_;
   AtspiWorkspace workspace_{teams_, snapshot_};
   const std::shared_ptr<const char> identity_;
 };

@@ -14,10 +14,6 @@ namespace hushbox {
 
 namespace {
 
-bool isFresh(const AtspiFacts& facts) {
-  return std::chrono::steady_clock::now() - facts.readAt <= LabelRefresher::freshness;
-}
-
 /// The facts of an object whose page was closed, left Teams, or was not chosen again.
 const AtspiFacts notPresented{.status = accessibility::invalidElement};
 
@@ -56,6 +52,10 @@ const AtspiFacts& AtspiSnapshot::facts(const AtspiElement& element) {
   control_.follow(siblings.document, object);
   readFacts(siblings, {element.index()});
   return facts_[object];
+}
+
+bool AtspiSnapshot::isFresh(const AtspiFacts& facts) const {
+  return std::chrono::steady_clock::now() - facts.readAt <= freshness_;
 }
 
 const AtspiFacts* AtspiSnapshot::known(const BusObject& object) const {

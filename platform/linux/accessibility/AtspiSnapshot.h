@@ -34,9 +34,10 @@ class AtspiSnapshot {
   /// What lies deeper is not found then.
   static constexpr std::chrono::milliseconds maxDescent{2000};
 
+  /// Facts are read again once they are older than `freshness`.
   AtspiSnapshot(AtspiBus& bus, TeamsApplication& teams, LabelRefresher& labels,
-                FollowedControl& control)
-      : bus_(bus), teams_(teams), labels_(labels), control_(control) {}
+                FollowedControl& control, std::chrono::milliseconds freshness)
+      : bus_(bus), teams_(teams), labels_(labels), control_(control), freshness_(freshness) {}
 
   /// Forgets everything that was read: a new snapshot begins.
   void begin();
@@ -70,6 +71,7 @@ class AtspiSnapshot {
   /// Reads one by one the texts that some toolkits leave out of GetAll.
   void readRemainingFacts(const Objects& objects);
   void sortMuteControls(AtspiSiblings& siblings);
+  bool isFresh(const AtspiFacts& facts) const;
   Siblings childrenOf(const AtspiSiblings& siblings, std::size_t place);
   void readChildren(const AtspiSiblings& siblings, std::size_t first);
   std::shared_ptr<AtspiSiblings> siblings(const TeamsDocumentRef& document, Objects objects) const;
@@ -78,6 +80,7 @@ class AtspiSnapshot {
   TeamsApplication& teams_;
   LabelRefresher& labels_;
   FollowedControl& control_;
+  const std::chrono::milliseconds freshness_;
   std::uint64_t number_ = 0;
   bool untouched_ = true;
   std::chrono::steady_clock::time_point began_{};
