@@ -12,6 +12,8 @@ constexpr pa_sample_spec speech{PA_SAMPLE_S16LE, 16000, 1};
 // Mixers update their meters 25 times a second.
 constexpr pa_sample_spec peaks{PA_SAMPLE_FLOAT32LE, 25, 1};
 
+constexpr int connectAttempts = 3;
+
 pa_buffer_attr fragments(uint32_t bytes) {
   pa_buffer_attr attributes;
   std::memset(&attributes, 0xff, sizeof attributes);
@@ -35,14 +37,16 @@ void discard(pa_stream* stream, size_t, void* counter) {
 RecordingStream::RecordingStream(std::shared_ptr<AudioClient> client, const std::string& source,
                                  Kind kind)
     : client_(std::move(client)) {
-  connect(source, kind);
   const auto accepted = [this] {
     const AudioClient::Lock lock(*client_);
     return pa_stream_get_state(stream_) == PA_STREAM_READY;
   };
   const auto flowing = [&] { return accepted() && (kind == Kind::Corked || bytes_ > 0); };
-  if (holdsWithin(flowing, serverTimeout)) return;
-  release();
+  for (int i = 0; i < connectAttempts; ++i) {
+    connect(source, kind);
+    if (holdsWithin(flowing, serverTimeout / connectAttempts)) return;
+    release();
+  }
   throw DeskError("no sound arrives from " + source);
 }
 

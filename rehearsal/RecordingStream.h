@@ -19,7 +19,8 @@ class RecordingStream {
   };
 
   /// Connects and waits until the server has accepted the stream and, unless corked, sound
-  /// arrives. Throws DeskError on failure.
+  /// arrives. Connects again if none does: a busy session manager may leave a stream without a
+  /// source. Throws DeskError on failure.
   RecordingStream(std::shared_ptr<AudioClient> client, const std::string& source, Kind kind);
   ~RecordingStream();
   RecordingStream(const RecordingStream&) = delete;
