@@ -52,7 +52,7 @@ Browser::Browser(const Session& session, const Options& options)
   std::vector<std::string> command = commandLine();
   // The debugging pipe keeps the browser running while it has no window.
   command.insert(command.end(), {"--remote-debugging-pipe", "--no-startup-window"});
-  process_ = session.start("chromium.log", std::move(command),
+  process_ = session.start(options_.profile + ".log", std::move(command),
                            {{pipe_->browserEnd(), 3}, {pipe_->browserEnd(), 4}});
   pipe_->closeBrowserEnd();
   serveTeams();
@@ -77,23 +77,16 @@ void Browser::serveTeams() {
 }
 
 std::vector<std::string> Browser::commandLine() const {
-  std::vector<std::string> command{findProgram(programNames()),
-                                   "--user-data-dir=" + (session_.folder() / "chromium").string(),
-                                   "--window-size=900,640",
-                                   "--disable-gpu",
-                                   "--disable-quic",
-                                   "--disable-sync",
-                                   "--disable-breakpad",
-                                   "--disable-background-networking",
-                                   "--disable-component-update",
-                                   "--disable-default-apps",
-                                   "--disable-dev-shm-usage",
-                                   "--disable-features=Translate,OptimizationHints,MediaRouter",
-                                   "--no-first-run",
-                                   "--no-default-browser-check",
-                                   "--no-service-autorun",
-                                   "--password-store=basic",
-                                   "--use-mock-keychain"};
+  std::vector<std::string> command{
+      findProgram(programNames()),
+      "--user-data-dir=" + (session_.folder() / options_.profile).string(), "--window-size=900,640",
+      "--disable-gpu", "--disable-quic", "--disable-sync", "--disable-breakpad",
+      "--disable-background-networking", "--disable-component-update", "--disable-default-apps",
+      "--disable-dev-shm-usage", "--disable-features=Translate,OptimizationHints,MediaRouter",
+      "--no-first-run", "--no-default-browser-check", "--no-service-autorun",
+      "--password-store=basic", "--use-mock-keychain",
+      // Pages may record without asking.
+      "--use-fake-ui-for-media-stream"};
   // Chromium refuses to run as root, as in a container, with its sandbox.
   if (geteuid() == 0) command.push_back("--no-sandbox");
   command.push_back(options_.headless ? "--headless=new" : "--ozone-platform=x11");

@@ -24,8 +24,10 @@ enum class WindowKind {
 class Browser {
  public:
   struct Options {
-    bool headless = true;                ///< Otherwise the session needs a display.
-    std::vector<std::string> arguments;  ///< Additional command line arguments.
+    bool headless = true;                  ///< Otherwise the session needs a display.
+    std::vector<std::string> arguments{};  ///< Additional command line arguments.
+    /// The profile's folder in the session's folder. Browsers with the same profile are one.
+    std::string profile = "chromium";
   };
 
   /// Starts the process and returns; the first call waits until the browser replies.

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "rehearsal/AudioServer.h"
 #include "rehearsal/DeskError.h"
 
 namespace hushbox::rehearsal {
@@ -77,6 +78,16 @@ void MeetingPage::leaveCall() {
 
 void MeetingPage::joinCall() {
   page_->evaluate("meeting.join()");
+}
+
+void MeetingPage::record() {
+  const std::string device = nlohmann::json(AudioServer::speakerphoneName).dump();
+  waitUntil([&] { return page_->evaluate("meeting.record(" + device + ")").get<bool>(); },
+            serverTimeout, "the browser to record");
+}
+
+void MeetingPage::stopRecording() {
+  page_->evaluate("meeting.stopRecording()");
 }
 
 std::vector<std::chrono::system_clock::time_point> MeetingPage::presses() {

@@ -47,6 +47,11 @@ class MeetingPage {
   void leaveCall();
   void joinCall();
 
+  /// Records from the speakerphone, as in a call, until stopRecording() or the page is closed.
+  /// Returns when the browser has opened the device, which it may take a while to find.
+  void record();
+  void stopRecording();
+
   /// When each press of the microphone button arrived in the page, oldest first, to about 0.1 ms.
   std::vector<std::chrono::system_clock::time_point> presses();
   /// Waits until at least `count` presses have arrived.

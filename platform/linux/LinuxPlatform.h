@@ -22,7 +22,8 @@ struct LinuxPlatform {
   /// icons.
   LinuxPlatform(SessionBusConnection& bus, UnifiedLog& log, ChildProcessRules rules = {},
                 const std::filesystem::path& iconFolder = {})
-      : accessibility([this] { notifications.add(browserRestartNotice(), nullptr); }),
+      : accessibility([this] { notifications.add(browserRestartNotice(), nullptr); },
+                      [this] { return audio.recordingProcesses(); }),
         childProcesses(std::move(rules)),
         notifications(mainLoop, bus),
         menuBar(bus, log, StatusNotifierMenuBar::panelTimeout, iconFolder),

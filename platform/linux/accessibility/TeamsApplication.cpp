@@ -48,7 +48,7 @@ void TeamsApplication::search() {
   const auto end = steady_clock::now() + wakeTimeout;
   confirm(documents_.findCandidates(programs_.hosts()));
   const bool isWaking = metBrowser || documents_.hasFallenAsleep();
-  while (isWaking && documents_.all().empty() && steady_clock::now() < end) {
+  while (isWaking && lacksMeeting() && steady_clock::now() < end) {
     std::this_thread::sleep_for(milliseconds{20});
     confirm(documents_.findCandidates(programs_.hosts()));
   }
@@ -56,6 +56,19 @@ void TeamsApplication::search() {
     programs_.connectDirectly(document->object.busName);
   labels_.forgetWindows();
   rank();
+}
+
+bool TeamsApplication::lacksMeeting() const {
+  const auto& documents = documents_.all();
+  const auto hasDocument = [&](std::int32_t process) {
+    return std::ranges::any_of(documents,
+                               [&](const auto& one) { return one->processIdentifier == process; });
+  };
+  return documents.empty() ||
+         std::ranges::any_of(programs_.hosts(), [&](const AtspiProgram* program) {
+           return !hasDocument(program->processIdentifier) &&
+                  ranking_.isRecording(program->processIdentifier);
+         });
 }
 
 void TeamsApplication::rank() {

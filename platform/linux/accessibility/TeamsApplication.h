@@ -61,6 +61,8 @@ class TeamsApplication {
 
   void forgetAfterReconnection();
   void chooseAgain();
+  /// Whether there is no document, or none in a program that records from the speakerphone.
+  bool lacksMeeting() const;
   void rank();
   /// Keeps those of the candidates that are there and belong to Teams.
   void confirm(const Documents& candidates);

@@ -10,9 +10,9 @@ namespace hushbox {
 
 namespace {
 
-bool records(const TeamsDocument& document, const std::vector<std::int32_t>& recording) {
+bool records(std::int32_t program, const std::vector<std::int32_t>& recording) {
   return std::any_of(recording.begin(), recording.end(), [&](std::int32_t process) {
-    return process_tree::isWithin(process, document.processIdentifier);
+    return process_tree::isWithin(process, program);
   });
 }
 
@@ -25,7 +25,7 @@ void TeamsRanking::sort(std::vector<TeamsDocumentRef>& documents) {
   std::map<TeamsDocumentRef, bool> isRecording;
   for (const TeamsDocumentRef& document : documents) {
     lastInFront[document] = labels_.isInFront(*document) ? now : lastInFront_[document];
-    isRecording[document] = records(*document, recording);
+    isRecording[document] = records(document->processIdentifier, recording);
   }
   // Those that are not here any more are forgotten.
   lastInFront_ = std::move(lastInFront);
@@ -37,15 +37,30 @@ void TeamsRanking::sort(std::vector<TeamsDocumentRef>& documents) {
                    [&](const auto& one, const auto& other) { return key(one) < key(other); });
 }
 
+bool TeamsRanking::isRecording(std::int32_t processIdentifier) const {
+  return records(processIdentifier, recordingProcesses());
+}
+
 bool TeamsRanking::hasLostGround(const TeamsDocumentRef& document) {
   const std::vector<std::int32_t> recording = recordingProcesses();
-  const Standing now{.document = document,
-                     .isInFront = labels_.isInFront(*document),
-                     .anotherRecords = !recording.empty() && !records(*document, recording)};
-  const Standing before = std::exchange(standing_, now);
-  if (now.isInFront) lastInFront_[document] = std::chrono::steady_clock::now();
-  if (before.document != document) return false;
-  return (before.isInFront && !now.isInFront) || (!before.anotherRecords && now.anotherRecords);
+  const auto moment = std::chrono::steady_clock::now();
+  const Standing before = standing_;
+  standing_ = {
+      .document = document,
+      .isInFront = labels_.isInFront(*document),
+      .anotherRecords = !recording.empty() && !records(document->processIdentifier, recording),
+      .reported = before.reported};
+  if (standing_.isInFront) lastInFront_[document] = moment;
+  if (before.document != document) {
+    standing_.reported = moment;
+    return false;
+  }
+  if (standing_.anotherRecords &&
+      (!before.anotherRecords || moment - before.reported >= recorderInterval)) {
+    standing_.reported = moment;
+    return true;
+  }
+  return before.isInFront && !standing_.isInFront;
 }
 
 std::vector<std::int32_t> TeamsRanking::recordingProcesses() const {

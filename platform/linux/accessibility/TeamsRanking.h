@@ -22,15 +22,22 @@ class TeamsRanking {
   /// records in a process that it has started.
   using RecordingProcesses = std::function<std::vector<std::int32_t>()>;
 
+  /// How often hasLostGround() reports that another program still records.
+  static constexpr std::chrono::seconds recorderInterval{2};
+
   /// Without `recordingProcesses`, nothing is known to record.
   TeamsRanking(const LabelRefresher& labels, RecordingProcesses recordingProcesses)
       : labels_(labels), recordingProcesses_(std::move(recordingProcesses)) {}
+
+  /// Whether the program records from the speakerphone, itself or in a process that it has started.
+  bool isRecording(std::int32_t processIdentifier) const;
 
   /// Puts the best document first.
   void sort(std::vector<TeamsDocumentRef>& documents);
 
   /// Whether since the last call something that spoke for the document has ended: it is no longer
-  /// in front, or another program records and its own does not.
+  /// in front, or another program records and its own does not. Repeats the latter every
+  /// `recorderInterval`, because that program's page may still have been loading.
   bool hasLostGround(const TeamsDocumentRef& document);
 
  private:
@@ -39,6 +46,8 @@ class TeamsRanking {
     TeamsDocumentRef document;
     bool isInFront = false;
     bool anotherRecords = false;
+    /// When that was last reported.
+    std::chrono::steady_clock::time_point reported{};
   };
 
   std::vector<std::int32_t> recordingProcesses() const;

@@ -23,6 +23,11 @@ bool PropertyListeners::remove(const AudioProperty& property,
          }) != 0;
 }
 
+bool PropertyListeners::has(const AudioProperty& property) const {
+  return std::ranges::any_of(listeners_,
+                             [&](const auto& listener) { return listener->property == property; });
+}
+
 void PropertyListeners::removeUnless(const std::function<bool(AudioObjectID)>& exists) {
   removeIf([&](const auto& listener) { return !exists(listener->property.object); });
 }

@@ -25,6 +25,9 @@ class PropertyListeners {
   /// Returns false if the registration does not belong to this property.
   bool remove(const AudioProperty& property, const RegistrationToken& registration);
 
+  /// Whether the property has a listener.
+  bool has(const AudioProperty& property) const;
+
   /// Removes the listeners of objects that no longer exist.
   void removeUnless(const std::function<bool(AudioObjectID)>& exists);
 

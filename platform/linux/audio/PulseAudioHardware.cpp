@@ -107,6 +107,16 @@ AudioStatus PulseAudioHardware::removePropertyListener(AudioObjectID object,
                                                         : audio::unsupportedOperation;
 }
 
+std::vector<std::int32_t> PulseAudioHardware::recordingProcesses() const {
+  std::set<std::int32_t> result;
+  for (const PulseSourceTable::Source& source : table_.sources()) {
+    if (listeners_.has({source.id, audio::runningSomewhere})) {
+      result.merge(table_.recordingProcesses(source.id));
+    }
+  }
+  return {result.begin(), result.end()};
+}
+
 void PulseAudioHardware::deliverUntil(Instant latest) {
   const std::weak_ptr<PulseReportQueue> alive = reports_;
   for (auto reports = alive.lock(); reports != nullptr; reports = alive.lock()) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/AudioHardware.h"
 #include "platform/linux/audio/PropertyListeners.h"
@@ -72,6 +73,11 @@ class PulseAudioHardware final : public AudioHardware {
                                         std::function<void()> listener) override;
   AudioStatus removePropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
                                      RegistrationToken listener) override;
+
+  /// The processes that record from the devices that the program follows: those with a listener of
+  /// `audio::runningSomewhere`. A process is what the stream's client says it is, which in a
+  /// sandbox with process identifiers of its own is another number than outside.
+  std::vector<std::int32_t> recordingProcesses() const;
 
   /// Delivers the queued states that arrived no later than `latest`, oldest first: a timer that
   /// fell due afterwards must not overtake them. Without this call the main context delivers them.

@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <sstream>
 #include <string_view>
+#include <system_error>
 
 #include "support/Text.h"
 
@@ -41,6 +43,16 @@ std::string detailsOf(const pa_source_info& info) {
     pa_xfree(properties);
   }
   return details.str();
+}
+
+/// Returns 0 for a client that does not name its process, as modules of the server itself.
+std::int32_t processOf(const pa_source_output_info& info) {
+  if (info.proplist == nullptr) return 0;
+  const std::string_view text =
+      view(pa_proplist_gets(info.proplist, PA_PROP_APPLICATION_PROCESS_ID));
+  std::int32_t process = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), process);
+  return error == std::errc() && end == text.data() + text.size() ? process : 0;
 }
 
 bool isTrue(const pa_proplist* properties, const char* key) {
@@ -81,6 +93,7 @@ bool PulseSourceReport::isSame(const PulseSourceReport& other) const {
 PulseStreamReport::PulseStreamReport(const pa_source_output_info& info)
     : index(info.index),
       source(info.source),
+      process(processOf(info)),
       records(info.corked == 0 && info.source != PA_INVALID_INDEX && !isMeter(info)) {}
 
 }  // namespace hushbox

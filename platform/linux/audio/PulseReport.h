@@ -40,6 +40,8 @@ struct PulseStreamReport {
 
   std::uint32_t index;
   std::uint32_t source;
+  /// The process that the client says it is, 0 if it says none.
+  std::int32_t process;
   /// False for paused streams, for streams without a source and for the level meters of mixers.
   bool records;
 };

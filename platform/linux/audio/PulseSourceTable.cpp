@@ -73,13 +73,23 @@ PulseSourceTable::Changes PulseSourceTable::setBounced(std::uint32_t index) {
 
 PulseSourceTable::Changes PulseSourceTable::setStream(const PulseStreamReport& report) {
   if (!report.records) return removeStream(report.index);
-  streams_[report.index] = report.source;
+  streams_[report.index] = {report.source, report.process};
   return updateRunning();
 }
 
 PulseSourceTable::Changes PulseSourceTable::removeStream(std::uint32_t index) {
   streams_.erase(index);
   return updateRunning();
+}
+
+std::set<std::int32_t> PulseSourceTable::recordingProcesses(AudioObjectID id) const {
+  std::set<std::int32_t> result;
+  const Source* const source = find(id);
+  if (source == nullptr) return result;
+  for (const auto& [index, stream] : streams_) {
+    if (stream.sourceIndex == source->index && stream.process > 0) result.insert(stream.process);
+  }
+  return result;
 }
 
 PulseSourceTable::Changes PulseSourceTable::clear() {
@@ -111,8 +121,8 @@ PulseSourceTable::Source* PulseSourceTable::findMutable(AudioObjectID id) {
 }
 
 bool PulseSourceTable::hasStream(std::uint32_t sourceIndex) const {
-  return std::ranges::any_of(streams_,
-                             [&](const auto& stream) { return stream.second == sourceIndex; });
+  return std::ranges::any_of(
+      streams_, [&](const auto& stream) { return stream.second.sourceIndex == sourceIndex; });
 }
 
 PulseSourceTable::Changes PulseSourceTable::updateRunning() {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,10 @@ class PulseSourceTable {
   Changes setStream(const PulseStreamReport& report);
   Changes removeStream(std::uint32_t index);
 
+  /// The processes whose streams record from the source, without duplicates. Streams that name no
+  /// process are left out.
+  std::set<std::int32_t> recordingProcesses(AudioObjectID id) const;
+
   /// Removes everything, after the connection was lost.
   Changes clear();
 
@@ -101,6 +106,11 @@ class PulseSourceTable {
   std::vector<PulseWrite> takeFollowUps();
 
  private:
+  struct Stream {
+    std::uint32_t sourceIndex;
+    std::int32_t process;
+  };
+
   Source* findMutable(AudioObjectID id);
   bool hasStream(std::uint32_t sourceIndex) const;
   Changes updateRunning();
@@ -109,9 +119,8 @@ class PulseSourceTable {
   void noteMute(Source& source, bool wasSilent, bool switchMoved);
 
   std::vector<Source> sources_;
-  /// The index of the source that each stream records from, by stream index. Holds only the streams
-  /// that count as recording.
-  std::map<std::uint32_t, std::uint32_t> streams_;
+  /// By stream index. Holds only the streams that count as recording.
+  std::map<std::uint32_t, Stream> streams_;
   std::vector<PulseWrite> followUps_;
 };
 

@@ -136,6 +136,30 @@ TEST_P(CallOnEitherServerTest, VolumeMeterIsNotACall) {
   EXPECT_EQ(std::ranges::count(program->log.lines, "Jabra mic in use -> true"), 0);
 }
 
+TEST_P(CallOnEitherServerTest, PressesTheMeetingWhoseBrowserRecords) {
+  rehearsal::Browser otherBrowser(desk().session(), {.profile = "other-chromium"});
+  rehearsal::MeetingPage other(otherBrowser);
+  call.reset();
+  const auto recorders = [this] { return program->platform.audio.recordingProcesses(); };
+  waitUntil([&] { return recorders().empty(); }, serverTimeout, "the end of the call");
+  rehearsal::MeetingPage* const pages[] = {&*meeting, &other};
+  for (rehearsal::MeetingPage* const recording : pages) {
+    rehearsal::MeetingPage* const silent = recording == &other ? &*meeting : &other;
+    const std::size_t before = silent->presses().size();
+    const std::vector<std::int32_t> previous = recorders();
+    recording->record();
+    // The browser that recorded so far stops only now, so the call does not end.
+    if (!previous.empty()) silent->stopRecording();
+    waitUntil([&] { return recorders().size() == 1 && recorders() != previous; }, serverTimeout,
+              "the recording to move");
+    sound().setVolume(0.0);
+    recording->waitForMuted(true);
+    sound().setVolume(1.0);
+    recording->waitForMuted(false);
+    EXPECT_EQ(silent->presses().size(), before);
+  }
+}
+
 TEST_F(CallTest, PressThatTeamsAlreadyFollowedChangesNothing) {
   sound().setVolume(0.0);
   meeting->pressMicrophone();

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "rehearsal/ServerProcess.h"
@@ -143,6 +144,16 @@ TEST_F(TeamsRankingRecordingTest, LosesGroundOnceAnotherProgramRecords) {
   EXPECT_TRUE(ranking_.hasLostGround(theirs_));
   EXPECT_FALSE(ranking_.hasLostGround(theirs_));
   recording_ = {other_->pid()};
+  EXPECT_FALSE(ranking_.hasLostGround(theirs_));
+}
+
+TEST_F(TeamsRankingRecordingTest, LosesGroundAgainWhileAnotherProgramStillRecords) {
+  EXPECT_FALSE(ranking_.hasLostGround(theirs_));
+  recording_ = {getpid()};
+  EXPECT_TRUE(ranking_.hasLostGround(theirs_));
+  EXPECT_FALSE(ranking_.hasLostGround(theirs_));
+  std::this_thread::sleep_for(TeamsRanking::recorderInterval);
+  EXPECT_TRUE(ranking_.hasLostGround(theirs_));
   EXPECT_FALSE(ranking_.hasLostGround(theirs_));
 }
 

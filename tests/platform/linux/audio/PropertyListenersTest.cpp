@@ -46,6 +46,15 @@ TEST_F(PropertyListenersTest, RemovesOnlyAListenerOfThatProperty) {
   EXPECT_THAT(notes_, ElementsAre("volume"));
 }
 
+TEST_F(PropertyListenersTest, HasAListenerUntilItIsRemoved) {
+  EXPECT_FALSE(listeners_->has(running));
+  const auto registration = listeners_->add(running, noting("running"));
+  EXPECT_TRUE(listeners_->has(running));
+  EXPECT_FALSE(listeners_->has(volume));
+  listeners_->remove(running, registration);
+  EXPECT_FALSE(listeners_->has(running));
+}
+
 TEST_F(PropertyListenersTest, KeepsAListenerAfterItsTokenIsDestroyed) {
   listeners_->add(volume, noting("volume"));
   listeners_->call({volume});

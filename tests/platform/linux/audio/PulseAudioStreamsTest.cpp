@@ -1,4 +1,5 @@
 #include <pulse/pulseaudio.h>
+#include <unistd.h>
 
 #include "tests/platform/linux/fixtures/PulseAudioFixture.h"
 
@@ -7,6 +8,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 class PulseAudioStreamsTest : public PulseAudioFixture {};
 
@@ -117,6 +119,29 @@ TEST_P(PulseAudioStreamsTest, MovedStreamCountsForItsNewSource) {
   eventually([&] { return isRunning(device) == false && isRunning(other) == true; });
   mover.moveTo(AudioServer::speakerphoneSource);
   eventually([&] { return isRunning(device) == true && isRunning(other) == false; });
+}
+
+TEST_P(PulseAudioStreamsTest, ListsTheProcessesThatRecordFromAFollowedDevice) {
+  const AudioObjectID device = start();
+  const auto processes = [this] { return hardware_->recordingProcesses(); };
+  const auto recorder = [](const std::string& source) {
+    return session_->start("parec.log", {"parec", "--device=" + source, "/dev/null"});
+  };
+  auto stream = server_->record();
+  const auto other = recorder(AudioServer::speakerphoneSource);
+  const auto elsewhere = recorder(AudioServer::decoySource);
+  const auto meter = server_->meter();
+  eventually([&] { return isRunning(find("Built-in Microphone")) == true; });
+  // The program follows no device yet.
+  EXPECT_THAT(processes(), IsEmpty());
+  recordRunning(device);
+  eventually([&] { return processes().size() == 2; });
+  EXPECT_THAT(processes(), UnorderedElementsAre(getpid(), other->pid()));
+  stream.reset();
+  eventually([&] { return processes().size() == 1; });
+  EXPECT_THAT(processes(), ElementsAre(other->pid()));
+  other->stop();
+  eventually([&] { return processes().empty(); });
 }
 
 TEST_P(PulseAudioStreamsTest, RunningListenerMayDestroyTheAdapter) {

@@ -41,6 +41,16 @@ pa_source_output_info streamInfo(std::uint32_t index, std::uint32_t source) {
   return info;
 }
 
+/// A stream whose client names its process with that text.
+PulseStreamReport streamOf(const char* process, std::uint32_t index, std::uint32_t source) {
+  pa_source_output_info info = streamInfo(index, source);
+  info.proplist = pa_proplist_new();
+  pa_proplist_sets(info.proplist, PA_PROP_APPLICATION_PROCESS_ID, process);
+  const PulseStreamReport report(info);
+  pa_proplist_free(info.proplist);
+  return report;
+}
+
 class PulseSourceTableTest : public testing::Test {
  protected:
   const PulseSourceTable::Source& only() const {
@@ -446,6 +456,31 @@ TEST_F(PulseSourceTableTest, PausedStreamDoesNotCount) {
   stream.corked = 1;
   EXPECT_THAT(table_.setStream(stream), SizeIs(1));
   EXPECT_FALSE(only().running);
+}
+
+TEST_F(PulseSourceTableTest, ListsTheProcessesThatRecordFromASource) {
+  plug();
+  const AudioObjectID id = only().id;
+  EXPECT_THAT(table_.recordingProcesses(id), IsEmpty());
+  table_.setStream(streamOf("4711", 1, 7));
+  table_.setStream(streamOf("4711", 2, 7));
+  table_.setStream(streamOf("815", 3, 7));
+  table_.setStream(streamOf("42", 4, 8));
+  EXPECT_THAT(table_.recordingProcesses(id), ElementsAre(815, 4711));
+  table_.removeStream(3);
+  EXPECT_THAT(table_.recordingProcesses(id), ElementsAre(4711));
+  EXPECT_THAT(table_.recordingProcesses(id + 1), IsEmpty());
+}
+
+TEST_F(PulseSourceTableTest, ListsNoProcessForAStreamThatNamesNone) {
+  plug();
+  table_.setStream(streamInfo(1, 7));
+  std::uint32_t index = 2;
+  for (const char* text : {"", "0", "-5", "12x", " 12", "99999999999"}) {
+    table_.setStream(streamOf(text, index++, 7));
+  }
+  EXPECT_TRUE(only().running);
+  EXPECT_THAT(table_.recordingProcesses(only().id), IsEmpty());
 }
 
 TEST_F(PulseSourceTableTest, StreamWithoutASourceCountsOnceItHasOne) {

@@ -20,8 +20,8 @@ namespace hushbox {
 namespace {
 
 using namespace std::chrono_literals;
+using serverTimeout;
 using rehearsal::letPass;
-using rehearsal::serverTimeout;
 using rehearsal::waitUntil;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -125,7 +125,7 @@ TEST_F(SessionBusConnectionTest, EndOfTheBusDoesNotEndTheProcess) {
     // As settings storage does.
     const ConnectionPointer held(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
     session_.bus().kill();
-    waitUntil([this] { return !bus_->isConnected(); }, patience, "the end");
+    waitUntil([this] { return !bus_->isConnected(); }, serverTimeout, "the end");
     letPass(20ms);
   }
   g_source_remove(source);
@@ -139,7 +139,7 @@ TEST_F(SessionBusConnectionTest, DestroyedWhileConnectingItLeavesNoConnectionTha
   session_.bus().thaw();
   const ConnectionPointer held(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
   EXPECT_TRUE(rehearsal::holdsWithin(
-      [&] { return !g_dbus_connection_get_exit_on_close(held.get()); }, patience));
+      [&] { return !g_dbus_connection_get_exit_on_close(held.get()); }, serverTimeout));
 }
 
 TEST_F(SessionBusConnectionTest, CallConnectsFirst) {
