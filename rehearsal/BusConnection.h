@@ -35,7 +35,7 @@ class BusConnection {
   /// the deadline.
   Variant call(const std::string& name, const std::string& path, const std::string& interface,
                const std::string& method, GVariant* arguments,
-               Milliseconds deadline = Milliseconds{10'000}) const;
+               Milliseconds deadline = serverTimeout) const;
 
   bool hasOwner(const std::string& name) const;
   /// The id of the process that owns a name, or -1 if the name has no owner.

@@ -114,15 +114,13 @@ Panel::Area Panel::openMenu() {
   const Area item = waitForItem();
   // A panel that has not read the menu yet opens nothing, and one that is reading it again opens it
   // at its old size. A person would click again.
-  waitUntil(
+  repeatUntil(
       [&] {
         if (menu()) closeMenu();
         movePointerAway();
         click(item.x + item.width / 2, item.y + item.height / 2);
-        return holdsWithin([&] { return rowHeight(itemMenu().rows()).has_value(); },
-                           Milliseconds{3000});
       },
-      serverTimeout, "a menu with all rows");
+      [&] { return rowHeight(itemMenu().rows()).has_value(); }, "a menu with all rows");
   return *menu();
 }
 
@@ -192,12 +190,22 @@ void Panel::clickRow(const std::string& text) {
 }
 
 void Panel::chooseRow(const std::string& text) {
-  waitUntil(
+  repeatUntil(
       [&] {
         if (menu()) clickRow(text);
-        return holdsWithin([&] { return !menu(); }, Milliseconds{3000});
       },
-      serverTimeout, "the menu to close over \"" + text + "\"");
+      [&] { return !menu(); }, "the menu to close over \"" + text + "\"");
+}
+
+void Panel::repeatUntil(const std::function<void()>& action, const std::function<bool()>& effect,
+                        const std::string& awaited) {
+  // An action that is repeated before it has taken effect undoes it, so a slow machine gets more
+  // time with each attempt.
+  for (Milliseconds wait{3000}; wait <= serverTimeout; wait *= 2) {
+    action();
+    if (holdsWithin(effect, wait)) return;
+  }
+  throw DeskError("timed out waiting for " + awaited);
 }
 
 void Panel::closeMenu() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -81,6 +82,9 @@ class Panel {
   std::optional<int> rowHeight(const std::vector<Row>& rows) const;
   std::vector<Area> windows() const;
   void click(int x, int y) const;
+  /// Repeats the action until it takes effect. Throws DeskError after a few attempts.
+  static void repeatUntil(const std::function<void()>& action, const std::function<bool()>& effect,
+                          const std::string& awaited);
   std::string run(std::vector<std::string> command) const;
 
   Session& session_;
