@@ -1,0 +1,19 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+
+namespace hushbox::rehearsal {
+
+/// What a process holds at one moment.
+struct ProcessFigures {
+  long privateKibibytes = 0;
+  std::size_t descriptors = 0;
+  std::size_t threads = 0;
+
+  /// Reads /proc. Throws DeskError if the process has exited.
+  static ProcessFigures of(pid_t process);
+};
+
+}  // namespace hushbox::rehearsal
