@@ -20,8 +20,8 @@ namespace hushbox {
 namespace {
 
 using namespace std::chrono_literals;
-using serverTimeout;
 using rehearsal::letPass;
+using rehearsal::serverTimeout;
 using rehearsal::waitUntil;
 using testing::ElementsAre;
 using testing::IsEmpty;
