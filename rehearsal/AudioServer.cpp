@@ -152,6 +152,11 @@ void AudioServer::setToFullVolume(const std::string& source) {
   }
   client_->setVolume(source, 1.0);
   client_->setMuteSwitch(source, false);
+  const auto isFull = [&] {
+    const std::optional<SourceState> state = client_->source(source);
+    return state && state->volume == 1.0 && !state->muteSwitch;
+  };
+  waitUntil(isFull, serverTimeout, source + " to be at full volume");
 }
 
 void AudioServer::makeWritable(const std::string& source) {
@@ -171,8 +176,9 @@ void AudioServer::plug(const std::string& source, const std::string& name) {
   }
   Plugged plugged{source, name, PA_INVALID_INDEX};
   load(plugged);
-  if (flavour_ == AudioFlavour::PipeWire) setToFullVolume(source);
+  // In this order: PipeWire 1.4 reports what was restored only once a stream has run.
   makeWritable(source);
+  if (flavour_ == AudioFlavour::PipeWire) setToFullVolume(source);
   plugged_.push_back(plugged);
 }
 

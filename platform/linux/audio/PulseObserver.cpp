@@ -178,7 +178,9 @@ void PulseObserver::sourceReplied(const Request& request, const PulseSourceRepor
     source.settled = std::min(PulseReportQueue::now() + settleTime, source.latestSettled);
     return;
   }
-  if (conclusion == Conclusion::undone && request.time - lastStreamEvent_ > streamEventEffect) {
+  // A source that nothing records from may be suspended and resumed, which leaves the same traces.
+  if (conclusion == Conclusion::undone && report.isRunning &&
+      request.time - lastStreamEvent_ > streamEventEffect) {
     reports_->push({request.time, PulseVolumeBounce{report.index}});
   }
   reports_->push({request.time, report});

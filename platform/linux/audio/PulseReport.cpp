@@ -82,6 +82,7 @@ PulseSourceReport::PulseSourceReport(const pa_source_info& info)
       muteSwitch(info.mute != 0),
       isMonitor(info.monitor_of_sink != PA_INVALID_INDEX),
       isHardware((info.flags & PA_SOURCE_HARDWARE) != 0),
+      isRunning(info.state == PA_SOURCE_RUNNING),
       details(detailsOf(info)) {}
 
 bool PulseSourceReport::isSame(const PulseSourceReport& other) const {

@@ -30,6 +30,8 @@ struct PulseSourceReport {
   bool isMonitor;
   /// Whether it stands for a device, not for a filter or another virtual source.
   bool isHardware;
+  /// Whether something records from it, be it a meter.
+  bool isRunning;
   /// All other visible fields as text, to be compared only.
   std::string details;
 };

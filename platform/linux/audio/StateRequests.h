@@ -11,9 +11,9 @@ namespace hushbox {
 /// the server sends its events after the replies of the same moment. So if nothing differs after a
 /// single event, the state is requested again, and the second event arrives before that reply.
 ///
-/// Nothing else looks like that: the server merges its own changes of a moment into one event, and
-/// other events come alone or with a visible difference. A program that restores every change, not
-/// only drops, just as fast, would look the same.
+/// On a source that something records from, nothing else looks like that: the server merges its own
+/// changes of a moment into one event, and other events come alone or with a visible difference. A
+/// program that restores every change, not only drops, just as fast, would look the same.
 ///
 /// One sequence of requests for one source, with the replies in order. Single-threaded.
 class StateRequests {

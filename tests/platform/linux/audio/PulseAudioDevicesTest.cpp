@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <set>
 
 #include "tests/platform/linux/fixtures/PulseAudioFixture.h"
@@ -83,15 +84,21 @@ TEST_P(PulseAudioDevicesTest, HardwareIsListedBeforeVirtualSources) {
   }
   start();
   rehearsal::AudioClient client(session_->environment().at("PULSE_SERVER"), "Mixer");
-  const std::uint32_t module =
-      client.loadModule("module-null-sink",
-                        "media.class=Audio/Source/Virtual channels=1 sink_name=hardware "
-                        "sink_properties=\"device.description=Hardware device.api=alsa\"");
+  const auto load = [&](const std::string& name, const std::string& property) {
+    return client.loadModule("module-null-sink",
+                             "media.class=Audio/Source/Virtual channels=1 sink_name=" + name +
+                                 " sink_properties=\"device.description=" + name + " " + property +
+                                 "\"");
+  };
+  // PipeWire 0.3 looks for the one property, 1.4 for the other.
+  const std::uint32_t filter = load("Filter", "node.virtual=true");
+  eventually([&] { return find("Filter") != 0; });
+  const std::uint32_t hardware = load("Hardware", "device.api=alsa");
   eventually([&] { return find("Hardware") != 0; });
   const auto list = devices();
-  ASSERT_FALSE(list.empty());
-  EXPECT_EQ(list.front(), find("Hardware"));
-  client.unloadModule(module);
+  EXPECT_LT(std::ranges::find(list, find("Hardware")), std::ranges::find(list, find("Filter")));
+  client.unloadModule(hardware);
+  client.unloadModule(filter);
 }
 
 TEST_P(PulseAudioDevicesTest, DeviceKeepsItsIdentifierWhileOthersArePluggedInAndOut) {
