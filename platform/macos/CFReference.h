@@ -22,10 +22,6 @@ class CFReference {
     if (object_) CFRelease(object_);
   }
   CFReference(CFReference&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-  CFReference& operator=(CFReference&& other) noexcept {
-    std::swap(object_, other.object_);
-    return *this;
-  }
   CFReference(const CFReference&) = delete;
   CFReference& operator=(const CFReference&) = delete;
 

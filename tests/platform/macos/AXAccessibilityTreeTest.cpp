@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,6 +15,7 @@
 namespace hushbox {
 namespace {
 
+using namespace std::chrono_literals;
 using doubles::AXStrange;
 using testing::ElementsAre;
 
@@ -43,6 +45,8 @@ class AXAccessibilityTreeTest : public MacFixture {
   AXAccessibilityTree tree;
 };
 
+using AXAccessibilityTreeDeathTest = AXAccessibilityTreeTest;
+
 doubles::AXNodeRef node(std::map<std::string, doubles::AXValue> attributes) {
   auto made = std::make_shared<doubles::AXNode>();
   made->attributes = std::move(attributes);
@@ -52,11 +56,13 @@ doubles::AXNodeRef node(std::map<std::string, doubles::AXValue> attributes) {
 TEST_F(AXAccessibilityTreeTest, RequestsTrustWithAPromptOnlyWhenAsked) {
   EXPECT_TRUE(tree.isProcessTrusted());
   EXPECT_TRUE(doubles::prompts.empty());
-  doubles::trusted = false;
-  EXPECT_FALSE(tree.isProcessTrusted());
-  EXPECT_FALSE(tree.isProcessTrustedWithOptions(false));
-  EXPECT_FALSE(tree.isProcessTrustedWithOptions(true));
-  EXPECT_THAT(doubles::prompts, ElementsAre(false, true));
+  for (const bool trusted : {true, false}) {
+    doubles::trusted = trusted;
+    EXPECT_EQ(tree.isProcessTrusted(), trusted);
+    EXPECT_EQ(tree.isProcessTrustedWithOptions(false), trusted);
+    EXPECT_EQ(tree.isProcessTrustedWithOptions(true), trusted);
+  }
+  EXPECT_THAT(doubles::prompts, ElementsAre(false, true, false, true));
 }
 
 TEST_F(AXAccessibilityTreeTest, TextIsReadAsUtf8) {
@@ -120,6 +126,7 @@ TEST_F(AXAccessibilityTreeTest, FailedReadReturnsItsStatusAndKeepsTheValue) {
   AttributeValue value = "before";
   EXPECT_EQ(tree.copyAttributeValue(application(), "AXNothing", value),
             accessibility::attributeUnsupported);
+  EXPECT_EQ(tree.copyAttributeValue(application(), "AXHelp", value), accessibility::noValue);
   EXPECT_EQ(value, AttributeValue("before"));
 }
 
@@ -152,6 +159,24 @@ TEST_F(AXAccessibilityTreeTest, ActionReturnsOnceTheElementShowsItsEffect) {
     EXPECT_EQ(read(application(), attribute), AttributeValue("Unmute"));
     EXPECT_GE(doubles::now() - before, std::chrono::milliseconds(100));
     EXPECT_LE(doubles::now() - before, std::chrono::milliseconds(200));
+  }
+}
+
+TEST_F(AXAccessibilityTreeTest, WaitsAtMostAsLongAgainAsTheElementTakes) {
+  for (const auto delay : {0ms, 5ms, 45ms, 100ms, 300ms}) {
+    root->attributes = {{"AXTitle", "Mute"}};
+    Instant due;
+    root->perform = [&](const std::string&) {
+      due = doubles::now() + delay;
+      return accessibility::success;
+    };
+    root->beforeRead = [&] {
+      if (due != Instant() && doubles::now() >= due) root->attributes["AXTitle"] = "Unmute";
+    };
+    const Instant before = doubles::now();
+    EXPECT_EQ(tree.performAction(application(), "AXPress"), accessibility::success);
+    EXPECT_GE(doubles::now() - before, delay);
+    EXPECT_LE(doubles::now() - before, delay == 0ms ? 0ms : 2 * delay + 10ms);
   }
 }
 
@@ -197,11 +222,50 @@ TEST_F(AXAccessibilityTreeTest, LaterTimeoutAppliesToExistingElements) {
   root->children = {node({})};
   const auto app = application(1.0F);
   const auto child = children(app)[0];
-  EXPECT_EQ(tree.setMessagingTimeout(app, 0.25F), accessibility::success);
-  doubles::axFrozen = true;
   AttributeValue value;
   tree.copyAttributeValue(child, "AXRole", value);
-  EXPECT_THAT(doubles::axWaits, ElementsAre(0.25F));
+  for (const float timeout : {0.25F, 2.0F}) {
+    EXPECT_EQ(tree.setMessagingTimeout(app, timeout), accessibility::success);
+    doubles::axFrozen = true;
+    tree.copyAttributeValue(child, "AXRole", value);
+    doubles::axFrozen = false;
+  }
+  EXPECT_THAT(doubles::axWaits, ElementsAre(0.25F, 2.0F));
+}
+
+TEST_F(AXAccessibilityTreeTest, ApplicationWhoseTimeoutCannotBeSetIsNotCalled) {
+  root->attributes["AXRole"] = "AXApplication";
+  doubles::axTimeoutStatus = accessibility::failure;
+  const auto app = tree.createApplication(process);
+  EXPECT_EQ(tree.setMessagingTimeout(app, 1), accessibility::failure);
+  AttributeValue value;
+  EXPECT_EQ(tree.copyAttributeValue(app, "AXRole", value), accessibility::failure);
+  EXPECT_EQ(doubles::calls()["AXUIElementCopyAttributeValue"], 0);
+  doubles::axTimeoutStatus = 0;
+  EXPECT_EQ(read(app, "AXRole"), AttributeValue("AXApplication"));
+}
+
+TEST_F(AXAccessibilityTreeTest, FindsApplicationsByTheirWholeProcessIdentifier) {
+  for (const std::int32_t each : {70'000, 2'000'000'001}) {
+    doubles::axApplication(each)->attributes["AXTitle"] = std::to_string(each);
+    const auto element = tree.createApplication(each);
+    tree.setMessagingTimeout(element, 1);
+    EXPECT_EQ(read(element, "AXTitle"), AttributeValue(std::to_string(each)));
+  }
+}
+
+TEST_F(AXAccessibilityTreeTest, ApplicationWithoutAProcessIsInvalid) {
+  const auto element = tree.createApplication(-1);
+  AttributeValue value;
+  EXPECT_EQ(tree.setMessagingTimeout(element, 1), accessibility::invalidElement);
+  EXPECT_EQ(tree.copyAttributeValue(element, "AXRole", value), accessibility::invalidElement);
+  EXPECT_EQ(tree.performAction(element, "AXPress"), accessibility::invalidElement);
+}
+
+TEST_F(AXAccessibilityTreeDeathTest, SetsNoTimeoutOfItsOwn) {
+  const auto app = tree.createApplication(process);
+  AttributeValue value;
+  EXPECT_DEATH(tree.copyAttributeValue(app, "AXRole", value), "without a messaging timeout");
 }
 
 TEST_F(AXAccessibilityTreeTest, TimeoutIsSetOncePerElement) {

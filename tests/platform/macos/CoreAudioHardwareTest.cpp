@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/macos/RunLoopMainLoop.h"
 #include "tests/platform/macos/MacFixture.h"
 
 namespace hushbox {
@@ -80,24 +81,34 @@ TEST_F(CoreAudioHardwareTest, WritesTheWholeVolume) {
 
 TEST_F(CoreAudioHardwareTest, ReturnsTheStatusOfEveryCall) {
   const AudioObjectID device = doubles::plug({.name = "Jabra"});
-  constexpr AudioStatus status = audio::hardwareNotRunning;
-  std::uint32_t size = 4;
-  float value = 0.5F;
-  doubles::failNextAudioCall(status);
-  EXPECT_EQ(hardware.getPropertyDataSize(device, audio::inputVolume, size), status);
-  doubles::failNextAudioCall(status);
-  EXPECT_EQ(hardware.getPropertyData(device, audio::inputVolume, size, &value), status);
-  doubles::failNextAudioCall(status);
-  EXPECT_EQ(hardware.setPropertyData(device, audio::inputVolume, size, &value), status);
-  doubles::failNextAudioCall(status);
-  std::string name;
-  EXPECT_EQ(hardware.getPropertyText(device, audio::deviceName, name), status);
-  doubles::failNextAudioCall(status);
-  EXPECT_FALSE(listen(device, audio::inputVolume));
-  auto listener = listen(device, audio::inputVolume);
-  doubles::failNextAudioCall(status);
-  EXPECT_EQ(hardware.removePropertyListener(device, audio::inputVolume, std::move(listener)),
-            status);
+  for (const AudioStatus status : {audio::hardwareNotRunning, AudioStatus{-50}}) {
+    std::uint32_t size = 4;
+    float value = 0.5F;
+    doubles::failNextAudioCall(status);
+    EXPECT_EQ(hardware.getPropertyDataSize(device, audio::inputVolume, size), status);
+    doubles::failNextAudioCall(status);
+    EXPECT_EQ(hardware.getPropertyData(device, audio::inputVolume, size, &value), status);
+    doubles::failNextAudioCall(status);
+    EXPECT_EQ(hardware.setPropertyData(device, audio::inputVolume, size, &value), status);
+    doubles::failNextAudioCall(status);
+    std::string name = "untouched";
+    EXPECT_EQ(hardware.getPropertyText(device, audio::deviceName, name), status);
+    EXPECT_EQ(name, "untouched");
+    doubles::failNextAudioCall(status);
+    EXPECT_FALSE(listen(device, audio::inputVolume));
+    auto listener = listen(device, audio::inputVolume);
+    doubles::failNextAudioCall(status);
+    EXPECT_EQ(hardware.removePropertyListener(device, audio::inputVolume, std::move(listener)),
+              status);
+  }
+}
+
+TEST_F(CoreAudioHardwareTest, RefusesANameOfAnotherSize) {
+  const AudioObjectID device =
+      doubles::plug({.name = "Jabra", .kind = doubles::AudioDevice::Name::half});
+  std::string name = "untouched";
+  EXPECT_EQ(hardware.getPropertyText(device, audio::deviceName, name), audio::badPropertySize);
+  EXPECT_EQ(name, "untouched");
 }
 
 TEST_F(CoreAudioHardwareTest, NameIsReadAsUtf8) {
@@ -142,6 +153,14 @@ TEST_F(CoreAudioHardwareTest, ListenerIsCalledLaterOnTheMainQueue) {
   doubles::setRunning(device, true);
   settle();
   EXPECT_EQ(calls, 1);
+}
+
+TEST_F(CoreAudioHardwareTest, ListenerRunsBeforeWhatIsQueuedAfterTheChange) {
+  const AudioObjectID device = doubles::plug({.name = "Jabra"});
+  const auto listener = listen(device, audio::inputVolume);
+  doubles::setInputVolume(device, 0);
+  RunLoopMainLoop().mainAsync([this] { EXPECT_EQ(calls, 1); });
+  settle();
 }
 
 TEST_F(CoreAudioHardwareTest, RemovesOneListenerAndKeepsTheOther) {

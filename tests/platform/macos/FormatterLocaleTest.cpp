@@ -21,6 +21,12 @@ TEST_F(FormatterLocaleTest, FollowsChangesOfTheUsersSettings) {
   EXPECT_EQ(locale.shortTime(), "21:05");
 }
 
+TEST_F(FormatterLocaleTest, ReleasesWhatItReads) {
+  const long before = doubles::liveObjects();
+  EXPECT_EQ(locale.shortTime(), "9:41 AM");
+  EXPECT_EQ(doubles::liveObjects(), before);
+}
+
 class FormatterLocaleDriver final : public LocaleDriver {
  public:
   FormatterLocaleDriver() { doubles::setShortTime("10:42\u202fAM"); }

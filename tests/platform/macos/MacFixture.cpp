@@ -6,6 +6,7 @@ void resetDoubles() {
   const doubles::AutoreleasePool pool;
   doubles::resetTasks();
   doubles::resetRunLoop();
+  doubles::resetApplication();
   doubles::resetProcessInfo();
   doubles::resetAudio();
   doubles::resetAccessibility();

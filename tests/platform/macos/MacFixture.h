@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/platform/macos/doubles/AccessibilityDouble.h"
+#include "tests/platform/macos/doubles/ApplicationDouble.h"
 #include "tests/platform/macos/doubles/BundleDouble.h"
 #include "tests/platform/macos/doubles/Calls.h"
 #include "tests/platform/macos/doubles/CoreAudioDouble.h"

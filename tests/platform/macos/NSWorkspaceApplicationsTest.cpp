@@ -40,6 +40,12 @@ TEST_F(NSWorkspaceApplicationsTest, ReturnsNulloptForAnAbsentBundleIdentifier) {
   const auto running = workspace.runningApplications();
   ASSERT_EQ(running.size(), 1U);
   EXPECT_EQ(running[0].bundleIdentifier, std::nullopt);
+  EXPECT_EQ(running[0].processIdentifier, 77);
+}
+
+TEST_F(NSWorkspaceApplicationsTest, ListsApplicationsThatStartOrQuit) {
+  doubles::apps = {{"com.microsoft.teams2", 501, false}, {"com.microsoft.teams", 502, true, true}};
+  EXPECT_EQ(workspace.runningApplications().size(), 2U);
 }
 
 TEST_F(NSWorkspaceApplicationsTest, ReadsTheListAgainEachTime) {

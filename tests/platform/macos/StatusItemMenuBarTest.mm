@@ -121,6 +121,8 @@ TEST_F(StatusItemMenuBarTest, KeyEquivalentUsesTheCommandKey) {
   EXPECT_STREQ(item(0).keyEquivalent.UTF8String, "q");
   EXPECT_EQ(item(0).keyEquivalentModifierMask, NSEventModifierFlagCommand);
   EXPECT_STREQ(item(1).keyEquivalent.UTF8String, "");
+  menuBar.setRows({button("Quit Hushbox"), button("Grant Accessibility…")});
+  EXPECT_STREQ(item(0).keyEquivalent.UTF8String, "");
 }
 
 TEST_F(StatusItemMenuBarTest, OnlyASwitchThatIsOnHasACheckMark) {
@@ -136,10 +138,14 @@ TEST_F(StatusItemMenuBarTest, OnlyASwitchThatIsOnHasACheckMark) {
 TEST_F(StatusItemMenuBarTest, RowThatIsNotEnabledCannotBeChosen) {
   MenuRow off = button("Later");
   off.enabled = false;
-  menuBar.setRows({off});
+  MenuRow fixed = toggle("Launch at login", true);
+  fixed.enabled = false;
+  menuBar.setRows({off, fixed});
   EXPECT_FALSE(item(0).enabled);
-  menuBar.setRows({button("Later")});
+  EXPECT_FALSE(item(1).enabled);
+  menuBar.setRows({button("Later"), toggle("Launch at login", true)});
   EXPECT_TRUE(item(0).enabled);
+  EXPECT_TRUE(item(1).enabled);
 }
 
 TEST_F(StatusItemMenuBarTest, EachCommandHasItsOwnLastingTarget) {
@@ -236,6 +242,7 @@ TEST_F(StatusItemMenuBarTest, IconHasItsSizeAndOrientation) {
   image.flipped = false;
   menuBar.setIcon(image, "Live");
   EXPECT_FALSE(doubles::isFlipped(doubles::statusItem().button.image));
+  EXPECT_TRUE(doubles::isTemplate(doubles::statusItem().button.image));
 }
 
 TEST_F(StatusItemMenuBarTest, EachRenderingDrawsTheIconAgain) {

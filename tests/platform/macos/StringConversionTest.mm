@@ -23,6 +23,18 @@ TEST_F(StringConversionTest, ReturnsEmptyTextForNil) {
   EXPECT_EQ(utf8FromString(nil), "");
 }
 
+TEST_F(StringConversionTest, KeepsZeroBytes) {
+  const std::string text("a\0b", 3);
+  EXPECT_EQ(utf8FromString(stringFromUtf8(text)), text);
+}
+
+TEST_F(StringConversionTest, ReleasesTheBytesThatItReads) {
+  NSString* string = stringFromUtf8("Mute mic");
+  const long before = doubles::liveObjects();
+  EXPECT_EQ(utf8FromString(string), "Mute mic");
+  EXPECT_EQ(doubles::liveObjects(), before);
+}
+
 TEST_F(StringConversionTest, ReadsNoFurtherThanTheText) {
   EXPECT_EQ(utf8FromString(stringFromUtf8(std::string_view("Unmute").substr(0, 2))), "Un");
 }

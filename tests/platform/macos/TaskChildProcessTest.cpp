@@ -91,6 +91,18 @@ TEST_F(TaskChildProcessTest, UnlaunchedProcessHasNoOutputAndIsNotWaitedFor) {
   child->waitUntilExit();
 }
 
+TEST_F(TaskChildProcessTest, FailedLaunchLeavesNothingToReadOrWaitForAndCanBeRepeated) {
+  const auto child = echo({"later"});
+  child->setExecutablePath("/nowhere/pmset");
+  EXPECT_FALSE(child->launch());
+  EXPECT_EQ(child->readDataToEndOfFile(), "");
+  child->waitUntilExit();
+  child->setExecutablePath("/bin/echo");
+  EXPECT_TRUE(child->launch());
+  EXPECT_EQ(child->readDataToEndOfFile(), "later\n");
+  child->waitUntilExit();
+}
+
 TEST_F(TaskChildProcessTest, RefusesASecondLaunch) {
   const auto child = echo({"once"});
   EXPECT_TRUE(child->launch());
@@ -106,6 +118,24 @@ TEST_F(TaskChildProcessTest, RefusesTextThatTheSystemWouldTruncate) {
   const auto other = processes.make();
   other->setExecutablePath("/bin/echo\0.txt"s);
   EXPECT_FALSE(other->launch());
+}
+
+TEST_F(TaskChildProcessTest, RunsTheLastPathWithTheLastArguments) {
+  const auto child = echo({"first", "arguments"});
+  child->setExecutablePath("/usr/bin/printf");
+  child->setArguments({"%s", "last"});
+  ASSERT_TRUE(child->launch());
+  EXPECT_EQ(child->readDataToEndOfFile(), "last");
+  child->waitUntilExit();
+}
+
+TEST_F(TaskChildProcessTest, LaunchFailsWithoutDescriptorsForThePipe) {
+  std::vector<int> all;
+  for (int one; (one = dup(STDIN_FILENO)) >= 0;) all.push_back(one);
+  const auto child = echo({"never"});
+  EXPECT_FALSE(child->launch());
+  EXPECT_EQ(doubles::launchedTasks(), 0U);
+  for (const int one : all) close(one);
 }
 
 TEST_F(TaskChildProcessTest, RefusesAProcessWithoutAPath) {

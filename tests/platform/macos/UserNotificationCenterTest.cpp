@@ -130,6 +130,15 @@ TEST_F(UserNotificationCenterTest, CompletionIsOptional) {
   center.add(warning(), nullptr);
 }
 
+TEST_F(UserNotificationCenterTest, DestroysACompletionAfterItsReply) {
+  const auto held = std::make_shared<int>();
+  center.requestAuthorization(notificationAlert, [held](bool, const auto&) {});
+  center.add(warning(), [held](const auto&) {});
+  EXPECT_GT(held.use_count(), 1);
+  settle();
+  EXPECT_EQ(held.use_count(), 1);
+}
+
 TEST_F(UserNotificationCenterTest, ReleasesEverythingAfterTheReplies) {
   const auto round = [this] {
     ask();

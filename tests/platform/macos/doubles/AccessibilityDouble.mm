@@ -170,6 +170,7 @@ CFTypeID AXUIElementGetTypeID() {
 
 AXUIElementRef AXUIElementCreateApplication(pid_t pid) {
   count("AXUIElementCreateApplication");
+  if (pid < 0) return nullptr;
   const auto found = applications.find(pid);
   const AXNodeRef node = found == applications.end() ? nullptr : found->second;
   return (AXUIElementRef)(__bridge_retained void*)element(node, node);

@@ -10,7 +10,8 @@ namespace hushbox::doubles {
 /// The audio devices of Core Audio. Main thread only. Listeners are called on their queues, so run
 /// the loop after a change.
 struct AudioDevice {
-  enum class Name { text, number, absent };
+  /// `half` returns half the size of a reference, and no reference.
+  enum class Name { text, number, absent, half };
 
   std::string name;
   /// The value of the name property.

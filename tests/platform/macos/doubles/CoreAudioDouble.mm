@@ -117,6 +117,7 @@ void* copiedName(const AudioDevice& device) {
     case AudioDevice::Name::number:
       return (__bridge_retained void*)[NSNumber numberWithInt:7];
     case AudioDevice::Name::absent:
+    case AudioDevice::Name::half:
       return nullptr;
   }
 }
@@ -211,7 +212,10 @@ OSStatus AudioObjectGetPropertyData(AudioObjectID object, const Address* address
   AudioDevice& device = *find(object);
   if (same(*address, volumeProperty)) std::memcpy(out, &*device.inputVolume, sizeof(Float32));
   if (same(*address, runningProperty)) std::memcpy(out, &device.running, sizeof(UInt32));
-  if (same(*address, nameProperty)) *static_cast<void**>(out) = copiedName(device);
+  if (same(*address, nameProperty)) {
+    *static_cast<void**>(out) = copiedName(device);
+    if (device.kind == AudioDevice::Name::half) *size /= 2;
+  }
   return kAudioHardwareNoError;
 }
 

@@ -11,13 +11,6 @@
 
 using hushbox::doubles::fail;
 
-struct CFDictionaryKeyCallBacks {
-  char unused;
-};
-struct CFDictionaryValueCallBacks {
-  char unused;
-};
-
 namespace {
 
 CFBooleanRef booleanForever(BOOL value) {
@@ -47,11 +40,8 @@ extern "C" {
 void* objc_retain(void* object);
 void objc_release(void* object);
 
-const CFAllocatorRef kCFAllocatorDefault = nullptr;
 const CFBooleanRef kCFBooleanTrue = booleanForever(YES);
 const CFBooleanRef kCFBooleanFalse = booleanForever(NO);
-const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks = {};
-const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {};
 CFStringRef kAXTrustedCheckOptionPrompt = CFSTR("AXTrustedCheckOptionPrompt");
 
 CFTypeRef CFRetain(CFTypeRef reference) {
@@ -76,10 +66,6 @@ CFTypeID CFGetTypeID(CFTypeRef reference) {
   return otherType;
 }
 
-Boolean CFEqual(CFTypeRef a, CFTypeRef b) {
-  return [object(a, "CFEqual") isEqual:object(b, "CFEqual")];
-}
-
 CFTypeID CFStringGetTypeID() {
   return stringType;
 }
@@ -88,9 +74,6 @@ CFTypeID CFArrayGetTypeID() {
 }
 CFTypeID CFBooleanGetTypeID() {
   return booleanType;
-}
-CFTypeID CFNumberGetTypeID() {
-  return numberType;
 }
 
 CFIndex CFArrayGetCount(CFArrayRef array) {
@@ -103,10 +86,5 @@ const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) {
   if (index < 0) fail("CFArrayGetValueAtIndex was given a negative index");
   return (__bridge const void*)[(__bridge NSArray*)array
       objectAtIndex:static_cast<NSUInteger>(index)];
-}
-
-Boolean CFBooleanGetValue(CFBooleanRef boolean) {
-  if (CFGetTypeID(boolean) != booleanType) fail("CFBooleanGetValue was given something else");
-  return boolean == kCFBooleanTrue;
 }
 }

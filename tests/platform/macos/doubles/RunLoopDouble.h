@@ -31,6 +31,10 @@ void advance(TimeInterval span);
 /// does not hold after `limit`.
 bool runUntil(const std::function<bool()>& condition, TimeInterval limit);
 
+/// Runs one thing that is due, or advances the clock to the next deadline. Returns false if nothing
+/// is due until `end`. Drains no pool.
+bool runOne(Instant end);
+
 /// Advances the clock without running anything, as if the main thread were busy.
 void keepBusy(TimeInterval span);
 
@@ -51,11 +55,6 @@ class Parked {
   Parked(const Parked&) = delete;
   Parked& operator=(const Parked&) = delete;
 };
-
-/// Whether the application was asked to terminate.
-bool isTerminated();
-/// Whether the application is an agent: its activation policy is accessory.
-bool isAgent();
 
 /// Removes all timers and blocks and restores the initial state.
 void resetRunLoop();

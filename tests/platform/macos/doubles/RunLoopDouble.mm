@@ -1,6 +1,5 @@
 #include "tests/platform/macos/doubles/RunLoopDouble.h"
 
-#import <AppKit/AppKit.h>
 #import <Foundation/Foundation.h>
 #import <dispatch/dispatch.h>
 
@@ -46,8 +45,6 @@ struct Delayed {
 
 /// An hour after the machine started, so that no absolute time looks like a short span.
 constexpr Nanoseconds beginning = 3600 * NSEC_PER_SEC;
-/// If the application has not terminated by then, it never will.
-constexpr Nanoseconds maxRun = 48 * 3600 * NSEC_PER_SEC;
 constexpr Nanoseconds maxSleep = 60 * NSEC_PER_SEC;
 constexpr std::chrono::seconds maxWait(20);
 
@@ -64,8 +61,6 @@ Nanoseconds slept = 0;
 int running = 0;
 int parked = 0;
 bool tracking = false;
-bool terminated = false;
-bool agent = false;
 char mainQueueIdentity;
 char globalQueueIdentity;
 
@@ -103,10 +98,8 @@ bool runOneMainBlock() {
     block = mainQueue.front();
     mainQueue.pop_front();
   }
-  @autoreleasepool {
-    block();
-    block = nil;
-  }
+  // Without a pool: AppKit drains its own only after an event, which may be hours away.
+  block();
   return true;
 }
 
@@ -123,10 +116,8 @@ void fire(NSTimer* timer) {
   // Missed firings are skipped.
   const Nanoseconds missed = timer->interval ? (clock - timer->due) / timer->interval : 0;
   timer->due += (missed + 1) * timer->interval;
-  @autoreleasepool {
-    if (timer->block) timer->block(timer);
-    if (!timer->repeats) [timer invalidate];
-  }
+  if (timer->block) timer->block(timer);
+  if (!timer->repeats) [timer invalidate];
 }
 
 bool fireOneTimer() {
@@ -221,6 +212,13 @@ bool runUntil(const std::function<bool()>& condition, TimeInterval limit) {
   return condition();
 }
 
+bool runOne(Instant end) {
+  queueDelayed();
+  startGlobalBlocks();
+  return runOneMainBlock() || fireOneTimer() || waitForBackground() ||
+         goOn(static_cast<Nanoseconds>(end.time_since_epoch().count()));
+}
+
 void keepBusy(TimeInterval span) {
   clock += nanoseconds(span);
 }
@@ -249,14 +247,6 @@ Parked::~Parked() {
   if (!isMainThread()) --parked;
 }
 
-bool isTerminated() {
-  return terminated;
-}
-
-bool isAgent() {
-  return agent;
-}
-
 void resetRunLoop() {
   std::deque<dispatch_block_t> oldMain;
   std::deque<dispatch_block_t> oldGlobal;
@@ -272,7 +262,7 @@ void resetRunLoop() {
   }
   const auto oldTimers = timers;
   for (NSTimer* timer : oldTimers) [timer invalidate];
-  tracking = terminated = agent = false;
+  tracking = false;
 }
 
 }  // namespace hushbox::doubles
@@ -375,40 +365,5 @@ void dispatch_after(dispatch_time_t when, dispatch_queue_t queue, dispatch_block
   if (!timer || !timer->valid) fail("a run loop was given no timer, or an invalid one");
   timer->inCommonModes = timer->inCommonModes || [mode isEqualToString:NSRunLoopCommonModes];
   if (std::find(timers.begin(), timers.end(), timer) == timers.end()) timers.push_back(timer);
-}
-@end
-
-@implementation NSApplication
-+ (NSApplication*)sharedApplication {
-  requireMainThread("+[NSApplication sharedApplication]");
-  static NSApplication* only = [] {
-    NSApplication* made = [[NSApplication alloc] init];
-    keepForever((__bridge void*)made);
-    return made;
-  }();
-  return only;
-}
-- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
-  requireMainThread("-[NSApplication setActivationPolicy:]");
-  agent = policy == NSApplicationActivationPolicyAccessory;
-  return YES;
-}
-/// Returns after terminate:, so that the test continues. On a Mac the process exits.
-- (void)run {
-  requireMainThread("-[NSApplication run]");
-  const Nanoseconds end = hushbox::doubles::clock + maxRun;
-  while (!terminated) {
-    @autoreleasepool {
-      queueDelayed();
-      startGlobalBlocks();
-      if (runOneMainBlock() || fireOneTimer() || waitForBackground()) continue;
-      if (!goOn(end)) fail("nothing is left that could terminate the application");
-    }
-  }
-}
-- (void)terminate:(id)sender {
-  (void)sender;
-  requireMainThread("-[NSApplication terminate:]");
-  terminated = true;
 }
 @end

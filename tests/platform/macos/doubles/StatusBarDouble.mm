@@ -41,6 +41,7 @@ using namespace hushbox::doubles;
 - (void)setTitle:(NSString*)title {
   requireMainThread("-[NSMenuItem setTitle:]");
   if (!title) fail("-[NSMenuItem setTitle:] was given nil");
+  if (separator) fail("a separator was given a title");
   titleValue = title;
 }
 - (BOOL)isEnabled {

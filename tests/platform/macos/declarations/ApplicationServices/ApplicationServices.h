@@ -42,6 +42,4 @@ AXError AXUIElementSetAttributeValue(AXUIElementRef element, CFStringRef attribu
 AXError AXUIElementPerformAction(AXUIElementRef element, CFStringRef action);
 AXError AXUIElementSetMessagingTimeout(AXUIElementRef element, float timeoutInSeconds)
     DECLARED_SINCE(10.4);
-AXError AXUIElementCopyActionNames(AXUIElementRef element, CFArrayRef* names);
-AXError AXUIElementGetPid(AXUIElementRef element, pid_t* pid);
 }
