@@ -46,6 +46,8 @@ TEST_F(CoreAudioHardwareTest, PassesOnSelectorScopeAndElement) {
     size = sizeof value;
     EXPECT_EQ(hardware.getPropertyData(device, wrong, size, &value), audio::unknownProperty);
     EXPECT_EQ(hardware.setPropertyData(device, wrong, size, &value), audio::unknownProperty);
+    std::string text;
+    EXPECT_EQ(hardware.getPropertyText(device, wrong, text), audio::unknownProperty);
     EXPECT_FALSE(listen(device, wrong));
   }
 }

@@ -49,6 +49,16 @@ TEST_F(RunLoopMainLoopTest, DelayedWorkRunsAfterItsDelayToTheNanosecond) {
   EXPECT_TRUE(ran);
 }
 
+TEST_F(RunLoopMainLoopTest, DelayIsRoundedUpToANanosecond) {
+  bool ran = false;
+  const WorkItem item([&] { ran = true; });
+  loop.mainAsyncAfter(TimeInterval(1) / 3, item);
+  advance(std::chrono::nanoseconds(333'333'333));
+  EXPECT_FALSE(ran);
+  advance(std::chrono::nanoseconds(1));
+  EXPECT_TRUE(ran);
+}
+
 TEST_F(RunLoopMainLoopTest, ReleasesBlocksAfterTheyRun) {
   const auto held = std::make_shared<int>(0);
   const auto round = [&] {

@@ -81,6 +81,8 @@ TEST_F(StatusItemMenuBarTest, ItemHasAnAutosaveName) {
 TEST_F(StatusItemMenuBarTest, ToolTipSaysTheState) {
   menuBar.setIcon(icon(), "Hushbox: On a call — live");
   EXPECT_STREQ(doubles::statusItem().button.toolTip.UTF8String, "Hushbox: On a call — live");
+  menuBar.setIcon(icon(), "");
+  EXPECT_STREQ(doubles::statusItem().button.toolTip.UTF8String, "");
 }
 
 TEST_F(StatusItemMenuBarTest, ActionMayRemoveItsOwnRowAndStillUseItsCaptures) {
@@ -143,9 +145,14 @@ TEST_F(StatusItemMenuBarTest, RowThatIsNotEnabledCannotBeChosen) {
   menuBar.setRows({off, fixed});
   EXPECT_FALSE(item(0).enabled);
   EXPECT_FALSE(item(1).enabled);
-  menuBar.setRows({button("Later"), toggle("Launch at login", true)});
+  int choices = 0;
+  const auto choose = [&] { ++choices; };
+  menuBar.setRows({button("Later", choose), toggle("Launch at login", true, choose)});
   EXPECT_TRUE(item(0).enabled);
   EXPECT_TRUE(item(1).enabled);
+  doubles::chooseMenuItem(0);
+  doubles::chooseMenuItem(1);
+  EXPECT_EQ(choices, 2);
 }
 
 TEST_F(StatusItemMenuBarTest, EachCommandHasItsOwnLastingTarget) {
@@ -311,6 +318,7 @@ TEST_F(StatusItemMenuBarTest, ReleasesTheActionOfARemovedRow) {
   auto held = std::make_shared<int>();
   menuBar.setRows({button("Grant", [held] {})});
   EXPECT_GT(held.use_count(), 1);
+  doubles::chooseMenuItem("Grant");
   menuBar.setRows({button("Quit")});
   EXPECT_EQ(held.use_count(), 1);
 }

@@ -173,7 +173,9 @@ AXUIElementRef AXUIElementCreateApplication(pid_t pid) {
   if (pid < 0) return nullptr;
   const auto found = applications.find(pid);
   const AXNodeRef node = found == applications.end() ? nullptr : found->second;
-  return (AXUIElementRef)(__bridge_retained void*)element(node, node);
+  @autoreleasepool {
+    return (AXUIElementRef)(__bridge_retained void*)element(node, node);
+  }
 }
 
 AXError AXUIElementSetMessagingTimeout(AXUIElementRef reference, float seconds) {

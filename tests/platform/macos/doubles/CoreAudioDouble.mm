@@ -213,7 +213,9 @@ OSStatus AudioObjectGetPropertyData(AudioObjectID object, const Address* address
   if (same(*address, volumeProperty)) std::memcpy(out, &*device.inputVolume, sizeof(Float32));
   if (same(*address, runningProperty)) std::memcpy(out, &device.running, sizeof(UInt32));
   if (same(*address, nameProperty)) {
-    *static_cast<void**>(out) = copiedName(device);
+    @autoreleasepool {
+      *static_cast<void**>(out) = copiedName(device);
+    }
     if (device.kind == AudioDevice::Name::half) *size /= 2;
   }
   return kAudioHardwareNoError;

@@ -55,15 +55,17 @@ void CFRelease(CFTypeRef reference) {
 }
 
 CFTypeID CFGetTypeID(CFTypeRef reference) {
-  id value = object(reference, "CFGetTypeID");
-  if (reference == kCFBooleanTrue || reference == kCFBooleanFalse) return booleanType;
-  if ([value isKindOfClass:[NSString class]]) return stringType;
-  if ([value isKindOfClass:[NSArray class]]) return arrayType;
-  if ([value isKindOfClass:[NSNumber class]]) return numberType;
-  if (hushbox::doubles::text([value description]) == "AXElementDouble") {
-    return AXUIElementGetTypeID();
+  @autoreleasepool {
+    id value = object(reference, "CFGetTypeID");
+    if (reference == kCFBooleanTrue || reference == kCFBooleanFalse) return booleanType;
+    if ([value isKindOfClass:[NSString class]]) return stringType;
+    if ([value isKindOfClass:[NSArray class]]) return arrayType;
+    if ([value isKindOfClass:[NSNumber class]]) return numberType;
+    if (hushbox::doubles::text([value description]) == "AXElementDouble") {
+      return AXUIElementGetTypeID();
+    }
+    return otherType;
   }
-  return otherType;
 }
 
 CFTypeID CFStringGetTypeID() {

@@ -19,7 +19,6 @@ namespace {
 std::vector<std::string> lines;
 /// Nil except while an image is rendered.
 NSGraphicsContext* current = nil;
-char coreGraphicsContext;
 
 template <typename... Pieces>
 std::string joined(const Pieces&... pieces) {
@@ -90,7 +89,10 @@ void CGContextSetBlendMode(CGContextRef context, CGBlendMode mode) {
 }
 @end
 
-@implementation NSGraphicsContext
+@implementation NSGraphicsContext {
+  /// Its address is the identity of the Core Graphics context.
+  char coreGraphicsContext;
+}
 + (NSGraphicsContext*)currentContext {
   requireMainThread("+[NSGraphicsContext currentContext]");
   return current;

@@ -1,4 +1,7 @@
-"""The faults to plant: each replaces one place in an adapter by a plausible mistake."""
+"""The faults to plant: each replaces one place in an adapter by a plausible mistake.
+
+The last groups are those that a review found uncaught; each stands for a class.
+"""
 
 import dataclasses
 
@@ -15,7 +18,8 @@ AUDIO, TREE, LOOP = "CoreAudioHardware.mm", "AXAccessibilityTree.mm", "RunLoopMa
 TASK, MENU, ART = "TaskChildProcess.mm", "StatusItemMenuBar.mm", "CGCanvas.mm"
 NOTIFY, LOGIN, APPS = "UserNotificationCenter.mm", "ServiceLoginItem.mm", "NSWorkspaceApplications.mm"
 TEXT, LOG, TIME = "StringConversion.mm", "OSUnifiedLog.mm", "FormatterLocale.mm"
-ROW, SINGLE = "HushboxRowAction.mm", "SingleInstance.mm"
+ROW, SINGLE, MAIN = "HushboxRowAction.mm", "SingleInstance.mm", "main.mm"
+REFERENCE, ELEMENT, CHILD = "CFReference.h", "AXElement.h", "TaskChildProcess.h"
 
 # The suites of each adapter, which run before all others.
 SUITES = {
@@ -33,6 +37,10 @@ SUITES = {
     TIME: "FormatterLocaleTest.*:*LocaleContract*",
     ROW: "StatusItemMenuBarTest.*",
     SINGLE: "SingleInstanceTest.*",
+    MAIN: "HushboxProgramTest.*",
+    REFERENCE: "CFReferenceTest.*",
+    ELEMENT: "AXAccessibilityTreeTest.*",
+    CHILD: "TaskChildProcessTest.*",
 }
 
 # The tests that take seconds.
@@ -142,7 +150,7 @@ FAULTS = [
     Fault("main thread everywhere", LOOP, "return NSThread.isMainThread;", "return true;"),
     Fault("captures destroyed by the caller", LOOP, "std::exchange(*held, nullptr)();", "(*held)();"),
     Fault("main block without a pool", LOOP, "    @autoreleasepool {\n      std::exchange(*held, nullptr)();\n    }",
-          "    std::exchange(*held, nullptr)();\n    std::exchange(*held, nullptr)();"),
+          "    std::exchange(*held, nullptr)();"),
     Fault("activity that does not end", LOOP, "      [NSProcessInfo.processInfo endActivity:native_];\n", ""),
     Fault("activity that App Nap ignores", LOOP, " | NSActivityLatencyCritical", ""),
     Fault("activity that keeps the machine awake", LOOP, "NSActivityUserInitiatedAllowingIdleSystemSleep",
@@ -248,4 +256,72 @@ FAULTS = [
           "other == own"),
     Fault("two instances that both give way", SINGLE, "each.finishedLaunching || other < own", "true"),
     Fault("instance that never gives way", SINGLE, "each.finishedLaunching || other < own", "other < own"),
+
+    # Results that hardly ever differ
+    Fault("name of another size", AUDIO, "  if (size != sizeof value) return audio::badPropertySize;\n", ""),
+    Fault("negative status taken for success", AUDIO,
+          "  if (status != kAudioHardwareNoError) return status;\n  if (size",
+          "  if (status > kAudioHardwareNoError) return status;\n  if (size"),
+    Fault("name read in the global scope", AUDIO,
+          "  const auto property = native(address);\n  CFTypeRef value",
+          "  const AudioObjectPropertyAddress property{address.selector, "
+          "kAudioObjectPropertyScopeGlobal, 0};\n  CFTypeRef value"),
+    Fault("application without an element called", TREE, "if (!found || !found->get() || ", "if (!found || "),
+    Fault("application's process identifier cut to 16 bits", TREE,
+          "AXUIElementCreateApplication(processIdentifier)",
+          "AXUIElementCreateApplication(processIdentifier & 0xffff)"),
+    Fault("application's timeout recorded although it failed", TREE,
+          "  const AXError status = AXUIElementSetMessagingTimeout(target->get(), seconds);\n"
+          "  if (status == kAXErrorSuccess) target",
+          "  const AXError status = AXUIElementSetMessagingTimeout(target->get(), seconds);\n  target"),
+    Fault("shorter timeout not set", TREE, "found->messagingTimeout() == seconds",
+          "found->messagingTimeout() >= seconds"),
+    Fault("absent value reported as a success", TREE,
+          "    if (status != kAXErrorSuccess) return status;\n    const auto owned",
+          "    if (status != kAXErrorSuccess) return status == kAXErrorNoValue ? 0 : status;\n"
+          "    const auto owned"),
+    Fault("former value kept", TREE, "    value = translated(", "    if (copied) value = translated("),
+    Fault("first pause ten times as long", TREE, "firstPause{0.01}", "firstPause{0.1}"),
+    Fault("child without a pipe", TASK, "    if (!pipe) return false;\n", ""),
+    Fault("task kept after a failed launch", TASK,
+          "    if (![task launchAndReturnError:nil]) return false;\n    task_ = task;",
+          "    task_ = task;\n    if (![task launchAndReturnError:nil]) return false;"),
+    Fault("application skipped while it starts", APPS, "      RunningApplication& application",
+          "      if (!running.finishedLaunching) continue;\n      RunningApplication& application"),
+    Fault("delay rounded down", LOOP, "std::chrono::ceil<", "std::chrono::floor<"),
+    Fault("context of an earlier rendering", MENU, "                             CGCanvas canvas(context);",
+          "                             static CGContextRef first = context;\n"
+          "                             CGCanvas canvas(first);"),
+
+    # What is set a second time
+    Fault("key that stays", MENU, "  item.keyEquivalent = stringFromUtf8(row.keyEquivalent);",
+          "  if (!row.keyEquivalent.empty()) item.keyEquivalent = stringFromUtf8(row.keyEquivalent);"),
+    Fault("switch that is always enabled", MENU, "isCommand(row) && row.enabled",
+          "row.kind == Kind::toggle || (isCommand(row) && row.enabled)"),
+    Fault("row enabled later without a target", MENU, "  item.target = action;",
+          "  if (row.enabled) item.target = action;"),
+    Fault("path set once", CHILD, "{ path_ = path; }", "{ if (path_.empty()) path_ = path; }"),
+
+    # What is never released
+    Fault("timer without a pool", LOOP, "  @autoreleasepool {\n    NSTimer* timer", "  {\n    NSTimer* timer"),
+    Fault("firing without a pool", LOOP, "@autoreleasepool {\n"
+          "                                                  block();", "{\n  block();"),
+    Fault("read without a pool", TREE, "  @autoreleasepool {\n    CFTypeRef copied", "  {\n    CFTypeRef copied"),
+    Fault("text without a pool", TEXT, "  @autoreleasepool {\n    NSData* bytes", "  {\n    NSData* bytes"),
+    Fault("time without a pool", TIME, "  @autoreleasepool {\n", "  {\n"),
+    Fault("chosen function that is kept", ROW, "  const std::function<void()> action = self.onChoice;",
+          "  static std::function<void()> action;\n  action = self.onChoice;"),
+    Fault("reference that is not released", REFERENCE, "    if (object_) CFRelease(object_);",
+          "    if (false) CFRelease(object_);"),
+    Fault("null reference released", REFERENCE, "    if (object_) CFRelease(object_);", "    CFRelease(object_);"),
+    Fault("element's timeout not recorded", ELEMENT, "{ messagingTimeout_ = seconds; }", "{ (void)seconds; }"),
+
+    # The program
+    Fault("program with a Dock icon", MAIN, "NSApplicationActivationPolicyAccessory",
+          "NSApplicationActivationPolicyRegular"),
+    Fault("second start that fails", MAIN, "    return 0;\n", "    return 1;\n"),
+    Fault("second start that goes on", MAIN, "    return 0;\n  }", "  }"),
 ]
+
+# Each adapter drains its pools.
+SUITES = {file: f"{suites}:PoolsTest.*" for file, suites in SUITES.items()}

@@ -17,6 +17,8 @@ long liveBlocks();
 
 /// Returns how many autorelease pools this thread has not drained.
 std::size_t undrainedPools();
+/// Returns how many objects wait in the innermost pool of this thread.
+std::size_t autoreleasedObjects();
 
 /// Describes the live objects for a failure message: "NSTimer 1, block 2".
 std::string describeLiveObjects();

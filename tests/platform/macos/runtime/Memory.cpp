@@ -121,6 +121,10 @@ std::size_t undrainedPools() {
   return pools.size();
 }
 
+std::size_t autoreleasedObjects() {
+  return pools.empty() ? 0 : pools.back().size();
+}
+
 long liveObjects(const std::string& className) {
   const std::lock_guard lock(heap().mutex);
   return heap().live[className];
