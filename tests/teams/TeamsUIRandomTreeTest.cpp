@@ -152,7 +152,7 @@ class RandomTree {
 /// HUSHBOX_TREES in the environment sets another number.
 std::uint64_t treeCount() {
   const char* const count = std::getenv("HUSHBOX_TREES");
-  return count ? std::strtoull(count, nullptr, 10) : 1'500;
+  return count ? std::strtoull(count, nullptr, 10) : 800;
 }
 
 class TeamsUIRandomTreeTest : public TeamsUIFixture {
