@@ -76,7 +76,7 @@ CallInvariants::Failure CallInvariants::checkStatus(Turn& turn, std::string_view
   }
   // Without a device there is no write.
   if (status == followedMute || status == followedUnmute) return "the device was not written";
-  const auto* verb = std::find_if(verbs.begin(), verbs.end(), [status](std::string_view one) {
+  const auto verb = std::find_if(verbs.begin(), verbs.end(), [status](std::string_view one) {
     return status.starts_with(one) && status.substr(one.size()).starts_with(' ');
   });
   if (verb == verbs.end()) return "an unknown status line";

@@ -6,6 +6,9 @@
 
 #ifdef __GLIBC__
 #include <malloc.h>
+#if __GLIBC_PREREQ(2, 33)
+#define HUSHBOX_HAS_MALLINFO2
+#endif
 #endif
 
 namespace hushbox {
@@ -24,7 +27,7 @@ constexpr std::size_t timerCount = 2;
 
 /// Returns how many bytes of the heap are in use.
 std::ptrdiff_t heapInUse() {
-#if defined(__GLIBC__) && __GLIBC_PREREQ(2, 33)
+#ifdef HUSHBOX_HAS_MALLINFO2
   return static_cast<std::ptrdiff_t>(mallinfo2().uordblks);
 #else
   return 0;

@@ -9,6 +9,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -16,7 +17,7 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tests/scenarios/CallComparison.h"
