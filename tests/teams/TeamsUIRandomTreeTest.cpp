@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <functional>
@@ -212,8 +213,8 @@ TEST_F(TeamsUIRandomTreeTest, KeepsTheButtonWhileItQualifies) {
     if (!first) continue;
     EXPECT_NE(TeamsUI::currentMuteState(), std::nullopt);
     // Another button, in front of all others, is not looked at.
-    app->children.insert(app->children.begin(), app->append("newcomer", button("Mute")));
-    app->children.pop_back();
+    app->append("newcomer", button("Mute"));
+    std::rotate(app->children.begin(), app->children.end() - 1, app->children.end());
     EXPECT_EQ(TeamsUI::currentMuteState(), startsWith(lower(microphoneLabel(first)), "unmute"));
     const_cast<SimulatedElement*>(first)->attributes["AXRole"] = std::string("AXGroup");
     makePressable(app);
