@@ -8,6 +8,8 @@ namespace hushbox::rehearsal {
 
 /// What a process holds at one moment.
 struct ProcessFigures {
+  /// Memory that only this process has written. Pages of the program's file are left out: they
+  /// count as private or shared depending on who else runs it.
   long privateKibibytes = 0;
   std::size_t descriptors = 0;
   std::size_t threads = 0;

@@ -80,10 +80,17 @@ void SoakDesk::setMeter(bool isOpen) {
   meter_ = isOpen ? desk_.audio().meter() : nullptr;
 }
 
-void SoakDesk::openSecondMeeting() {
-  meeting_.record();
+bool SoakDesk::openSecondMeeting() {
+  // A page that is not shown gets no microphone.
+  setMinimised(false);
+  try {
+    meeting_.record();
+  } catch (const DeskError&) {
+    return false;
+  }
   secondMeeting_.emplace(otherBrowser_);
   setMinimised(true);
+  return true;
 }
 
 void SoakDesk::closeSecondMeeting() {

@@ -48,8 +48,9 @@ class SoakDesk {
   bool hasMeter() const { return meter_ != nullptr; }
 
   /// Records in the meeting's page, opens another meeting in the other browser, and hides the
-  /// first.
-  void openSecondMeeting();
+  /// first. Returns false and opens nothing if the browser does not record: after some restarts of
+  /// the sound server it finds no microphone for a long time.
+  bool openSecondMeeting();
   /// Closes it again. Throws DeskError if it was pressed meanwhile.
   void closeSecondMeeting();
   /// Opens a page that has the title of a meeting and a mute button, but no address of Teams.
