@@ -130,12 +130,16 @@ TEST_F(TaskChildProcessTest, RunsTheLastPathWithTheLastArguments) {
 }
 
 TEST_F(TaskChildProcessTest, LaunchFailsWithoutDescriptorsForThePipe) {
+  // UBSan opens a pipe the first time that it meets a class. So it meets them all before.
+  EXPECT_EQ(output("echo first"), "first\n");
+  const auto child = echo({"never"});
+  const std::size_t launchedBefore = doubles::launchedTasks();
   std::vector<int> all;
   for (int one; (one = dup(STDIN_FILENO)) >= 0;) all.push_back(one);
-  const auto child = echo({"never"});
-  EXPECT_FALSE(child->launch());
-  EXPECT_EQ(doubles::launchedTasks(), 0U);
+  const bool isLaunched = child->launch();
   for (const int one : all) close(one);
+  EXPECT_FALSE(isLaunched);
+  EXPECT_EQ(doubles::launchedTasks(), launchedBefore);
 }
 
 TEST_F(TaskChildProcessTest, RefusesAProcessWithoutAPath) {

@@ -294,10 +294,12 @@ class PulseAudioOrderTest : public PulseAudioBounceTest {
 
 TEST_P(PulseAudioOrderTest, TimerDoesNotOvertakeAnEarlierState) {
   constexpr float timerMark = -1.0F;
-  loop_->mainAsyncAfter(TimeInterval(0.1), WorkItem([&] { volumes_.push_back(timerMark); }));
+  // The drop lasts long enough for its state to be requested, on a busy machine as well.
+  loop_->mainAsyncAfter(TimeInterval(0.6), WorkItem([&] { volumes_.push_back(timerMark); }));
   server_->setVolume(0.0);
+  std::this_thread::sleep_for(Milliseconds{150});
   server_->setVolume(level);
-  std::this_thread::sleep_for(Milliseconds{200});
+  std::this_thread::sleep_for(Milliseconds{600});
   server_->setVolume(0.5);
   std::this_thread::sleep_for(Milliseconds{50});
   eventually([&] { return volumes_.size() == 4; });
