@@ -8,22 +8,13 @@
 
 #include "app/HushboxApp.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/PartOfProgram.h"
 #include "platform/linux/session/DisplayWatch.h"
 #include "platform/linux/session/JournalLog.h"
 #include "platform/linux/session/SingleInstance.h"
 
 namespace hushbox {
 namespace {
-
-/// A file or folder that belongs to the program. It is found relative to this executable, so that
-/// an installation works wherever it is moved: first as installed, then as it lies in the build
-/// folder.
-std::filesystem::path partOfProgram(const char* installed, const char* built) {
-  std::error_code error;
-  const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  const auto path = (folder / installed).lexically_normal();
-  return std::filesystem::exists(path, error) ? path : (folder / built).lexically_normal();
-}
 
 /// The program that prints the power report on Linux.
 std::string powerReport() {

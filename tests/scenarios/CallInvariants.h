@@ -11,8 +11,9 @@ namespace hushbox {
 /// What must hold in every call, checked on the log records of each turn of the main loop alone:
 /// - The status line is one of the known ones.
 /// - A turn raises at most one button event, and only for a volume change or a mute that was due.
-/// - "Mute" comes exactly 0.3 seconds after a drop that was no echo; that drop raises nothing else.
-/// - "Toggle" and "Unmute" come with a rise of the volume that is no echo.
+/// - "Mute" comes exactly 0.3 seconds after a drop that was not an echo; that drop raises nothing
+/// else.
+/// - "Toggle" and "Unmute" come with a rise of the volume that is not an echo.
 /// - A change is an echo exactly within 0.5 seconds of a write.
 /// - Teams is pressed only for a button event, and the device written only to follow Teams.
 class CallInvariants {

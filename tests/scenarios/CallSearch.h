@@ -15,9 +15,9 @@ namespace hushbox {
 /// runs the real program, replaying each history from its start, and checks after every input that
 /// the invariants hold and that the program is in the model's state.
 ///
-/// Two histories lead to the same state if nothing tells them apart: what the program publishes,
-/// its private members, the device, Teams, the model, and what is still due and when. Logs and
-/// counts of the past are no part of a state.
+/// Two histories lead to the same state if they agree in everything that matters later: what the
+/// program publishes, its private members, the device, Teams, the model, and what is still due and
+/// when. Logs and counts of the past are not part of a state.
 struct CallSearch {
   /// Where the search starts.
   CallHistory start;

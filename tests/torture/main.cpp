@@ -89,7 +89,7 @@ int runModel(const Arguments& arguments) {
 int runReplay(const Arguments& arguments) {
   const auto history = parseCallHistory(arguments.empty() ? "" : arguments[0]);
   if (!history) {
-    std::fprintf(stderr, "That is no history.\n");
+    std::fprintf(stderr, "That is not a history.\n");
     return 2;
   }
   Campaign campaign("replay");

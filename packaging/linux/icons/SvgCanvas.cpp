@@ -6,23 +6,14 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "packaging/FlattenedPath.h"
+
 namespace hushbox {
 namespace {
 
-using Polygon = std::vector<Point>;
 using Kind = Path::Element::Kind;
 
-constexpr int curveSteps = 32;
-
-Point mapped(Point p, const AffineTransform& t) {
-  return {t.m11 * p.x + t.m21 * p.y + t.tX, t.m12 * p.x + t.m22 * p.y + t.tY};
-}
-
-Point onCurve(Point a, Point b, Point c, Point d, double t) {
-  const double u = 1 - t;
-  const double wa = u * u * u, wb = 3 * u * u * t, wc = 3 * u * t * t, wd = t * t * t;
-  return {wa * a.x + wb * b.x + wc * c.x + wd * d.x, wa * a.y + wb * b.y + wc * c.y + wd * d.y};
-}
+constexpr int linesPerCurve = 32;
 
 /// With up to three decimals, and none where there are only zeros.
 std::string number(double value) {
@@ -70,30 +61,21 @@ void SvgCanvas::scale(double x, double y) {
 }
 
 void SvgCanvas::fill(const Path& path) {
-  Shape shape;
-  shape.alpha = alpha_;
+  Shape shape{
+      .data = {}, .polygons = flattenedPath(path, transform_, linesPerCurve), .alpha = alpha_};
   for (const Path::Element& element : path.elements()) {
-    const Point end = mapped(element.end, transform_);
-    const Point control1 = mapped(element.control1, transform_);
-    const Point control2 = mapped(element.control2, transform_);
+    const std::string end = text(mapped(element.end, transform_));
     switch (element.kind) {
       case Kind::move:
-        shape.data += 'M' + text(end);
-        shape.polygons.push_back({end});
+        shape.data += 'M' + end;
         break;
       case Kind::line:
-        shape.data += 'L' + text(end);
-        shape.polygons.back().push_back(end);
+        shape.data += 'L' + end;
         break;
-      case Kind::curve: {
-        shape.data += 'C' + text(control1) + ' ' + text(control2) + ' ' + text(end);
-        const Point start = shape.polygons.back().back();
-        for (int i = 1; i <= curveSteps; ++i) {
-          const double t = double{1} * i / curveSteps;
-          shape.polygons.back().push_back(onCurve(start, control1, control2, end, t));
-        }
+      case Kind::curve:
+        shape.data += 'C' + text(mapped(element.control1, transform_)) + ' ' +
+                      text(mapped(element.control2, transform_)) + ' ' + end;
         break;
-      }
       case Kind::close:
         shape.data += 'Z';
         break;

@@ -20,29 +20,31 @@ std::string header(const std::string& size, const std::string& view) {
          "\" viewBox=\"0 0 " + view + ' ' + view + "\">\n";
 }
 
+/// The outlines of a square image, drawn at that size.
+std::string paths(const Image& image, double size, const char* attributes) {
+  SvgCanvas canvas;
+  canvas.scale(size / image.width, size / image.height);
+  image.draw(&canvas);
+  return canvas.paths(attributes);
+}
+
 /// A GTK desktop replaces the fills of a symbolic icon, KDE and LXQt replace the style element with
 /// this name. The colour that is written here shows on panels that do neither: a grey with a
 /// contrast of 3:1 to white and to black.
 std::string symbolic(const Image& image) {
-  SvgCanvas canvas;
-  canvas.scale(100 / image.width, 100 / image.height);
-  image.draw(&canvas);
   return header("16", "100") +
          "  <style type=\"text/css\" id=\"current-color-scheme\">"
          ".ColorScheme-Text{color:#909090;}</style>\n" +
-         canvas.paths("class=\"ColorScheme-Text\" style=\"fill:currentColor\"") + "</svg>\n";
+         paths(image, 100, "class=\"ColorScheme-Text\" style=\"fill:currentColor\"") + "</svg>\n";
 }
 
 /// The mask on a dark tile.
 std::string application() {
-  SvgCanvas canvas;
   const Image image = LuchadorArt::menuBarImage(false, true, std::nullopt);
-  canvas.scale(84 / image.width, 84 / image.height);
-  image.draw(&canvas);
   return header("128", "128") +
          "  <rect x=\"8\" y=\"8\" width=\"112\" height=\"112\" rx=\"25\" fill=\"#2b2d42\"/>\n"
          "  <g transform=\"translate(22 22)\">\n" +
-         canvas.paths("fill=\"#f4f4f6\"") + "  </g>\n</svg>\n";
+         paths(image, 84, "fill=\"#f4f4f6\"") + "  </g>\n</svg>\n";
 }
 
 bool write(const std::filesystem::path& file, const std::string& text) {

@@ -4,21 +4,13 @@
 #include <cmath>
 #include <cstddef>
 
+#include "packaging/FlattenedPath.h"
+
 namespace hushbox {
 namespace {
 
 constexpr int samples = 4;
-constexpr int curveSteps = 64;
-
-Point mapped(Point p, const AffineTransform& t) {
-  return {t.m11 * p.x + t.m21 * p.y + t.tX, t.m12 * p.x + t.m22 * p.y + t.tY};
-}
-
-Point onCurve(Point a, Point b, Point c, Point d, double t) {
-  const double u = 1 - t;
-  const double wa = u * u * u, wb = 3 * u * u * t, wc = 3 * u * t * t, wd = t * t * t;
-  return {wa * a.x + wb * b.x + wc * c.x + wd * d.x, wa * a.y + wb * b.y + wc * c.y + wd * d.y};
-}
+constexpr int linesPerCurve = 64;
 
 /// A point where the outline crosses a line of samples, and the direction of the crossing.
 struct Crossing {
@@ -26,9 +18,9 @@ struct Crossing {
   int direction;
 };
 
-std::vector<Crossing> crossings(const std::vector<std::vector<Point>>& outlines, double y) {
+std::vector<Crossing> crossings(const std::vector<Polygon>& outlines, double y) {
   std::vector<Crossing> found;
-  for (const std::vector<Point>& outline : outlines) {
+  for (const Polygon& outline : outlines) {
     for (std::size_t i = 0; i < outline.size(); ++i) {
       const Point a = outline[i], b = outline[(i + 1) % outline.size()];
       if ((a.y <= y) == (b.y <= y)) continue;
@@ -63,28 +55,8 @@ void IconCanvas::translate(double x, double y) {
   transform_.tY += transform_.m22 * y;
 }
 
-std::vector<std::vector<Point>> IconCanvas::flatten(const Path& path) const {
-  std::vector<std::vector<Point>> outlines;
-  for (const Path::Element& element : path.elements()) {
-    if (element.kind == Path::Element::Kind::move) outlines.emplace_back();
-    if (element.kind == Path::Element::Kind::close || outlines.empty()) continue;
-    std::vector<Point>& outline = outlines.back();
-    const Point end = mapped(element.end, transform_);
-    if (element.kind == Path::Element::Kind::curve && !outline.empty()) {
-      const Point start = outline.back();
-      const Point control1 = mapped(element.control1, transform_);
-      const Point control2 = mapped(element.control2, transform_);
-      for (int i = 1; i < curveSteps; ++i) {
-        outline.push_back(onCurve(start, control1, control2, end, double{1} * i / curveSteps));
-      }
-    }
-    outline.push_back(end);
-  }
-  return outlines;
-}
-
 void IconCanvas::fill(const Path& path, Rgb color) {
-  const std::vector<std::vector<Point>> outlines = flatten(path);
+  const std::vector<Polygon> outlines = flattenedPath(path, transform_, linesPerCurve);
   const bool evenOdd = path.windingRule() == Path::WindingRule::evenOdd;
   for (int y = 0; y < pixels_; ++y) {
     std::vector<int> hits(static_cast<std::size_t>(pixels_));

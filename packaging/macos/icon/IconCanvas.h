@@ -36,7 +36,6 @@ class IconCanvas final : public Canvas {
   const std::vector<std::uint8_t>& rgba() const { return rgba_; }
 
  private:
-  std::vector<std::vector<Point>> flatten(const Path& path) const;
   void blend(int x, int y, Rgb color, double coverage);
 
   int pixels_;

@@ -61,7 +61,7 @@ class TeamsApplication {
 
   void forgetAfterReconnection();
   void chooseAgain();
-  /// Whether there is no document, or none in a program that records from the speakerphone.
+  /// Whether no document was found, or a program records from the speakerphone without one.
   bool lacksMeeting() const;
   void rank();
   /// Keeps those of the candidates that are there and belong to Teams.

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/linux/PartOfProgram.h"
 #include "platform/linux/report/DesktopReport.h"
 #include "platform/linux/report/SoundReport.h"
 #include "platform/linux/report/TeamsReport.h"
@@ -24,23 +25,15 @@ void print(const ReportLines& lines) {
   std::fflush(stdout);
 }
 
-/// Beside this program as installed, or in the build folder.
-std::string beside(const char* installed, const char* built) {
-  std::error_code error;
-  const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  const auto path = (folder / installed).lexically_normal();
-  return std::filesystem::exists(path, error) ? path : (folder / built).lexically_normal();
-}
-
 void report() {
-  const std::string program = beside("hushbox", "../hushbox");
+  const std::string program = partOfProgram("hushbox", "../hushbox");
   print({std::string("Hushbox " HUSHBOX_VERSION ", ") + HUSHBOX_BUILD + " build, " + __VERSION__,
          "Program: " + withoutHome(program)});
   print(desktopReport(program));
   print(soundReport());
   print(teamsReport());
-  print(batteryReport(beside(HUSHBOX_LIBEXEC_FROM_BIN "/hushbox-power-report",
-                             "../power-report/hushbox-power-report")));
+  print(batteryReport(partOfProgram(HUSHBOX_LIBEXEC_FROM_BIN "/hushbox-power-report",
+                                    "../power-report/hushbox-power-report")));
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <chrono>
 #include <csignal>
 #include <ctime>
-#include <filesystem>
 #include <future>
 #include <memory>
 #include <thread>
@@ -17,6 +16,7 @@
 #include <vector>
 
 #include "rehearsal/Waiting.h"
+#include "tests/platform/linux/fixtures/OwnProcess.h"
 
 namespace hushbox {
 namespace {
@@ -41,13 +41,6 @@ Instant bootTime() {
   timespec time{};
   clock_gettime(CLOCK_BOOTTIME, &time);
   return Instant{std::chrono::seconds{time.tv_sec} + std::chrono::nanoseconds{time.tv_nsec}};
-}
-
-std::ptrdiff_t threadsOfThisProcess() {
-  std::ptrdiff_t count = 0;
-  for ([[maybe_unused]] const auto& task : std::filesystem::directory_iterator("/proc/self/task"))
-    ++count;
-  return count;
 }
 
 TEST_F(GLibMainLoopTest, ClockIncludesTheMachinesSleep) {
@@ -285,11 +278,11 @@ TEST_F(GLibMainLoopTest, UtilityBlocksBeyondMaxThreadsWait) {
 }
 
 TEST_F(GLibMainLoopTest, UtilityThreadsExitWhenThereIsNoWork) {
-  const auto before = threadsOfThisProcess();
+  const auto before = own_process::threads();
   std::atomic<int> done = 0;
   for (int i = 0; i < 20; ++i) loop_.utilityAsync([&] { ++done; });
   runUntil([&] { return done == 20; });
-  runUntil([&] { return threadsOfThisProcess() == before; });
+  runUntil([&] { return own_process::threads() == before; });
 }
 
 TEST_F(GLibMainLoopTest, UtilityBlockIsDestroyedOnItsThreadAfterItHasRun) {

@@ -28,11 +28,14 @@
 #include "platform/simulated/SimulatedWorkspace.h"
 #include "rehearsal/ScratchFolder.h"
 #include "rehearsal/Waiting.h"
+#include "tests/platform/linux/fixtures/OwnProcess.h"
 
 namespace hushbox {
 namespace {
 
 using namespace std::chrono_literals;
+using own_process::descriptors;
+using own_process::threads;
 using rehearsal::holdsWithin;
 using rehearsal::letPass;
 using rehearsal::serverTimeout;
@@ -66,11 +69,6 @@ class SpawnedChildProcessBatteryTest : public testing::Test {
     return {std::istream_iterator<int>(file), {}};
   }
 
-  static std::ptrdiff_t entries(const char* folder) {
-    return std::distance(std::filesystem::directory_iterator(folder), {});
-  }
-  static std::ptrdiff_t threads() { return entries("/proc/self/task"); }
-  static std::ptrdiff_t descriptors() { return entries("/proc/self/fd"); }
   static std::size_t allocatedBytes() {
     const auto heap = mallinfo2();
     return heap.uordblks + heap.hblkhd;

@@ -19,6 +19,7 @@
 
 #include "rehearsal/ScratchFolder.h"
 #include "rehearsal/Waiting.h"
+#include "tests/platform/linux/fixtures/OwnProcess.h"
 
 namespace hushbox {
 namespace {
@@ -239,14 +240,11 @@ TEST_F(SpawnedChildProcessFactoryTest, ChildInheritsNoDescriptorsAndNoSignalSett
 TEST_F(SpawnedChildProcessFactoryTest, LeavesNoDescriptorAndNoZombieAndOtherChildrenAlone) {
   script("echo report");
   SpawnedChildProcessFactory processes{rules()};
-  const auto descriptors = [] {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-  };
   const pid_t other = fork();
   if (other == 0) _exit(7);
-  const auto before = descriptors();
+  const auto before = own_process::descriptors();
   for (int i = 0; i < 10; ++i) read(processes);
-  EXPECT_EQ(descriptors(), before);
+  EXPECT_EQ(own_process::descriptors(), before);
   int status = 0;
   EXPECT_EQ(waitpid(other, &status, 0), other);
   EXPECT_EQ(WEXITSTATUS(status), 7);
