@@ -203,7 +203,7 @@ TEST_P(AudioHardwareContract, ListenerReadsEachVolumeInTheOrderOfTheChanges) {
                                  [&] { reads.push_back(volume(device).value_or(-1)); });
   for (const float value : {0.25F, 0.0F, 0.5F, 0.0F, 0.75F}) {
     driver().writeVolume(value);
-    driver().letPass(TimeInterval(0.05));
+    driver().letPass(TimeInterval(0.1));
   }
   EXPECT_TRUE(driver().waitFor([&] { return reads.size() >= 5; }));
   EXPECT_THAT(reads, testing::ElementsAre(testing::FloatNear(0.25F, tolerance), 0.0F,
@@ -213,6 +213,10 @@ TEST_P(AudioHardwareContract, ListenerReadsEachVolumeInTheOrderOfTheChanges) {
 
 TEST_P(AudioHardwareContract, SeesEachDropThatIsRestoredShortlyAfterwards) {
   const AudioObjectID device = plug();
+  // As in a call. A platform may tell a drop from its traces only while something records.
+  driver().startRecording();
+  ASSERT_TRUE(driver().waitFor([&] { return running(device) == true; }));
+  driver().letPass(TimeInterval(0.3));
   int drops = 0;
   int returns = 0;
   hardware().addPropertyListener(device, audio::inputVolume,
@@ -221,9 +225,9 @@ TEST_P(AudioHardwareContract, SeesEachDropThatIsRestoredShortlyAfterwards) {
     driver().writeVolume(0);
     driver().letPass(TimeInterval(0.005));
     driver().writeVolume(1);
-    driver().letPass(TimeInterval(0.02));
+    // Whatever the adapter still has to ask about this drop comes before the next.
+    driver().waitFor([&] { return returns > drop; }, TimeInterval(1));
   }
-  EXPECT_TRUE(driver().waitFor([&] { return returns >= 20; }));
   EXPECT_EQ(drops, 20);
   EXPECT_EQ(returns, 20);
 }
