@@ -5,14 +5,14 @@
 namespace hushbox {
 namespace {
 
-using Kind = DayInTheLife::Kind;
+using DayKind = DayInTheLife::Kind;
 
 constexpr std::uint64_t seeds = 20;
 
 class DayInTheLifeTest : public testing::TestWithParam<std::uint64_t> {};
 
 TEST_P(DayInTheLifeTest, PlainDayKeepsEveryInvariant) {
-  DayInTheLife day(GetParam(), Kind::plain);
+  DayInTheLife day(GetParam(), DayKind::plain);
   for (int part = 0; part < 2; ++part) {
     day.live(100);
     day.settle();
@@ -22,7 +22,7 @@ TEST_P(DayInTheLifeTest, PlainDayKeepsEveryInvariant) {
 }
 
 TEST_P(DayInTheLifeTest, WildDayKeepsEveryInvariant) {
-  DayInTheLife day(GetParam(), Kind::wild);
+  DayInTheLife day(GetParam(), DayKind::wild);
   for (int part = 0; part < 6; ++part) {
     day.live(100);
     day.settle();
@@ -36,7 +36,7 @@ INSTANTIATE_TEST_SUITE_P(Seed, DayInTheLifeTest, testing::Range<std::uint64_t>(1
                          testing::PrintToStringParamName());
 
 TEST(DayInTheLifeReplayTest, SameSeedGivesTheSameDay) {
-  for (const Kind kind : {Kind::plain, Kind::wild}) {
+  for (const DayKind kind : {DayKind::plain, DayKind::wild}) {
     const auto history = [kind] {
       DayInTheLife day(7, kind);
       day.live(300);
@@ -50,7 +50,7 @@ TEST(DayInTheLifeReplayTest, SameSeedGivesTheSameDay) {
 
 TEST(DayInTheLifeReplayTest, AnotherSeedGivesAnotherDay) {
   const auto historyOf = [](std::uint64_t seed) {
-    DayInTheLife day(seed, Kind::wild);
+    DayInTheLife day(seed, DayKind::wild);
     day.live(100);
     return day.history();
   };

@@ -5,6 +5,7 @@
 
 #include "rehearsal/Desk.h"
 #include "tests/platform/linux/fixtures/AccessibleProgramsFixture.h"
+#include "tests/platform/linux/fixtures/MeetingLabels.h"
 
 namespace hushbox {
 namespace {
@@ -16,8 +17,6 @@ using rehearsal::serverTimeout;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr const char* live = MeetingPage::labelWhenLive;
-constexpr const char* muted = MeetingPage::labelWhenMuted;
 constexpr milliseconds timeout{1000};
 /// What a busy machine may add to a timeout.
 constexpr milliseconds slack{1500};

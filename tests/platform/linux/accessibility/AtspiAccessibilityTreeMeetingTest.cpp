@@ -8,6 +8,7 @@
 
 #include "platform/linux/accessibility/AtspiAccessibilityTree.h"
 #include "rehearsal/Desk.h"
+#include "tests/platform/linux/fixtures/MeetingLabels.h"
 #include "tests/platform/linux/fixtures/TeamsReader.h"
 
 namespace hushbox {
@@ -21,9 +22,6 @@ using rehearsal::serverTimeout;
 using rehearsal::WindowKind;
 using testing::ElementsAre;
 using testing::SizeIs;
-
-constexpr const char* live = MeetingPage::labelWhenLive;
-constexpr const char* muted = MeetingPage::labelWhenMuted;
 
 /// A meeting in a real browser without a screen.
 class AtspiAccessibilityTreeMeetingTest : public testing::Test {

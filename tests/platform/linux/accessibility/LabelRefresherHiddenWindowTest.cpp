@@ -11,6 +11,7 @@
 #include "platform/linux/accessibility/AtspiAccessibilityTree.h"
 #include "platform/linux/accessibility/CompositingManager.h"
 #include "rehearsal/Desk.h"
+#include "tests/platform/linux/fixtures/MeetingLabels.h"
 #include "tests/platform/linux/fixtures/TeamsReader.h"
 
 namespace hushbox {
@@ -21,9 +22,6 @@ using rehearsal::holdsWithin;
 using rehearsal::MeetingPage;
 using rehearsal::serverTimeout;
 using rehearsal::WindowKind;
-
-constexpr const char* live = MeetingPage::labelWhenLive;
-constexpr const char* muted = MeetingPage::labelWhenMuted;
 
 /// A meeting in a hidden window, where a browser stops updating its tree.
 class LabelRefresherHiddenWindowTest : public testing::TestWithParam<bool> {
