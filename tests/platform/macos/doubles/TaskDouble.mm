@@ -33,6 +33,8 @@ std::mutex launching;
 /// Blocks until `endHangingTasks` was called after the child was launched.
 void hang(unsigned long endingsAtLaunch) {
   std::unique_lock lock(mutex);
+  // Not parked for a moment either: the loop would take the thread for one that is blocked.
+  if (endings != endingsAtLaunch) return;
   ++hanging;
   {
     const Parked parked;
