@@ -98,7 +98,6 @@ PeerConnection::PeerConnection(ObjectPointer<GIOStream> stream, GMainContext* co
 
 PeerConnection::~PeerConnection() {
   end();
-  g_source_unref(source_);
 }
 
 void PeerConnection::call(const BusCall& call, Replied replied) {
@@ -193,6 +192,8 @@ void PeerConnection::take(GDBusMessage* message) {
 void PeerConnection::end() {
   if (!isOpen()) return;
   g_source_destroy(source_);
+  // It holds the socket open.
+  g_source_unref(std::exchange(source_, nullptr));
   socket_ = nullptr;
   stream_.reset();
   const ErrorPointer error = makeError(G_IO_ERROR_CLOSED, "The connection is closed");

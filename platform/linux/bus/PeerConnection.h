@@ -71,7 +71,8 @@ class PeerConnection {
   ObjectPointer<GIOStream> stream_;
   /// Belongs to the stream; null once the connection is closed.
   GSocket* socket_;
-  GSource* const source_;
+  /// Null once the connection is closed.
+  GSource* source_;
   std::uint32_t lastSerial_ = 0;
   std::string outgoing_;
   std::string incoming_;

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <chrono>
 #include <map>
 #include <memory>
@@ -215,6 +216,44 @@ TEST_F(AtspiAccessibilityTreeTest, IgnoresRepliesOfTheWrongType) {
       reader.press();
     }
   }
+}
+
+TEST_F(AtspiAccessibilityTreeTest, ProgramKilledInTheMiddleOfASearchCostsNoTimeout) {
+  std::string found;
+  int answered = 0;
+  for (; found != label && answered < 100; ++answered) {
+    // Not a browser, which would be waited for until it presents documents.
+    auto client = program("Microsoft Teams", "GTK");
+    client->put("/b", button(label));
+    client->put("/document",
+                {.role = 95, .documentAttributes = {{"URI", teamsAddress}}, .children = {"/b"}});
+    client->put(root, {.role = 75, .children = {"/document"}});
+    client->freezeAfter(answered);
+    std::atomic<bool> isOver = false;
+    std::thread killer([&] {
+      while (!client->keepsCallsWaiting() && !isOver)
+        std::this_thread::sleep_for(std::chrono::milliseconds{1});
+      client.reset();
+    });
+    TeamsReader reader(tree_, tree_.workspace());
+    const auto began = std::chrono::steady_clock::now();
+    found = reader.read();
+    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds{1}) << answered;
+    isOver = true;
+    killer.join();
+  }
+  // It was killed at each of its calls.
+  EXPECT_EQ(found, label);
+  EXPECT_GT(answered, 5);
+  const auto teams = meeting();
+  EXPECT_EQ(reader_.read(), label);
+}
+
+TEST_F(AtspiAccessibilityTreeTest, LabelOfAMebibyteIsNoLabel) {
+  const auto teams =
+      browser({{"/a", button("Mute mic " + std::string(1 << 20, 'x'))}, {"/b", button(label)}});
+  EXPECT_EQ(reader_.read(), label);
+  EXPECT_THAT(reader_.controls(), ElementsAre("", label));
 }
 
 }  // namespace

@@ -90,6 +90,35 @@ TEST_F(TeamsDocumentsTest, ButtonIsInvalidOnceItsPageHasLeftTeams) {
   EXPECT_EQ(reader_.read(), TeamsReader::noMeeting);
 }
 
+TEST_F(TeamsDocumentsTest, NewBrowserIsWokenAndWaitedFor) {
+  const auto teams = program();
+  teams->put("/b", button(label));
+  teams->put("/document",
+             {.role = 95, .documentAttributes = {{"URI", teamsAddress}}, .children = {"/b"}});
+  // It presents its page only after it was searched once.
+  std::atomic<int> searches = 0;
+  teams->answerWith([&](const std::string& path, const std::string& method) -> GVariant* {
+    if (path != root || method != "GetMatches" || ++searches > 1) return nullptr;
+    return g_variant_new("(a(so))", nullptr);
+  });
+  teams->put(root, {.role = 75, .children = {"/document"}});
+  EXPECT_EQ(reader_.read(), label);
+}
+
+TEST_F(TeamsDocumentsTest, BrowserWithoutDocumentsIsWaitedForOnlyOnce) {
+  const auto empty = program();
+  std::atomic<int> searches = 0;
+  empty->answerWith([&](const std::string& path, const std::string& method) -> GVariant* {
+    searches += path == root && method == "GetMatches";
+    return nullptr;
+  });
+  ASSERT_EQ(reader_.read(), TeamsReader::notRunning);
+  EXPECT_GT(searches, 1);
+  searches = 0;
+  ASSERT_EQ(reader_.read(), TeamsReader::notRunning);
+  EXPECT_EQ(searches, 1);
+}
+
 TEST_F(TeamsDocumentsTest, BrowserThatFellAsleepIsWokenAndWaitedFor) {
   const auto teams = meeting();
   ASSERT_EQ(reader_.read(), label);

@@ -192,6 +192,22 @@ TEST_F(BoundedBusConnectionTest, SignalsArriveInDispatchUntilTheConnectionIsClos
   EXPECT_FALSE(connection_.isOpen());
 }
 
+TEST_F(BoundedBusConnectionTest, LeavesTheBusWhenClosedEvenWithACallUnderWay) {
+  const rehearsal::BusConnection observer(address_);
+  const auto names = [&] {
+    const rehearsal::Variant reply = observer.call("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                                   "org.freedesktop.DBus", "ListNames", nullptr);
+    const rehearsal::Variant list(g_variant_get_child_value(reply.get(), 0));
+    return g_variant_n_children(list.get());
+  };
+  program_.freeze();
+  connection_.send(role(program_, serverTimeout));
+  ASSERT_EQ(ask(role(other_, serverTimeout)), Outcome::replied);
+  const gsize before = names();
+  connection_.close();
+  EXPECT_TRUE(holdsWithin([&] { return names() == before - 1; }, milliseconds{5'000}));
+}
+
 TEST(BoundedBusConnectionOpenTest, OpeningTimesOutOnAFrozenBus) {
   rehearsal::Session session;
   session.bus().freeze();

@@ -6,6 +6,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -212,6 +213,18 @@ TEST_F(PeerConnectionTest, IsClosedByAnythingButAMessage) {
   peer_->flush(serverTimeout);
   EXPECT_TRUE(endsWithin(serverTimeout));
   EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_CLOSED));
+}
+
+TEST_F(PeerConnectionTest, HangsUpOnAPeerThatSendsAnythingButAMessage) {
+  std::atomic<bool> hungUp = false;
+  connect([&](int socket) {
+    Listener::welcome(socket);
+    Listener::write(socket, "HTTP/1.1 200 OK\r\n\r\n");
+    Listener::readUntil(socket, "never");
+    hungUp = true;
+  });
+  EXPECT_TRUE(endsWithin(serverTimeout));
+  EXPECT_TRUE(holdsWithin([&] { return hungUp.load(); }, milliseconds{5'000}));
 }
 
 TEST_F(PeerConnectionTest, IsClosedWhenThePeerDoesNotRead) {

@@ -190,5 +190,13 @@ TEST_F(SessionBusConnectionTest, DestructorSendsWhatIsQueued) {
   EXPECT_THAT(client.takeSignals(), SizeIs(100));
 }
 
+TEST_F(SessionBusConnectionTest, DestructorClosesTheConnectionThatOthersHold) {
+  connect();
+  const auto observed = observe();
+  const ConnectionPointer held(G_DBUS_CONNECTION(g_object_ref(connections_.at(0))));
+  bus_.reset();
+  EXPECT_TRUE(g_dbus_connection_is_closed(held.get()));
+}
+
 }  // namespace
 }  // namespace hushbox

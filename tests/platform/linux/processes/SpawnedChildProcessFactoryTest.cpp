@@ -186,12 +186,39 @@ TEST_F(SpawnedChildProcessFactoryTest, EndAllStopsWaitingAndPreventsLaunches) {
   SpawnedChildProcessFactory processes{rules()};
   auto reading = std::async(std::launch::async, [&] { return read(processes); });
   ASSERT_TRUE(holdsWithin([&] { return noted("pid") != 0; }, serverTimeout));
+  const auto start = std::chrono::steady_clock::now();
   processes.endAll();
   EXPECT_EQ(reading.get(), "");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 20s);
   EXPECT_TRUE(isGone(noted("pid")));
   const auto later = processes.make();
   later->setExecutablePath("/bin/true");
   EXPECT_FALSE(later->launch());
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, EndAllKillsAChildThatWritesAllTheTime) {
+  script("echo $$ >" + notePath("pid") + "; while :; do printf x; sleep 0.01; done");
+  SpawnedChildProcessFactory processes{rules()};
+  auto reading = std::async(std::launch::async, [&] { return read(processes); });
+  ASSERT_TRUE(holdsWithin([&] { return noted("pid") != 0; }, serverTimeout));
+  const auto start = std::chrono::steady_clock::now();
+  processes.endAll();
+  EXPECT_EQ(reading.get(), "");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, serverTimeout / 2);
+  EXPECT_TRUE(isGone(noted("pid")));
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, ReadsWhatAChildWroteBeforeASignalKilledIt) {
+  script("echo half a report; kill -KILL $$");
+  SpawnedChildProcessFactory processes{rules()};
+  const auto before = own_process::descriptors();
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(read(processes), "half a report\n");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, serverTimeout / 2);
+  EXPECT_EQ(own_process::descriptors(), before);
+  siginfo_t zombie{};
+  waitid(P_ALL, 0, &zombie, WEXITED | WNOHANG | WNOWAIT);
+  EXPECT_EQ(zombie.si_pid, 0);
 }
 
 TEST_F(SpawnedChildProcessFactoryTest, ProcessMayOutliveTheFactory) {

@@ -182,6 +182,16 @@ TEST_F(JournalLogTest, ClosedStandardErrorDoesNoHarm) {
   log.write("s", "jabra", LogLevel::info, "text");
 }
 
+TEST_F(JournalLogTest, StandardErrorOnAFullDiskDoesNoHarm) {
+  const Descriptor full(open("/dev/full", O_WRONLY | O_CLOEXEC));
+  ASSERT_TRUE(full);
+  JournalLog log(socketPath_, full.get());
+  log.write("s", "jabra", LogLevel::info, "lost");
+  const JournalSocket journal(socketPath_);
+  log.write("s", "jabra", LogLevel::info, "kept");
+  EXPECT_EQ(journal.next()["MESSAGE"], "kept");
+}
+
 TEST_F(JournalLogTest, LinesOfSeveralThreadsAreNotMixed) {
   JournalLog log(socketPath_, standardError_.descriptor());
   const std::string text(500, 'x');

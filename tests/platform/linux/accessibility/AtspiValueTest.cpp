@@ -1,0 +1,42 @@
+#include "platform/linux/accessibility/AtspiValue.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace hushbox {
+namespace {
+
+/// A reply with that many objects of ":1.5".
+VariantPointer replyWithObjects(int count) {
+  GVariantBuilder builder;
+  g_variant_builder_init(&builder, G_VARIANT_TYPE("a(so)"));
+  for (int i = 0; i < count; ++i)
+    g_variant_builder_add(&builder, "(so)", ":1.5", ("/" + std::to_string(i)).c_str());
+  return VariantPointer(g_variant_ref_sink(g_variant_new("(a(so))", &builder)));
+}
+
+TEST(AtspiValueTest, TakesTheFirstOfAHundredThousandObjects) {
+  const auto objects = atspi_value::objects(replyWithObjects(100'000).get(), ":1.5", 10'000);
+  ASSERT_EQ(objects.size(), 10'000U);
+  EXPECT_EQ(objects.front().path, "/0");
+  EXPECT_EQ(objects.back().path, "/9999");
+}
+
+TEST(AtspiValueTest, LeavesOutObjectsOfAnotherProgram) {
+  EXPECT_TRUE(atspi_value::objects(replyWithObjects(3).get(), ":1.6", 10'000).empty());
+}
+
+TEST(AtspiValueTest, TextsBeyondTheLimitAreEmpty) {
+  const auto textOf = [](std::size_t length) {
+    const VariantPointer reply(
+        g_variant_ref_sink(g_variant_new("(s)", std::string(length, 'x').c_str())));
+    return atspi_value::text(reply.get()).size();
+  };
+  EXPECT_EQ(textOf(atspi_value::maxTextBytes), atspi_value::maxTextBytes);
+  EXPECT_EQ(textOf(atspi_value::maxTextBytes + 1), 0U);
+  EXPECT_EQ(textOf(1 << 20), 0U);
+}
+
+}  // namespace
+}  // namespace hushbox
