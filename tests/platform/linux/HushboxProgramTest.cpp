@@ -9,8 +9,13 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <optional>
+#include <set>
+#include <sstream>
 #include <string>
+#include <system_error>
+#include <vector>
 
 #include "platform/linux/processes/SpawnedChildProcessFactory.h"
 #include "rehearsal/Display.h"
@@ -33,6 +38,7 @@ using rehearsal::waitUntil;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 
 using Clock = std::chrono::steady_clock;
@@ -239,6 +245,70 @@ TEST_F(HushboxProgramTest, ItemRegistersWithTheNextWatcher) {
   watcher_ = std::make_unique<Watcher>(session_.busAddress());
   watcher_->waitForItem();
   EXPECT_THAT(watcher_->items(), ElementsAre(name_));
+}
+
+/// What another user of the computer could use: sockets, and programs in folders of the PATH.
+class HushboxProgramOtherUserTest : public HushboxProgramTest {
+ protected:
+  /// The sockets of a process, as the kernel numbers them.
+  static std::set<std::string> socketsOf(pid_t process) {
+    std::set<std::string> sockets;
+    for (const auto& entry : fs::directory_iterator("/proc/" + std::to_string(process) + "/fd")) {
+      std::error_code closedMeanwhile;
+      const std::string target = fs::read_symlink(entry, closedMeanwhile).string();
+      if (target.starts_with("socket:[")) sockets.insert(target.substr(8, target.size() - 9));
+    }
+    return sockets;
+  }
+
+  /// The numbers of all UNIX sockets that accept connections.
+  static std::set<std::string> listening() {
+    std::set<std::string> sockets;
+    std::ifstream table("/proc/net/unix");
+    std::string line;
+    std::getline(table, line);
+    while (std::getline(table, line)) {
+      std::istringstream fields(line);
+      std::string address, references, protocol, flags, type, state, number;
+      fields >> address >> references >> protocol >> flags >> type >> state >> number;
+      constexpr unsigned long accepts = 1UL << 16;
+      if ((std::stoul(flags, nullptr, 16) & accepts) != 0) sockets.insert(number);
+    }
+    return sockets;
+  }
+};
+
+TEST_F(HushboxProgramOtherUserTest, ListensOnNoSocket) {
+  startProgram();
+  letPass(300ms);
+  const auto own = socketsOf(program_->pid());
+  const auto all = listening();
+  EXPECT_THAT(own, Not(IsEmpty()));
+  // That of the session bus, at least.
+  EXPECT_THAT(all, Not(IsEmpty()));
+  std::vector<std::string> offered;
+  std::ranges::set_intersection(own, all, std::back_inserter(offered));
+  EXPECT_THAT(offered, IsEmpty());
+}
+
+TEST_F(HushboxProgramOtherUserTest, RunsNoProgramFromThePath) {
+  const fs::path folder = session_.folder() / "hostile";
+  const fs::path sign = session_.folder() / "started";
+  fs::create_directory(folder);
+  for (const char* name : {"hushbox-power-report", "pmset", "dbus-launch", "pulseaudio", "sh",
+                           "at-spi-bus-launcher", "gsettings", "xdg-open"}) {
+    std::ofstream(folder / name) << "#!/bin/bash\necho $0 >>" << sign.string() << '\n';
+    fs::permissions(folder / name, fs::perms::owner_all);
+  }
+  const auto program =
+      session_.start("path.log", {"env", "PATH=" + folder.string(), HUSHBOX_PROGRAM});
+  watcher_->waitForItem();
+  name_ = watcher_->items().back();
+  rows().choose(launch);
+  // The battery has been read and polls have run.
+  letPass(1500ms);
+  EXPECT_FALSE(fs::exists(sign));
+  program->stop();
 }
 
 /// The program with a script as its power report.

@@ -55,6 +55,15 @@ TEST_F(AutostartLoginItemTest, RegisteringCreatesTheFolderAndOneReadableEntry) {
   EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0644));
 }
 
+TEST_F(AutostartLoginItemTest, EntryIsWritableOnlyByItsUserWhateverTheFileModeMask) {
+  const mode_t before = umask(0);
+  const bool isRegistered = item_.registerItem();
+  umask(before);
+  ASSERT_TRUE(isRegistered);
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0644));
+  EXPECT_EQ(fs::status(folder_).permissions() & fs::perms(022), fs::perms::none);
+}
+
 TEST_F(AutostartLoginItemTest, EntryFollowsTheRulesForDesktopEntries) {
   ASSERT_TRUE(item_.registerItem());
   SpawnedChildProcessFactory processes{ChildProcessRules{}};
