@@ -9,6 +9,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -189,6 +190,44 @@ TEST_F(PeerConnectionTest, ReturnsNullForAnEndlessLine) {
   const auto before = steady_clock::now();
   EXPECT_EQ(open(address_), nullptr);
   EXPECT_LT(steady_clock::now() - before, serverTimeout);
+}
+
+TEST_F(PeerConnectionTest, WelcomeMayArriveByteByByte) {
+  connect([](int socket) {
+    Listener::readUntil(socket, "\r\n");
+    for (const char byte : std::string("OK 0123456789abcdef\r\n")) {
+      Listener::write(socket, std::string(1, byte));
+      std::this_thread::sleep_for(milliseconds{1});
+    }
+    Listener::readUntil(socket, "BEGIN\r\n");
+  });
+  EXPECT_TRUE(endsWithin(serverTimeout));
+}
+
+TEST_F(PeerConnectionTest, CallsArriveCompleteAtAPeerThatReadsSlowly) {
+  // Far more than the socket holds, so that it takes them in pieces.
+  constexpr std::size_t calls = 10'000;
+  std::string received;
+  connect([&](int socket) {
+    Listener::welcome(socket);
+    std::this_thread::sleep_for(milliseconds{20});
+    char bytes[50'000];
+    for (ssize_t count = 0; (count = ::read(socket, bytes, sizeof bytes)) > 0;)
+      received.append(bytes, static_cast<std::size_t>(count));
+  });
+  for (std::size_t i = 0; i < calls; ++i) call();
+  peer_->flush(serverTimeout);
+  EXPECT_TRUE(peer_->isOpen());
+  peer_.reset();
+  listener_.reset();
+  // Each message has its place, so a piece that was sent twice or left out shows.
+  ASSERT_EQ(received.size() % calls, 0U);
+  const std::size_t size = received.size() / calls;
+  for (std::size_t i = 0; i < calls; ++i) {
+    guint32 serial = 0;
+    std::memcpy(&serial, received.data() + i * size + 8, sizeof serial);
+    ASSERT_EQ(serial, i + 1);
+  }
 }
 
 TEST_F(PeerConnectionTest, IsClosedWithTheOtherEnd) {
