@@ -141,7 +141,12 @@ void ServerRestarts::playOutage(const Server& server, int outage) {
 
 void ServerRestarts::sampleFigures() {
   const auto isInRange = [&] {
-    figures_.push_back(ProcessFigures::of(hushbox_.pid()));
+    const ProcessFigures now = ProcessFigures::of(hushbox_.pid());
+    // The allocator gives memory back once: what counts is that it does not grow after that.
+    std::erase_if(figures_, [&](const ProcessFigures& earlier) {
+      return earlier.privateKibibytes > now.privateKibibytes + maxMemorySpread;
+    });
+    figures_.push_back(now);
     const auto memory = rangeOf(figures_, memoryOf);
     const auto descriptors = rangeOf(figures_, descriptorsOf);
     const auto threads = rangeOf(figures_, threadsOf);
@@ -150,8 +155,14 @@ void ServerRestarts::sampleFigures() {
     if (!isFlat) figures_.pop_back();
     return isFlat;
   };
-  // A reading may be under way, even in the first sample: only a second equal one counts.
-  if (figures_.empty()) letPass(bounceWindow);
+  const auto isSettled = [&] {
+    const ProcessFigures first = ProcessFigures::of(hushbox_.pid());
+    letPass(bounceWindow);
+    const ProcessFigures second = ProcessFigures::of(hushbox_.pid());
+    return first.descriptors == second.descriptors && first.threads == second.threads;
+  };
+  // The first sample must not be taken during a battery reading.
+  if (figures_.empty()) waitUntil(isSettled, readingTimeout, "the end of a battery reading");
   if (holdsWithin(isInRange, readingTimeout)) return;
   const ProcessFigures now = ProcessFigures::of(hushbox_.pid());
   throw DeskError("holds more or less than before: " + std::to_string(now.privateKibibytes) +

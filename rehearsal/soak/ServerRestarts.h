@@ -30,7 +30,7 @@ class ServerRestarts {
 
  private:
   /// The first outages, after which memory and descriptors must not grow.
-  static constexpr int warmUp = 10;
+  static constexpr int warmUp = 25;
 
   /// One kind of server: how to end it, start it, and how to see that Hushbox is back.
   struct Server {
