@@ -169,6 +169,14 @@ TEST_F(SessionBusConnectionTest, CallsFailWithoutABusAndDoNotConnectAgainAtOnce)
   EXPECT_FALSE(bus_->connect());
 }
 
+TEST_F(SessionBusConnectionTest, CallsFailWithoutAnAddress) {
+  unsetenv("DBUS_SESSION_BUS_ADDRESS");
+  setenv("XDG_RUNTIME_DIR", "/nonexistent", 1);
+  const BusReply reply = call(getId());
+  EXPECT_EQ(reply.outcome, Outcome::unreachable);
+  EXPECT_NE(reply.error, "");
+}
+
 TEST_F(SessionBusConnectionTest, WaitingForAReplyTimesOut) {
   session_.bus().freeze();
   const auto begin = Clock::now();
