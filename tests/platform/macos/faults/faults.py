@@ -316,6 +316,10 @@ FAULTS = [
     Fault("null reference released", REFERENCE, "    if (object_) CFRelease(object_);", "    CFRelease(object_);"),
     Fault("element's timeout not recorded", ELEMENT, "{ messagingTimeout_ = seconds; }", "{ (void)seconds; }"),
 
+    # Which status
+    Fault("other status for what is no text", AUDIO, "return audio::unknownProperty;",
+          "return audio::badObject;"),
+
     # The program
     Fault("program with a Dock icon", MAIN, "NSApplicationActivationPolicyAccessory",
           "NSApplicationActivationPolicyRegular"),
