@@ -106,6 +106,12 @@ bool AudioServer::isRunning() const {
                                             [](const auto& one) { return one->isRunning(); });
 }
 
+std::vector<pid_t> AudioServer::processes() const {
+  std::vector<pid_t> result;
+  for (const auto& process : processes_) result.push_back(process->pid());
+  return result;
+}
+
 void AudioServer::kill() {
   for (const auto& process : processes_) process->kill();
   processes_.clear();

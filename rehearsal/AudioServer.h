@@ -33,6 +33,8 @@ class AudioServer {
 
   AudioFlavour flavour() const { return flavour_; }
   bool isRunning() const;
+  /// The processes that serve.
+  std::vector<pid_t> processes() const;
 
   /// Kills the server with SIGKILL, like a crash. Streams and clients lose their connection.
   void kill();

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <fstream>
 #include <iterator>
 
@@ -60,6 +61,21 @@ Browser::Browser(const Session& session, const Options& options)
 
 Browser::~Browser() {
   process_->kill();
+}
+
+void Browser::restartAudioService() const {
+  const std::string profile = (session_.folder() / options_.profile).string();
+  for (const pid_t process : session_.processes()) {
+    // Browsers separate their children's arguments with blanks.
+    std::ifstream file("/proc/" + std::to_string(process) + "/cmdline");
+    const std::string arguments{std::istreambuf_iterator<char>(file), {}};
+    const std::size_t end = arguments.find(profile) + profile.size();
+    if (arguments.find("audio.mojom.AudioService") == std::string::npos || end > arguments.size() ||
+        (arguments[end] != ' ' && arguments[end] != '\0')) {
+      continue;
+    }
+    ::kill(process, SIGKILL);
+  }
 }
 
 void Browser::serveTeams() {

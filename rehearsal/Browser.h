@@ -53,6 +53,9 @@ class Browser {
   /// Stops the browser and its renderers; they reply to nothing until thaw().
   void freeze() { process_->freeze(); }
   void thaw() { process_->thaw(); }
+  /// Kills the browser's process for sound; the browser starts it again when it needs one. After a
+  /// crash of the sound server the old one may find no microphone for a long time.
+  void restartAudioService() const;
   /// Kills the browser with SIGKILL, as in a crash.
   void kill() { process_->kill(); }
 

@@ -23,9 +23,11 @@ ProcessFigures ProcessFigures::of(pid_t process) {
     std::string name;
     long kibibytes = 0;
     words >> name >> kibibytes;
-    if (name == "Private_Dirty:" || name == "Swap:") figures.privateKibibytes += kibibytes;
+    if (name == "Private_Dirty:" || name == "Swap:") figures.writtenKibibytes += kibibytes;
+    if (name == "Private_Clean:") figures.privateKibibytes += kibibytes;
   }
-  if (figures.privateKibibytes == 0) throw DeskError("Hushbox is not running any more");
+  figures.privateKibibytes += figures.writtenKibibytes;
+  if (figures.writtenKibibytes == 0) throw DeskError("Hushbox is not running any more");
   return figures;
 }
 

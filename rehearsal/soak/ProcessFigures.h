@@ -10,6 +10,8 @@ namespace hushbox::rehearsal {
 struct ProcessFigures {
   /// Memory that only this process has written. Pages of the program's file are left out: they
   /// count as private or shared depending on who else runs it.
+  long writtenKibibytes = 0;
+  /// The above and those pages of files.
   long privateKibibytes = 0;
   std::size_t descriptors = 0;
   std::size_t threads = 0;

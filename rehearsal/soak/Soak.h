@@ -23,7 +23,8 @@ class Soak {
   /// to standard error when it is found.
   void run(std::chrono::seconds duration);
 
-  /// Prints one line per kind of event, one per figure of the process, and the total.
+  /// Prints one line per kind of event with those that were wrong or undecided, one per figure of
+  /// the process, and the total.
   void printSummary() const;
 
   int wrong() const;
@@ -39,6 +40,8 @@ class Soak {
     void (Soak::*play)();
     int count = 0;
     int wrong = 0;
+    /// Those in which this machine was too busy, or unable, for the event to happen as intended.
+    int undecided = 0;
   };
   /// A figure of the process that must stay in a range once the soak has warmed up.
   struct Figure {
@@ -52,6 +55,7 @@ class Soak {
   void play(Kind& kind);
   /// Waits until the desk shows what the model says, and checks that it stays so.
   void settle();
+  bool shows(const SoakModel& model);
   void recover();
   void sampleFigures();
   void reportFault(const std::string& what, const std::string& why);
@@ -68,6 +72,9 @@ class Soak {
   void pressButton();
   void pressTwice();
   void bounce();
+  /// What Hushbox shows after that drop if this machine was too busy for it to be seen, or to be
+  /// seen as one that was restored in time.
+  std::vector<SoakModel> modelsWhenBusy(const SoakDesk::Drop& drop) const;
   void clickInTeams();
   void changeLevel();
   void replug();
@@ -89,8 +96,10 @@ class Soak {
   bool movesSwitch_ = false;
   bool isWarm_ = false;
   int played_ = 0;
+  /// Why the event being played cannot be judged; empty if it can.
+  std::string undecidedBecause_;
   std::array<Kind, 13> kinds_;
-  std::array<Figure, 3> figures_;
+  std::array<Figure, 4> figures_;
 };
 
 }  // namespace hushbox::rehearsal

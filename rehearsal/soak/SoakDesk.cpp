@@ -8,6 +8,13 @@
 
 namespace hushbox::rehearsal {
 
+namespace {
+
+/// Longer than it takes the sound server to report a change and to reply to Hushbox's request.
+constexpr Milliseconds deliveryTime{100};
+
+}  // namespace
+
 SoakDesk::SoakDesk(AudioFlavour flavour, const std::string& program)
     : desk_({.audio = flavour, .applyToThisProcess = false}),
       otherBrowser_(desk_.session(), {.profile = "other-chromium"}),
@@ -51,6 +58,11 @@ void SoakDesk::killSoundServer() {
   meter_.reset();
 }
 
+void SoakDesk::startSoundServer() {
+  desk_.audio().restart();
+  desk_.browser().restartAudioService();
+}
+
 void SoakDesk::pressButton(bool movesSwitch, long level) {
   AudioServer& sound = desk_.audio();
   if (movesSwitch) {
@@ -60,10 +72,17 @@ void SoakDesk::pressButton(bool movesSwitch, long level) {
   }
 }
 
-void SoakDesk::bounce(long level, Milliseconds span) {
+SoakDesk::Drop SoakDesk::bounce(long level, Milliseconds span) {
+  std::vector<pid_t> processes = desk_.audio().processes();
+  processes.push_back(hushbox_.pid());
+  const ProcessorWait wait(processes);
+  const auto start = std::chrono::steady_clock::now();
   setLevel(0);
   letPass(span);
   setLevel(level);
+  const auto maxSpan = std::chrono::steady_clock::now() - start;
+  letPass(deliveryTime);
+  return {maxSpan, wait.longest()};
 }
 
 void SoakDesk::setMinimised(bool isMinimised) {

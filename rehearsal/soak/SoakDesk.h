@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,6 +9,7 @@
 #include "rehearsal/Desk.h"
 #include "rehearsal/HushboxProcess.h"
 #include "rehearsal/soak/ProcessFigures.h"
+#include "rehearsal/soak/ProcessorWait.h"
 #include "rehearsal/soak/SoakState.h"
 
 namespace hushbox::rehearsal {
@@ -31,11 +33,18 @@ class SoakDesk {
   void endCall() { call_.reset(); }
   /// Crashes the sound server, with the call. It stays down.
   void killSoundServer();
-  void startSoundServer() { desk_.audio().restart(); }
+  void startSoundServer();
 
   /// The button moves the mute switch or the level between 0 and `level` percent.
   void pressButton(bool movesSwitch, long level);
-  void bounce(long level, Milliseconds span);
+  /// What one drop of the level was like.
+  struct Drop {
+    /// From before the level dropped until it was restored for certain.
+    std::chrono::nanoseconds maxSpan;
+    /// How long a thread of Hushbox or of the sound server waited for a processor meanwhile.
+    std::chrono::nanoseconds waited;
+  };
+  Drop bounce(long level, Milliseconds span);
   void setLevel(long level) { desk_.audio().setVolume(static_cast<double>(level) / 100); }
   void clickInTeams() { meeting_.pressMicrophone(); }
 
@@ -48,8 +57,7 @@ class SoakDesk {
   bool hasMeter() const { return meter_ != nullptr; }
 
   /// Records in the meeting's page, opens another meeting in the other browser, and hides the
-  /// first. Returns false and opens nothing if the browser does not record: after some restarts of
-  /// the sound server it finds no microphone for a long time.
+  /// first. Returns false and opens nothing if the browser does not record.
   bool openSecondMeeting();
   /// Closes it again. Throws DeskError if it was pressed meanwhile.
   void closeSecondMeeting();

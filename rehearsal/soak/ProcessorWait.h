@@ -1,0 +1,30 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <map>
+#include <vector>
+
+namespace hushbox::rehearsal {
+
+/// Measures how long the threads of some processes wait for a processor. On a busy machine that
+/// decides which of two programs is faster, whatever they do.
+class ProcessorWait {
+ public:
+  explicit ProcessorWait(std::vector<pid_t> processes)
+      : processes_(std::move(processes)), before_(read()) {}
+
+  /// The longest total wait of a single thread since construction, from /proc. Zero where the
+  /// kernel does not count it.
+  std::chrono::nanoseconds longest() const;
+
+ private:
+  /// The total wait of each thread so far.
+  std::map<pid_t, std::chrono::nanoseconds> read() const;
+
+  const std::vector<pid_t> processes_;
+  const std::map<pid_t, std::chrono::nanoseconds> before_;
+};
+
+}  // namespace hushbox::rehearsal
