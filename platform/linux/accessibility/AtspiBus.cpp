@@ -46,6 +46,18 @@ bool AtspiBus::reach(const std::string& busName, const std::string& address, std
   return isReached;
 }
 
+unsigned AtspiBus::watch(const std::string& busName, std::function<void()> exited) {
+  // The owner of a unique name changes once: when the program has exited.
+  return accessibility_.subscribe(busDaemon.busName.c_str(), busDaemon.busName.c_str(),
+                                  "NameOwnerChanged", busName.c_str(),
+                                  [exited = std::move(exited)](GVariant*) { exited(); });
+}
+
+void AtspiBus::unwatch(const std::string& busName, unsigned subscription) {
+  accessibility_.unsubscribe(subscription);
+  accessibility_.leave(busName);
+}
+
 bool AtspiBus::isEnabled() {
   if (!connectSession()) return false;
   if (!enabled_) enabled_ = askEnabled();

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -49,6 +50,13 @@ class AtspiBus {
   /// BoundedBusConnection::reach().
   bool reach(const std::string& busName, const std::string& address, std::int32_t process,
              std::chrono::milliseconds timeout);
+
+  /// Calls `exited` when that program leaves the accessibility bus, from within a call to the bus
+  /// or connect(). Returns the subscription for unwatch().
+  unsigned watch(const std::string& busName, std::function<void()> exited);
+  /// Ends the watch and closes the connection that is the program's own. Must not be called by
+  /// `exited`.
+  void unwatch(const std::string& busName, unsigned subscription);
 
   /// The budget of calls to programs on the accessibility bus.
   void setTimeout(std::chrono::milliseconds timeout) { budget_.setTimeout(timeout); }

@@ -57,7 +57,9 @@ bool AtspiPrograms::refresh() {
   const auto roots = atspi_value::objects(reply.value.get(), {}, maxPrograms);
   std::set<std::string_view> present;
   for (const BusObject& root : roots) present.insert(root.busName);
-  std::erase_if(programs_, [&](const auto& entry) { return present.count(entry.first) == 0; });
+  for (const auto& [busName, entry] : programs_)
+    if (present.count(busName) == 0) exited_->insert(busName);
+  forgetExited();
   std::erase_if(lateStrangers_, [&](const auto& name) { return present.count(name) == 0; });
   std::vector<BusObject> strangers;
   for (const BusObject& root : roots)
@@ -82,21 +84,42 @@ bool AtspiPrograms::identify(const std::vector<BusObject>& roots) {
       continue;
     }
     metBrowser |= program->isBrowser;
-    programs_.emplace(program->root.busName, Entry{.program = *program});
+    add(*program);
     lateStrangers_.erase(program->root.busName);
   }
   return metBrowser;
 }
 
+void AtspiPrograms::add(const AtspiProgram& program) {
+  const std::string& busName = program.root.busName;
+  Entry entry{.program = program};
+  if (program.isHost())
+    entry.watch = bus_.watch(busName, [exited = exited_, busName] { exited->insert(busName); });
+  programs_.emplace(busName, entry);
+}
+
+bool AtspiPrograms::forgetExited() {
+  bool isAnyForgotten = false;
+  for (const std::string& busName : std::exchange(*exited_, {})) {
+    const auto found = programs_.find(busName);
+    if (found == programs_.end()) continue;
+    if (found->second.watch != 0) bus_.unwatch(busName, found->second.watch);
+    programs_.erase(found);
+    isAnyForgotten = true;
+  }
+  return isAnyForgotten;
+}
+
 void AtspiPrograms::clear() {
   programs_.clear();
+  exited_->clear();
   lateStrangers_.clear();
 }
 
 std::vector<const AtspiProgram*> AtspiPrograms::hosts() const {
   std::vector<const AtspiProgram*> result;
   for (const auto& [busName, entry] : programs_)
-    if (entry.program.isBrowser || entry.program.isClient) result.push_back(&entry.program);
+    if (entry.program.isHost()) result.push_back(&entry.program);
   return result;
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -23,6 +24,9 @@ struct AtspiProgram {
   bool isBrowser = false;
   /// Whether it is built on Chromium, which lets labels grow stale: see LabelRefresher.
   bool labelsLag = false;
+
+  /// Whether it may present documents of Teams.
+  bool isHost() const { return isBrowser || isClient; }
 };
 
 /// The programs on the accessibility bus. Main thread only.
@@ -41,6 +45,10 @@ class AtspiPrograms {
   /// replied late, or this was long ago.
   bool refresh();
 
+  /// Forgets the hosts that have exited, as far as the bus has reported it. Returns whether there
+  /// were any. Pointers to them are invalid afterwards.
+  bool forgetExited();
+
   /// The programs that may present documents of Teams, in the order of their bus names.
   std::vector<const AtspiProgram*> hosts() const;
 
@@ -58,13 +66,20 @@ class AtspiPrograms {
   struct Entry {
     AtspiProgram program;
     bool triedDirectConnection = false;
+    /// The watch on a host; see AtspiBus::watch().
+    unsigned watch = 0;
   };
+  using Names = std::set<std::string>;
 
+  void add(const AtspiProgram& program);
   bool identify(const std::vector<BusObject>& roots);
 
   AtspiBus& bus_;
   /// The names of those that have not replied in time.
-  std::set<std::string> lateStrangers_;
+  Names lateStrangers_;
+  /// The names of the hosts that have exited since forgetExited(). Handlers of the bus's signals
+  /// hold it too and may outlive this object.
+  const std::shared_ptr<Names> exited_ = std::make_shared<Names>();
   std::map<std::string, Entry> programs_;
 };
 

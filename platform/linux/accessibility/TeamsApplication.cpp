@@ -20,6 +20,7 @@ void TeamsApplication::beginSnapshot() {
 bool TeamsApplication::isRunning() {
   if (!bus_.connect()) return false;
   forgetAfterReconnection();
+  forgetExited();
   if (const TeamsDocumentRef followed = control_.document()) {
     // The others are not asked, so that a poll costs the same however many there are.
     confirm({followed});
@@ -138,6 +139,14 @@ void TeamsApplication::keep(const Documents& candidates,
   documents_.keep(std::move(kept));
   labels_.keepOnly(documents_.all());
   if (!documents_.contains(control_.document())) control_.forget();
+}
+
+void TeamsApplication::forgetExited() {
+  if (!programs_.forgetExited()) return;
+  Documents gone = documents_.all();
+  std::erase_if(gone,
+                [this](const auto& one) { return programs_.find(one->object.busName) != nullptr; });
+  keep(gone, {});
 }
 
 void TeamsApplication::forgetAfterReconnection() {

@@ -60,6 +60,8 @@ class TeamsApplication {
   using Probes = std::vector<TeamsDocuments::Probe>;
 
   void forgetAfterReconnection();
+  /// Forgets the documents of programs that have exited.
+  void forgetExited();
   void chooseAgain();
   /// Whether no document was found, or a program records from the speakerphone without one.
   bool lacksMeeting() const;

@@ -196,9 +196,9 @@ bool BoundedBusConnection::hasTimedOut(const std::string& busName) const {
   return pending_->overdue.count(busName) != 0;
 }
 
-void BoundedBusConnection::subscribe(const char* sender, const char* interface, const char* member,
-                                     const char* argument0,
-                                     std::function<void(GVariant*)> handler) {
+guint BoundedBusConnection::subscribe(const char* sender, const char* interface, const char* member,
+                                      const char* argument0,
+                                      std::function<void(GVariant*)> handler) {
   using Handler = std::function<void(GVariant*)>;
   const ThreadDefaultContext scope(context_);
   subscriptions_.push_back(g_dbus_connection_signal_subscribe(
@@ -206,6 +206,13 @@ void BoundedBusConnection::subscribe(const char* sender, const char* interface, 
       [](GDBusConnection*, const char*, const char*, const char*, const char*, GVariant* arguments,
          gpointer data) { (*static_cast<Handler*>(data))(arguments); },
       new Handler(std::move(handler)), [](gpointer data) { delete static_cast<Handler*>(data); }));
+  return subscriptions_.back();
+}
+
+void BoundedBusConnection::unsubscribe(guint subscription) {
+  if (std::erase(subscriptions_, subscription) == 0) return;
+  const ThreadDefaultContext scope(context_);
+  g_dbus_connection_signal_unsubscribe(connection_.get(), subscription);
 }
 
 void BoundedBusConnection::dispatch() {

@@ -48,6 +48,9 @@ class BoundedBusConnection {
   bool reach(const std::string& busName, const std::string& address, std::int32_t process,
              std::chrono::milliseconds timeout);
 
+  /// Closes the direct connection to that peer, if there is one.
+  void leave(const std::string& busName) { direct_.erase(busName); }
+
   /// Makes all calls at once and waits until each has its reply or has timed out. Never starts a
   /// program. Returns the replies in the order of the calls.
   std::vector<BusReply> ask(std::vector<BusCall> calls);
@@ -65,9 +68,12 @@ class BoundedBusConnection {
   bool hasTimedOut(const std::string& busName) const;
 
   /// Calls `handler` with the arguments of each such signal, from within ask() or dispatch(), until
-  /// the connection is closed.
-  void subscribe(const char* sender, const char* interface, const char* member,
-                 const char* argument0, std::function<void(GVariant*)> handler);
+  /// the connection is closed or the subscription is cancelled. Returns the subscription.
+  guint subscribe(const char* sender, const char* interface, const char* member,
+                  const char* argument0, std::function<void(GVariant*)> handler);
+  /// Cancels a subscription; does nothing if the connection has been closed since. Must not be
+  /// called by a handler.
+  void unsubscribe(guint subscription);
 
   /// Handles the signals and late replies that have arrived; does not wait.
   void dispatch();

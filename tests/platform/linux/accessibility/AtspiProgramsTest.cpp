@@ -2,6 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/accessibility/TeamsApplication.h"
 #include "rehearsal/Waiting.h"
 #include "tests/platform/linux/fixtures/AccessibleProgramsFixture.h"
 
@@ -12,7 +18,24 @@ using rehearsal::holdsWithin;
 using rehearsal::serverTimeout;
 using testing::ElementsAre;
 
-using AtspiProgramsTest = AccessibleProgramsFixture;
+class AtspiProgramsTest : public AccessibleProgramsFixture {
+ protected:
+  void findPrograms() {
+    ASSERT_TRUE(bus_.connect());
+    programs_.refresh();
+    // The bus handles messages in order, so after this call the watches are in place.
+    programs_.refresh();
+  }
+
+  /// Everything that reads Teams, without the tree above it.
+  AtspiBus bus_;
+  AtspiPrograms programs_{bus_};
+  TeamsDocuments documents_{bus_};
+  LabelRefresher labels_{bus_, programs_};
+  FollowedControl control_{bus_};
+  TeamsRanking ranking_{labels_, [] { return std::vector<std::int32_t>(); }};
+  TeamsApplication teams_{bus_, programs_, documents_, labels_, control_, ranking_};
+};
 
 TEST_F(AtspiProgramsTest, ProgramIsCalledOverItsOwnSocket) {
   const auto teams = meeting();
@@ -43,6 +66,55 @@ TEST_F(AtspiProgramsTest, ProgramIsFoundAgainAfterItClosedItsSocket) {
   ASSERT_EQ(reader_.read(), label);
   teams->hangUp();
   EXPECT_TRUE(holdsWithin([&] { return reader_.read() == label; }, serverTimeout));
+}
+
+TEST_F(AtspiProgramsTest, BrowserThatHasExitedIsForgottenWithoutACall) {
+  const auto first = meeting();
+  auto second = meeting();
+  const auto other = program("Editor", "GTK");
+  findPrograms();
+  ASSERT_EQ(programs_.hosts().size(), 2U);
+  const std::string name = second->busName();
+  const auto calls = bus_.callCount();
+  EXPECT_FALSE(programs_.forgetExited());
+  second.reset();
+  EXPECT_TRUE(
+      holdsWithin([&] { return bus_.connect() && programs_.forgetExited(); }, serverTimeout));
+  EXPECT_EQ(programs_.find(name), nullptr);
+  ASSERT_EQ(programs_.hosts().size(), 1U);
+  EXPECT_EQ(programs_.hosts().front()->root.busName, first->busName());
+  EXPECT_EQ(bus_.callCount(), calls);
+}
+
+TEST_F(AtspiProgramsTest, DocumentsOfABrowserThatHasExitedAreForgotten) {
+  auto first = meeting();
+  auto second = meeting();
+  teams_.beginSnapshot();
+  ASSERT_TRUE(teams_.isRunning());
+  ASSERT_EQ(teams_.documents().size(), 2U);
+  const auto followed = teams_.documents().front();
+  control_.follow(followed, {followed->object.busName, "/b"});
+  auto exited = followed->object.busName == first->busName() ? std::ref(second) : std::ref(first);
+  exited.get().reset();
+  EXPECT_TRUE(holdsWithin(
+      [&] {
+        teams_.beginSnapshot();
+        return teams_.isRunning() && teams_.documents().size() == 1;
+      },
+      serverTimeout));
+  EXPECT_EQ(control_.document(), followed);
+}
+
+TEST_F(AtspiProgramsTest, BrowserThatIsStartedAgainIsFoundAndWatched) {
+  for (int i = 0; i < 3; ++i) {
+    auto browser = meeting();
+    findPrograms();
+    ASSERT_NE(programs_.find(browser->busName()), nullptr);
+    browser.reset();
+    EXPECT_TRUE(
+        holdsWithin([&] { return bus_.connect() && programs_.forgetExited(); }, serverTimeout));
+    EXPECT_TRUE(programs_.hosts().empty());
+  }
 }
 
 }  // namespace

@@ -208,6 +208,30 @@ TEST_F(BoundedBusConnectionTest, LeavesTheBusWhenClosedEvenWithACallUnderWay) {
   EXPECT_TRUE(holdsWithin([&] { return names() == before - 1; }, milliseconds{5'000}));
 }
 
+TEST_F(BoundedBusConnectionTest, CancelledSubscriptionsAreNotCalled) {
+  int cancelled = 0;
+  int signals = 0;
+  const auto subscribe = [&](int& count) {
+    return connection_.subscribe("org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged",
+                                 nullptr, [&](GVariant*) { ++count; });
+  };
+  const auto subscription = subscribe(cancelled);
+  subscribe(signals);
+  ask(role(program_, serverTimeout));
+  const int before = cancelled;
+  connection_.unsubscribe(subscription);
+  connection_.unsubscribe(subscription);
+  signals = 0;
+  AccessibleProgram newcomer(address_, "Newcomer", "Toolkit");
+  EXPECT_TRUE(holdsWithin(
+      [&] {
+        connection_.dispatch();
+        return signals > 0;
+      },
+      serverTimeout));
+  EXPECT_EQ(cancelled, before);
+}
+
 TEST(BoundedBusConnectionOpenTest, OpeningTimesOutOnAFrozenBus) {
   rehearsal::Session session;
   session.bus().freeze();
@@ -280,6 +304,13 @@ TEST_F(BoundedBusConnectionPeerTest, CallsGoOverTheBusOnceTheDirectConnectionIsC
   EXPECT_TRUE(holdsWithin([&] { return ask(role(program_, serverTimeout)) == Outcome::replied; },
                           serverTimeout));
   EXPECT_EQ(program_.directCalls(), straight);
+}
+
+TEST_F(BoundedBusConnectionPeerTest, CallsGoOverTheBusAfterLeaving) {
+  connection_.leave(program_.busName());
+  const int overTheSocket = program_.directCalls();
+  EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::replied);
+  EXPECT_EQ(program_.directCalls(), overTheSocket);
 }
 
 TEST_F(BoundedBusConnectionPeerTest, DirectConnectionIsClosedWithTheBus) {
