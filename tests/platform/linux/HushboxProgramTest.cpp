@@ -2,6 +2,7 @@
 // how it copes with child processes that misbehave.
 
 #include <gio/gdesktopappinfo.h>
+#include <gio/gunixsocketaddress.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <optional>
 #include <set>
@@ -138,23 +140,37 @@ class HushboxProgramLogoutTest : public PanelFixture {
  protected:
   HushboxProgramLogoutTest() { watcher_ = std::make_unique<Watcher>(session_.busAddress()); }
 
-  rehearsal::Display display_{session_.environment(), session_.folder()};
+  /// `display` is an assignment to an environment variable.
+  void expectToEndWith(const std::string& display, const std::function<void()>& close) {
+    const auto start = [&](const std::string& log) {
+      return session_.start(log, {"env", display, HUSHBOX_PROGRAM});
+    };
+    // The session bus stays, as a user's bus does after a logout, and with it any name on it.
+    const auto first = start("first.log");
+    watcher_->waitForItem();
+    letPass(300ms);
+    EXPECT_TRUE(first->isRunning());
+    close();
+    EXPECT_EQ(first->waitForExit(), 0);
+    const auto second = start("second.log");
+    waitUntil([this] { return watcher_->items().size() == 2; }, serverTimeout, "the second start");
+    EXPECT_TRUE(second->isRunning());
+  }
 };
 
-TEST_F(HushboxProgramLogoutTest, EndsWithTheDisplayAndCanBeStartedAgain) {
-  const auto start = [this](const std::string& log) {
-    return session_.start(log, {"env", "DISPLAY=" + display_.name(), HUSHBOX_PROGRAM});
-  };
-  // The session bus stays, as a user's bus does after a logout, and with it any name on it.
-  const auto first = start("first.log");
-  watcher_->waitForItem();
-  letPass(300ms);
-  EXPECT_TRUE(first->isRunning());
-  display_.close();
-  EXPECT_EQ(first->waitForExit(), 0);
-  const auto second = start("second.log");
-  waitUntil([this] { return watcher_->items().size() == 2; }, serverTimeout, "the second start");
-  EXPECT_TRUE(second->isRunning());
+TEST_F(HushboxProgramLogoutTest, EndsWithTheXServerAndCanBeStartedAgain) {
+  rehearsal::Display display(session_.environment(), session_.folder());
+  expectToEndWith("DISPLAY=" + display.name(), [&] { display.close(); });
+}
+
+TEST_F(HushboxProgramLogoutTest, EndsWithTheCompositorAndCanBeStartedAgain) {
+  // Hushbox sends a compositor nothing, so a socket will do for one.
+  const std::string path = session_.runtimeFolder() / "compositor";
+  const ObjectPointer<GSocketAddress> address(g_unix_socket_address_new(path.c_str()));
+  const ObjectPointer<GSocketListener> compositor(g_socket_listener_new());
+  ASSERT_TRUE(g_socket_listener_add_address(compositor.get(), address.get(), G_SOCKET_TYPE_STREAM,
+                                            G_SOCKET_PROTOCOL_DEFAULT, nullptr, nullptr, nullptr));
+  expectToEndWith("WAYLAND_DISPLAY=" + path, [&] { g_socket_listener_close(compositor.get()); });
 }
 
 /// The names that the process has on the bus: one per connection.

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -23,6 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using Status = LoginItem::Status;
+using testing::HasSubstr;
 
 class AutostartLoginItemTest : public testing::Test {
  protected:
@@ -72,6 +74,23 @@ TEST_F(AutostartLoginItemTest, EntryFollowsTheRulesForDesktopEntries) {
   validator->setArguments({file_});
   if (!validator->launch()) GTEST_SKIP() << "desktop-file-validate is not installed.";
   EXPECT_EQ(validator->readDataToEndOfFile(), "") << entry();
+}
+
+TEST_F(AutostartLoginItemTest, SystemdStopsTheProgramWithTheGraphicalSession) {
+  const std::string generator = "/usr/lib/systemd/user-generators/systemd-xdg-autostart-generator";
+  if (!fs::exists(generator)) GTEST_SKIP() << "systemd is not installed.";
+  ASSERT_TRUE(item_.registerItem());
+  ScopedEnvironment environment;
+  environment.set("XDG_CONFIG_HOME", folder_.parent_path());
+  environment.set("XDG_CONFIG_DIRS", "/nowhere");
+  const std::string units = scratch_.makeFolder("units");
+  std::string command = generator;
+  for (int i = 0; i < 3; ++i) command += " '" + units + "'";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  std::ifstream file(fs::path(units) / "app-org.hushbox.Hushbox@autostart.service");
+  const std::string unit(std::istreambuf_iterator<char>(file), {});
+  EXPECT_THAT(unit, HasSubstr("\nPartOf=graphical-session.target\n"));
+  EXPECT_THAT(unit, HasSubstr("/bin/true\n"));
 }
 
 TEST_F(AutostartLoginItemTest, EntryNamesTheProgramThatADesktopLooksForFirst) {

@@ -53,8 +53,16 @@ TEST_F(DisplayWatchTest, ReportsTheEndOfAWaylandCompositor) {
   if (!std::filesystem::exists("/usr/bin/weston")) GTEST_SKIP() << "weston is not installed.";
   const auto compositor = session.start(
       "weston.log", {"weston", "--backend=headless-backend.so", "--socket=wayland-test"});
-  const auto socket = session.runtimeFolder() / "wayland-test";
-  compositor->waitUntilReady([&] { return std::filesystem::exists(socket); }, "a compositor");
+  const std::string socket = session.runtimeFolder() / "wayland-test";
+  // The file exists a moment before connections are accepted.
+  const auto isListening = [&] {
+    const ObjectPointer<GSocketClient> client(g_socket_client_new());
+    const ObjectPointer<GSocketAddress> address(g_unix_socket_address_new(socket.c_str()));
+    const ObjectPointer<GSocketConnection> connection(g_socket_client_connect(
+        client.get(), G_SOCKET_CONNECTABLE(address.get()), nullptr, nullptr));
+    return connection != nullptr;
+  };
+  compositor->waitUntilReady(isListening, "a compositor");
   setenv("WAYLAND_DISPLAY", "wayland-test", 1);
   watch();
   letPass(300ms);
