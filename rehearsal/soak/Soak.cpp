@@ -18,6 +18,8 @@ constexpr Milliseconds reactionTimeout{20'000};
 constexpr Milliseconds echoWindow{700};
 /// Longer than the time between two polls.
 constexpr Milliseconds pollAndMore{1'500};
+/// Longer than Hushbox's pause after a failed poll and the next poll.
+constexpr Milliseconds firstReadTimeout{7'500};
 /// How long a battery reading may take on a busy machine, and usually takes.
 constexpr Milliseconds readingTimeout{15'000};
 constexpr Milliseconds readingTime{500};
@@ -205,6 +207,8 @@ void Soak::pressTwice() {
 }
 
 void Soak::bounce() {
+  // Before Hushbox has read Teams, it makes the speakerphone follow a toggle.
+  while (Clock::now() - teamsReadable_ < firstReadTimeout) letPass(Milliseconds{100});
   const SoakDesk::Drop drop = desk_.bounce(*model_.level(), Milliseconds{draw(1, 200)});
   const std::vector<SoakModel> whenBusy = modelsWhenBusy(drop);
   model_.bounce();
@@ -252,6 +256,7 @@ void Soak::plugIn(bool isRestored) {
 void Soak::startCall() {
   desk_.startCall();
   model_.startCall();
+  teamsReadable_ = Clock::now();
 }
 
 void Soak::replug() {
@@ -297,6 +302,8 @@ void Soak::freezeBrowser() {
   // Until a poll has failed too.
   letPass(Milliseconds{draw(3500, 5000)});
   desk_.thawBrowser();
+  model_.thaw();
+  teamsReadable_ = Clock::now();
 }
 
 void Soak::rest() {

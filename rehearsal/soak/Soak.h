@@ -96,6 +96,8 @@ class Soak {
   bool movesSwitch_ = false;
   bool isWarm_ = false;
   int played_ = 0;
+  /// When a call started or the browser was thawed. Hushbox reads Teams some time later.
+  Clock::time_point teamsReadable_{};
   /// Why the event being played cannot be judged; empty if it can.
   std::string undecidedBecause_;
   std::array<Kind, 13> kinds_;

@@ -34,6 +34,9 @@ void SoakModel::pressButton() {
 void SoakModel::pressButtonWhileFrozen() {
   isSilent_ = !isSilent_;
   isHeadsetMuted_ = isSilent_;
+}
+
+void SoakModel::thaw() {
   if (isInCall_) follow();
 }
 

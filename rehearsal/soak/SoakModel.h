@@ -20,9 +20,10 @@ class SoakModel {
 
   /// The button silences the speakerphone or makes it audible again.
   void pressButton();
-  /// The same while Teams does not reply: the press is lost, and then the speakerphone follows
-  /// Teams.
+  /// The same while Teams does not reply: the press is lost.
   void pressButtonWhileFrozen();
+  /// Teams replies again: the speakerphone follows it, even if it did not before.
+  void thaw();
   /// The button was pressed and the calling program put the volume back. Only while audible.
   void bounce();
   void clickInTeams();
