@@ -53,6 +53,7 @@ PulseSourceTable::Changes PulseSourceTable::setSource(const PulseSourceReport& r
   const auto found = std::ranges::find(sources_, report.index, &Source::index);
   if (found != sources_.end()) {
     if (found->key == report.key) return update(*found, report);
+    leave(*found);
     sources_.erase(found);
   }
   add(report);
@@ -60,8 +61,11 @@ PulseSourceTable::Changes PulseSourceTable::setSource(const PulseSourceReport& r
 }
 
 PulseSourceTable::Changes PulseSourceTable::removeSource(std::uint32_t index) {
-  const auto matches = [&](const Source& source) { return source.index == index; };
-  return std::erase_if(sources_, matches) == 0 ? Changes{} : Changes{deviceListChange};
+  const auto source = std::ranges::find(sources_, index, &Source::index);
+  if (source == sources_.end()) return {};
+  leave(*source);
+  sources_.erase(source);
+  return {deviceListChange};
 }
 
 PulseSourceTable::Changes PulseSourceTable::setBounced(std::uint32_t index) {
@@ -95,6 +99,7 @@ std::set<std::int32_t> PulseSourceTable::recordingProcesses(AudioObjectID id) co
 PulseSourceTable::Changes PulseSourceTable::clear() {
   streams_.clear();
   followUps_.clear();
+  for (const Source& source : sources_) leave(source);
   return std::exchange(sources_, {}).empty() ? Changes{} : Changes{deviceListChange};
 }
 
@@ -146,9 +151,21 @@ void PulseSourceTable::add(const PulseSourceReport& report) {
   source.muteSwitch = report.muteSwitch;
   source.isHardware = report.isHardware;
   source.running = hasStream(report.index);
+  const auto left = leftMutes_.extract(report.key);
+  if (left && source.isSilent()) {
+    source.ownMute = Source::OwnMute::inEffect;
+    source.isMutedBySwitch = left.mapped().isMutedBySwitch;
+    if (pa_cvolume_is_muted(&source.volume) != 0)
+      source.audibleVolume = left.mapped().audibleVolume;
+  }
   const auto place =
       source.isHardware ? std::ranges::find(sources_, false, &Source::isHardware) : sources_.end();
   sources_.insert(place, std::move(source));
+}
+
+void PulseSourceTable::leave(const Source& source) {
+  if (source.ownMute == Source::OwnMute::none) return;
+  leftMutes_[source.key] = {source.audibleVolume, source.isMutedBySwitch};
 }
 
 PulseSourceTable::Changes PulseSourceTable::update(Source& source,

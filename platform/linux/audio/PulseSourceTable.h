@@ -25,7 +25,8 @@ namespace hushbox {
 /// A write of 0 silences the source in the way in which another program or the device did last, so
 /// that the next press of the button undoes it; at first that is the level. If the button moves the
 /// other of the two afterwards, the source would stay silent: then a follow-up makes it audible, as
-/// the press would have done otherwise.
+/// the press would have done otherwise. That also holds if the source was removed meanwhile and a
+/// session manager has restored our silence.
 class PulseSourceTable {
  public:
   struct Source {
@@ -111,10 +112,18 @@ class PulseSourceTable {
     std::int32_t process;
   };
 
+  /// What a write of ours left behind at a source that was removed while it was silent.
+  struct LeftMute {
+    pa_cvolume audibleVolume;
+    bool isMutedBySwitch;
+  };
+
   Source* findMutable(AudioObjectID id);
   bool hasStream(std::uint32_t sourceIndex) const;
   Changes updateRunning();
   void add(const PulseSourceReport& report);
+  /// Remembers our mute of a source that is about to be removed.
+  void leave(const Source& source);
   Changes update(Source& source, const PulseSourceReport& report);
   void noteMute(Source& source, bool wasSilent, bool switchMoved);
 
@@ -122,6 +131,8 @@ class PulseSourceTable {
   /// By stream index. Holds only the streams that count as recording.
   std::map<std::uint32_t, Stream> streams_;
   std::vector<PulseWrite> followUps_;
+  /// By the source's key.
+  std::map<std::string, LeftMute> leftMutes_;
 };
 
 }  // namespace hushbox

@@ -109,6 +109,18 @@ TEST_P(PulseAudioButtonTest, SwitchIsSeenAfterAMuteByTheLevel) {
   expectPressesAreSeen(&pressSwitch, true);
 }
 
+TEST_P(PulseAudioButtonTest, SwitchIsSeenAfterAReplugThatRestoresOurMute) {
+  writeAndWait(true);
+  server_->unplugSpeakerphone();
+  eventually([&] { return find(AudioServer::speakerphoneName) == 0; });
+  server_->replugSpeakerphone();
+  eventually([&] { return find(AudioServer::speakerphoneName) != 0; });
+  device_ = find(AudioServer::speakerphoneName);
+  recordVolumes(device_);
+  if (volumeOf(device_) != 0.0F) GTEST_SKIP() << "Nothing restores the level on this server.";
+  expectPressesAreSeen(&pressSwitch, true);
+}
+
 TEST_P(PulseAudioButtonTest, SwitchAndLevelAreSeenAfterAnUnmuteOfEither) {
   for (void (*const learned)() : {&pressSwitch, &pressLevel}) {
     for (void (*const press)() : {&pressSwitch, &pressLevel}) {

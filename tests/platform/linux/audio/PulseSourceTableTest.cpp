@@ -415,6 +415,59 @@ TEST_F(PulseSourceWriteTest, WriteOfZeroToAMutedSourceIsNotAMuteOfOurs) {
   EXPECT_EQ(level(), 0U);
 }
 
+TEST_F(PulseSourceWriteTest, SwitchThatMovesAfterAReplugUndoesOurMute) {
+  moveLevel(PA_VOLUME_NORM / 2);
+  write(0.0F);
+  table_.removeSource(info_.index);
+  plug();
+  EXPECT_EQ(only().inputVolume(), 0.0F);
+  moveSwitch(true);
+  EXPECT_EQ(level(), PA_VOLUME_NORM / 2);
+  EXPECT_EQ(info_.mute, 0);
+}
+
+TEST_F(PulseSourceWriteTest, SwitchThatMovesAfterTheServersRestartUndoesOurMute) {
+  moveLevel(PA_VOLUME_NORM / 2);
+  write(0.0F);
+  table_.clear();
+  plug();
+  EXPECT_EQ(only().inputVolume(), 0.0F);
+  moveSwitch(true);
+  EXPECT_EQ(level(), PA_VOLUME_NORM / 2);
+  EXPECT_EQ(info_.mute, 0);
+}
+
+TEST_F(PulseSourceWriteTest, LevelThatDropsAfterAReplugUndoesOurMuteByTheSwitch) {
+  moveSwitch(true);
+  moveSwitch(false);
+  write(0.0F);
+  table_.removeSource(info_.index);
+  plug();
+  moveLevel(0);
+  EXPECT_EQ(level(), PA_VOLUME_NORM);
+  EXPECT_EQ(info_.mute, 0);
+}
+
+TEST_F(PulseSourceWriteTest, MuteByAnotherProgramIsNotUndoneAfterAReplug) {
+  moveLevel(0);
+  table_.removeSource(info_.index);
+  plug();
+  moveSwitch(true);
+  EXPECT_EQ(level(), 0U);
+  EXPECT_EQ(info_.mute, 1);
+}
+
+TEST_F(PulseSourceWriteTest, SourceThatIsAudibleAfterAReplugIsNotMutedByUs) {
+  write(0.0F);
+  table_.removeSource(info_.index);
+  info_.volume = volumeOf({PA_VOLUME_NORM});
+  plug();
+  moveLevel(0);
+  moveSwitch(true);
+  EXPECT_EQ(level(), 0U);
+  EXPECT_EQ(info_.mute, 1);
+}
+
 TEST_F(PulseSourceTableTest, IsRunningFromTheFirstStreamToTheLast) {
   plug();
   const AudioProperty change{only().id, audio::runningSomewhere};
