@@ -34,7 +34,7 @@ TEST_F(AtspiAccessibilityTreeTest, ProgramThatCannotSearchIsWalked) {
   frame.children.push_back("/bar");
   client->put("/frame", frame);
   client->put(root, {.role = 75, .children = {"/frame"}});
-  ASSERT_EQ(reader_.read(), label);
+  ASSERT_TRUE(readsLabel());
   EXPECT_EQ(reader_.text(reader_.button(), "AXDOMIdentifier"), "microphone-button");
   EXPECT_EQ(reader_.press(), accessibility::success);
   EXPECT_THAT(client->performed(), ElementsAre("/mic 0"));
@@ -51,7 +51,7 @@ TEST_F(AtspiAccessibilityTreeTest, WalkEndsInATreeWithACycle) {
 TEST_F(AtspiAccessibilityTreeTest, PressesTheActionOfThatNameWhateverItsIndex) {
   Object box{.role = 7, .name = label, .actions = {"showContextMenu", "Toggle"}};
   const auto teams = browser({{"/b", box}});
-  ASSERT_EQ(reader_.read(), label);
+  ASSERT_TRUE(readsLabel());
   EXPECT_EQ(reader_.text(reader_.button(), "AXRole"), "AXCheckBox");
   EXPECT_EQ(reader_.press(), accessibility::success);
   EXPECT_THAT(teams->performed(), ElementsAre("/b 1"));
@@ -61,7 +61,7 @@ TEST_F(AtspiAccessibilityTreeTest, ReturnsActionUnsupportedForAButtonWithoutAPre
   Object menu = button(label);
   menu.actions = {"showContextMenu"};
   const auto teams = browser({{"/b", menu}});
-  ASSERT_EQ(reader_.read(), label);
+  ASSERT_TRUE(readsLabel());
   EXPECT_EQ(reader_.press(), accessibility::actionUnsupported);
   EXPECT_EQ(tree_.performAction(reader_.button(), "AXShowMenu"), accessibility::actionUnsupported);
   EXPECT_THAT(teams->performed(), IsEmpty());
@@ -71,13 +71,13 @@ TEST_F(AtspiAccessibilityTreeTest, ReturnsFailureForARefusedPress) {
   Object refusing = button(label);
   refusing.takesActions = false;
   const auto teams = browser({{"/b", refusing}});
-  ASSERT_EQ(reader_.read(), label);
+  ASSERT_TRUE(readsLabel());
   EXPECT_EQ(reader_.press(), accessibility::failure);
 }
 
 TEST_F(AtspiAccessibilityTreeTest, DestroyedObjectIsInvalidAndIsNotPressed) {
   const auto teams = browser({{"/b", button(label)}});
-  ASSERT_EQ(reader_.read(), label);
+  ASSERT_TRUE(readsLabel());
   const auto before = reader_.button();
   // Still answering, as toolkits leave it for a while.
   teams->put("/b", {.role = 0, .actions = {"press"}});
@@ -113,7 +113,7 @@ TEST_F(AtspiAccessibilityTreeTest, ControlsOfMediaPlayersAreNotOffered) {
   teams->put("/mute", button("mute"));
   teams->put("/unmute", button("unmute"));
   teams->put("/mic", button(label));
-  EXPECT_EQ(reader_.read(), label);
+  EXPECT_TRUE(readsLabel());
   EXPECT_THAT(reader_.controls(), ElementsAre(label));
   EXPECT_EQ(reader_.press(), accessibility::success);
   EXPECT_THAT(teams->performed(), ElementsAre("/mic 0"));
@@ -129,7 +129,7 @@ TEST_F(AtspiAccessibilityTreeTest, WalkLeavesOutControlsOfMediaPlayers) {
   client->put("/mic", button(label));
   client->put("/frame", {.role = 23, .children = {"/player", "/bar"}});
   client->put(root, {.role = 75, .children = {"/frame"}});
-  EXPECT_EQ(reader_.read(), label);
+  EXPECT_TRUE(readsLabel());
 }
 
 TEST_F(AtspiAccessibilityTreeTest, OffersMuteControlsInBreadthFirstOrder) {
@@ -146,7 +146,7 @@ TEST_F(AtspiAccessibilityTreeTest, OffersMuteControlsInBreadthFirstOrder) {
   put("/muteRow", "Mute", "/row");
   put("/people", "People", "/toolbar");
   put("/mic", label, "/toolbar");
-  EXPECT_EQ(reader_.read(), label);
+  EXPECT_TRUE(readsLabel());
   EXPECT_THAT(reader_.controls(), ElementsAre(label, "People", "Mute"));
 }
 
@@ -210,7 +210,7 @@ TEST_F(AtspiAccessibilityTreeTest, IgnoresRepliesOfTheWrongType) {
       });
       AtspiAccessibilityTree tree;
       TeamsReader reader(tree, tree.workspace());
-      EXPECT_EQ(reader.read(), label) << method;
+      EXPECT_TRUE(readsLabel(reader)) << method;
       // Nothing here changes its label, which a press would wait for.
       tree.setMessagingTimeout(reader.button(), 0.05F);
       reader.press();
