@@ -66,15 +66,15 @@ Browser::~Browser() {
 void Browser::restartAudioService() const {
   const std::string profile = (session_.folder() / options_.profile).string();
   for (const pid_t process : session_.processes()) {
-    // Browsers separate their children's arguments with blanks.
     std::ifstream file("/proc/" + std::to_string(process) + "/cmdline");
-    const std::string arguments{std::istreambuf_iterator<char>(file), {}};
-    const std::size_t end = arguments.find(profile) + profile.size();
-    if (arguments.find("audio.mojom.AudioService") == std::string::npos || end > arguments.size() ||
-        (arguments[end] != ' ' && arguments[end] != '\0')) {
-      continue;
-    }
-    ::kill(process, SIGKILL);
+    std::string arguments{std::istreambuf_iterator<char>(file), {}};
+    // Browsers separate their children's arguments with blanks.
+    std::ranges::replace(arguments, '\0', ' ');
+    const auto contain = [&](const std::string& text) {
+      return arguments.find(text) != std::string::npos;
+    };
+    // Another browser's profile may begin with the name of this one.
+    if (contain("audio.mojom.AudioService") && contain(profile + ' ')) ::kill(process, SIGKILL);
   }
 }
 

@@ -294,7 +294,7 @@ class HushboxProgramOtherUserTest : public HushboxProgramTest {
   }
 };
 
-TEST_F(HushboxProgramOtherUserTest, ListensOnNoSocket) {
+TEST_F(HushboxProgramOtherUserTest, DoesNotListenOnAnySocket) {
   startProgram();
   letPass(300ms);
   const auto own = socketsOf(program_->pid());

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <pulse/proplist.h>
 
+#include <functional>
 #include <memory>
 #include <set>
 #include <vector>
@@ -335,6 +336,18 @@ class PulseSourceWriteTest : public PulseSourceTableTest {
     for (const PulseWrite& write : table_.takeFollowUps()) carryOut(write);
   }
   pa_volume_t level() const { return pa_cvolume_max(&info_.volume); }
+
+  /// The source is removed while our mute by the level is in effect, and returns with that level.
+  void expectSwitchToUndoOurMuteAfter(const std::function<void()>& removal) {
+    moveLevel(PA_VOLUME_NORM / 2);
+    write(0.0F);
+    removal();
+    plug();
+    EXPECT_EQ(only().inputVolume(), 0.0F);
+    moveSwitch(true);
+    EXPECT_EQ(level(), PA_VOLUME_NORM / 2);
+    EXPECT_EQ(info_.mute, 0);
+  }
 };
 
 TEST_F(PulseSourceWriteTest, MutesByTheLevelAtFirst) {
@@ -416,25 +429,11 @@ TEST_F(PulseSourceWriteTest, WriteOfZeroToAMutedSourceIsNotAMuteOfOurs) {
 }
 
 TEST_F(PulseSourceWriteTest, SwitchThatMovesAfterAReplugUndoesOurMute) {
-  moveLevel(PA_VOLUME_NORM / 2);
-  write(0.0F);
-  table_.removeSource(info_.index);
-  plug();
-  EXPECT_EQ(only().inputVolume(), 0.0F);
-  moveSwitch(true);
-  EXPECT_EQ(level(), PA_VOLUME_NORM / 2);
-  EXPECT_EQ(info_.mute, 0);
+  expectSwitchToUndoOurMuteAfter([&] { table_.removeSource(info_.index); });
 }
 
 TEST_F(PulseSourceWriteTest, SwitchThatMovesAfterTheServersRestartUndoesOurMute) {
-  moveLevel(PA_VOLUME_NORM / 2);
-  write(0.0F);
-  table_.clear();
-  plug();
-  EXPECT_EQ(only().inputVolume(), 0.0F);
-  moveSwitch(true);
-  EXPECT_EQ(level(), PA_VOLUME_NORM / 2);
-  EXPECT_EQ(info_.mute, 0);
+  expectSwitchToUndoOurMuteAfter([&] { table_.clear(); });
 }
 
 TEST_F(PulseSourceWriteTest, LevelThatDropsAfterAReplugUndoesOurMuteByTheSwitch) {

@@ -71,6 +71,18 @@ class SpawnedChildProcessFactoryTest : public testing::Test {
     return !(stat >> number >> name >> state) || state == "Z";
   }
 
+  /// Reads from the stand-in, which notes its "pid", and calls endAll() meanwhile: it is killed,
+  /// and the reading returns without output in less than `limit`.
+  void expectEndAllToKill(SpawnedChildProcessFactory& processes, std::chrono::milliseconds limit) {
+    auto reading = std::async(std::launch::async, [&] { return read(processes); });
+    ASSERT_TRUE(holdsWithin([&] { return noted("pid") != 0; }, serverTimeout));
+    const auto start = std::chrono::steady_clock::now();
+    processes.endAll();
+    EXPECT_EQ(reading.get(), "");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, limit);
+    EXPECT_TRUE(isGone(noted("pid")));
+  }
+
   rehearsal::ScratchFolder scratch_;
   std::string standIn_ = scratch_.path() / "stand-in";
 };
@@ -184,13 +196,7 @@ TEST_F(SpawnedChildProcessFactoryTest, KillsAChildThatIsDestroyedUnread) {
 TEST_F(SpawnedChildProcessFactoryTest, EndAllStopsWaitingAndPreventsLaunches) {
   script("echo $$ >" + notePath("pid") + "; exec sleep 60");
   SpawnedChildProcessFactory processes{rules()};
-  auto reading = std::async(std::launch::async, [&] { return read(processes); });
-  ASSERT_TRUE(holdsWithin([&] { return noted("pid") != 0; }, serverTimeout));
-  const auto start = std::chrono::steady_clock::now();
-  processes.endAll();
-  EXPECT_EQ(reading.get(), "");
-  EXPECT_LT(std::chrono::steady_clock::now() - start, 20s);
-  EXPECT_TRUE(isGone(noted("pid")));
+  expectEndAllToKill(processes, 20s);
   const auto later = processes.make();
   later->setExecutablePath("/bin/true");
   EXPECT_FALSE(later->launch());
@@ -199,13 +205,7 @@ TEST_F(SpawnedChildProcessFactoryTest, EndAllStopsWaitingAndPreventsLaunches) {
 TEST_F(SpawnedChildProcessFactoryTest, EndAllKillsAChildThatWritesAllTheTime) {
   script("echo $$ >" + notePath("pid") + "; while :; do printf x; sleep 0.01; done");
   SpawnedChildProcessFactory processes{rules()};
-  auto reading = std::async(std::launch::async, [&] { return read(processes); });
-  ASSERT_TRUE(holdsWithin([&] { return noted("pid") != 0; }, serverTimeout));
-  const auto start = std::chrono::steady_clock::now();
-  processes.endAll();
-  EXPECT_EQ(reading.get(), "");
-  EXPECT_LT(std::chrono::steady_clock::now() - start, serverTimeout / 2);
-  EXPECT_TRUE(isGone(noted("pid")));
+  expectEndAllToKill(processes, serverTimeout / 2);
 }
 
 TEST_F(SpawnedChildProcessFactoryTest, ReadsWhatAChildWroteBeforeASignalKilledIt) {

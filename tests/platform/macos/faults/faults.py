@@ -317,7 +317,7 @@ FAULTS = [
     Fault("element's timeout not recorded", ELEMENT, "{ messagingTimeout_ = seconds; }", "{ (void)seconds; }"),
 
     # Which status
-    Fault("other status for what is no text", AUDIO, "return audio::unknownProperty;",
+    Fault("other status for a name that is not text", AUDIO, "return audio::unknownProperty;",
           "return audio::badObject;"),
 
     # The program
