@@ -35,13 +35,20 @@ BusTraffic::~BusTraffic() {
   g_dbus_connection_remove_filter(bus_.get(), filter_);
 }
 
+std::map<std::string, unsigned long> BusTraffic::messages() const {
+  const std::scoped_lock lock(mutex_);
+  return messages_;
+}
+
 GDBusMessage* BusTraffic::onMessage(GDBusConnection*, GDBusMessage* message, gboolean incoming,
                                     gpointer self) {
   if (!incoming) return message;
   auto* traffic = static_cast<BusTraffic*>(self);
   const char* sender = g_dbus_message_get_sender(message);
   if (sender && std::ranges::find(traffic->senders_, sender) != traffic->senders_.end()) {
-    ++traffic->messages_;
+    const char* destination = g_dbus_message_get_destination(message);
+    const std::scoped_lock lock(traffic->mutex_);
+    ++traffic->messages_[destination ? destination : "all"];
   }
   const GDBusMessageType type = g_dbus_message_get_message_type(message);
   if (type == G_DBUS_MESSAGE_TYPE_METHOD_RETURN || type == G_DBUS_MESSAGE_TYPE_ERROR) {

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <atomic>
+#include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -8,7 +9,7 @@
 
 namespace hushbox {
 
-/// Counts all messages that a process sends on a bus, to any destination.
+/// Counts all messages that a process sends on a bus, by destination.
 class BusTraffic {
  public:
   /// Starts counting, for the connections that the process has now. Throws DeskError if the bus
@@ -20,7 +21,8 @@ class BusTraffic {
 
   /// How many connections of the process are counted.
   std::size_t connections() const { return senders_.size(); }
-  unsigned long messages() const { return messages_; }
+  /// The number of messages by destination: a name on the bus, or "all" for signals.
+  std::map<std::string, unsigned long> messages() const;
 
  private:
   static GDBusMessage* onMessage(GDBusConnection* connection, GDBusMessage* message,
@@ -28,7 +30,9 @@ class BusTraffic {
 
   rehearsal::BusConnection bus_;
   std::vector<std::string> senders_;
-  std::atomic<unsigned long> messages_ = 0;
+  /// GIO calls the filter on a thread of its own.
+  mutable std::mutex mutex_;
+  std::map<std::string, unsigned long> messages_;
   unsigned filter_ = 0;
 };
 

@@ -27,10 +27,16 @@ class PressCycle {
     desk_.advance(TimeInterval{0.5});
   }
 
+  /// Two changes of the volume that mean no press, as when its user turns it down and up again.
+  void moveVolume() {
+    desk_.audio.setInputVolume(device_, 0.7F);
+    desk_.advance(TimeInterval{0});
+    desk_.audio.setInputVolume(device_, 0.8F);
+    desk_.advance(TimeInterval{0});
+  }
+
   /// Advances one second of the call in which nothing happens but one poll.
   void idleSecond() { desk_.advance(TimeInterval{1.0}); }
-
-  std::size_t presses() const { return desk_.teams.pressCount(); }
 
  private:
   SimulatedDesk desk_;

@@ -1,5 +1,7 @@
 #include "benchmarks/ProcessCost.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -25,6 +27,26 @@ long sumOf(const std::filesystem::path& file, std::string_view label) {
 
 long ProcessCost::privateMemory() const {
   return sumOf(folder_ + "/smaps_rollup", "Private_");
+}
+
+double ProcessCost::processorTime() const {
+  std::ifstream file(folder_ + "/stat");
+  std::string line;
+  std::getline(file, line);
+  // The name, in parentheses, may have spaces. The times are the 12th and 13th words after it.
+  std::istringstream words(line.substr(line.rfind(')') + 1));
+  std::string skipped;
+  for (int i = 0; i < 11; ++i) words >> skipped;
+  double user = 0;
+  double system = 0;
+  words >> user >> system;
+  return 1000 * (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+std::size_t ProcessCost::countOf(const char* entries) const {
+  std::error_code error;
+  const std::filesystem::directory_iterator found(folder_ + "/" + entries, error);
+  return static_cast<std::size_t>(std::distance(begin(found), end(found)));
 }
 
 void ProcessCost::sample() {

@@ -14,6 +14,11 @@ class ProcessCost {
 
   /// The memory that the process does not share with others, in KiB.
   long privateMemory() const;
+  /// The processor time of all threads so far, also of those that have exited, in milliseconds. The
+  /// kernel counts in steps of 10 ms.
+  double processorTime() const;
+  std::size_t threads() const { return countOf("task"); }
+  std::size_t descriptors() const { return countOf("fd"); }
 
   /// Reads every thread's count of voluntary context switches. The kernel drops a thread's count
   /// when the thread exits, so call this often to miss little of short-lived threads.
@@ -26,6 +31,8 @@ class ProcessCost {
     long first = 0;
     long last = 0;
   };
+
+  std::size_t countOf(const char* entries) const;
 
   std::string folder_;
   bool sampled_ = false;

@@ -8,7 +8,7 @@
 namespace hushbox {
 namespace {
 
-constexpr const char* part = "accessibility";
+constexpr const char* accessibilityPart = "accessibility";
 constexpr TimeInterval never{std::numeric_limits<double>::infinity()};
 
 std::string applicationName(std::int32_t processIdentifier) {
@@ -134,13 +134,14 @@ AccessibilityError SimulatedAccessibilityTree::reach(const Target& target) {
 
 bool SimulatedAccessibilityTree::isProcessTrusted() {
   loop_.requireMainThread("isProcessTrusted");
-  journal_.add(part, "trusted -> ", trusted_);
+  journal_.add(accessibilityPart, "trusted -> ", trusted_);
   return trusted_;
 }
 
 bool SimulatedAccessibilityTree::isProcessTrustedWithOptions(bool prompt) {
   loop_.requireMainThread("isProcessTrustedWithOptions");
-  journal_.add(part, prompt ? "trusted, prompting -> " : "trusted, not prompting -> ", trusted_);
+  journal_.add(accessibilityPart, prompt ? "trusted, prompting -> " : "trusted, not prompting -> ",
+               trusted_);
   if (prompt && !trusted_) ++prompts_;
   return trusted_;
 }
@@ -148,7 +149,7 @@ bool SimulatedAccessibilityTree::isProcessTrustedWithOptions(bool prompt) {
 AccessibilityElementRef SimulatedAccessibilityTree::createApplication(
     std::int32_t processIdentifier) {
   loop_.requireMainThread("createApplication");
-  journal_.add(part, applicationName(processIdentifier));
+  journal_.add(accessibilityPart, applicationName(processIdentifier));
   return std::make_shared<ApplicationElement>(identity_, processIdentifier);
 }
 
@@ -162,7 +163,7 @@ AccessibilityError SimulatedAccessibilityTree::setMessagingTimeout(
     timeout = seconds > 0 ? std::optional(TimeInterval(seconds)) : std::nullopt;
     error = accessibility::success;
   }
-  journal_.add(part, "timeout ", target.name, ": ", seconds, " s -> ", error);
+  journal_.add(accessibilityPart, "timeout ", target.name, ": ", seconds, " s -> ", error);
   return error;
 }
 
@@ -176,7 +177,7 @@ AccessibilityError SimulatedAccessibilityTree::setAttributeValue(
   if (error == accessibility::success) {
     find(target.processIdentifier)->written[std::string(attribute)] = value;
   }
-  journal_.add(part, "set ", target.name, ' ', attribute, ": ", value, " -> ", error);
+  journal_.add(accessibilityPart, "set ", target.name, ' ', attribute, ": ", value, " -> ", error);
   return error;
 }
 
@@ -184,7 +185,7 @@ AccessibilityError SimulatedAccessibilityTree::copyAttributeValue(
     const AccessibilityElementRef& element, std::string_view attribute, AttributeValue& value) {
   const Target target = resolve(element);
   const AccessibilityError error = read(target, attribute, value);
-  journal_.add(part, "copy ", target.name, ' ', attribute,
+  journal_.add(accessibilityPart, "copy ", target.name, ' ', attribute,
                error == accessibility::success ? ": " + valueText(value) : "", " -> ", error);
   return error;
 }
@@ -212,7 +213,7 @@ AccessibilityError SimulatedAccessibilityTree::performAction(const Accessibility
     const auto perform = target.element->perform;
     error = perform ? perform(action) : accessibility::actionUnsupported;
   }
-  journal_.add(part, "perform ", target.name, ' ', action, " -> ", error);
+  journal_.add(accessibilityPart, "perform ", target.name, ' ', action, " -> ", error);
   return error;
 }
 

@@ -13,7 +13,7 @@
 namespace hushbox {
 namespace {
 
-constexpr const char* part = "audio";
+constexpr const char* audioPart = "audio";
 
 /// Returns a four-character code as text, and any other number in decimal.
 std::string codeText(std::uint32_t code) {
@@ -207,7 +207,7 @@ bool SimulatedAudioHardware::hasProperty(AudioObjectID object,
   loop_.requireMainThread("hasProperty");
   const auto fault = takeFault(AudioOperation::hasProperty, object, address);
   const bool has = !fault && exists(object, address);
-  journal_.add(part, "has ", object, ' ', addressText(address), ": ", has);
+  journal_.add(audioPart, "has ", object, ' ', addressText(address), ": ", has);
   return has;
 }
 
@@ -224,7 +224,7 @@ AudioStatus SimulatedAudioHardware::getPropertyDataSize(AudioObjectID object,
     size = static_cast<std::uint32_t>(isText ? sizeof(void*) : valueOf(object, address).size());
   }
   if (fault && fault->size) size = *fault->size;
-  journal_.add(part, "size ", object, ' ', addressText(address), ": ", size, " bytes -> ",
+  journal_.add(audioPart, "size ", object, ' ', addressText(address), ": ", size, " bytes -> ",
                statusText(status));
   return status;
 }
@@ -252,7 +252,7 @@ AudioStatus SimulatedAudioHardware::getPropertyData(AudioObjectID object,
     size = static_cast<std::uint32_t>(value.size());
     if (size > 0) std::memcpy(data, value.data(), size);
   }
-  journal_.add(part, "get ", object, ' ', addressText(address), " (", capacity, " bytes): ",
+  journal_.add(audioPart, "get ", object, ' ', addressText(address), " (", capacity, " bytes): ",
                status == audio::noError ? valueText(address, value.data(), value.size()) + " " : "",
                "-> ", statusText(status));
   return status;
@@ -273,7 +273,7 @@ AudioStatus SimulatedAudioHardware::getPropertyText(AudioObjectID object,
       status = audio::unsupportedOperation;
     }
   }
-  journal_.add(part, "text ", object, ' ', addressText(address), ": ",
+  journal_.add(audioPart, "text ", object, ' ', addressText(address), ": ",
                status == audio::noError ? '"' + text + "\" " : "", "-> ", statusText(status));
   return status;
 }
@@ -296,7 +296,7 @@ AudioStatus SimulatedAudioHardware::setPropertyData(AudioObjectID object,
       if (std::isnan(volume)) status = audio::unsupportedOperation;
     }
   }
-  journal_.add(part, "set ", object, ' ', addressText(address), " (", size,
+  journal_.add(audioPart, "set ", object, ' ', addressText(address), " (", size,
                " bytes): ", valueText(address, data, size), " -> ", statusText(status));
   if (status == audio::noError) changeVolume(object, volume);
   return status;
@@ -308,7 +308,7 @@ RegistrationToken SimulatedAudioHardware::addPropertyListener(AudioObjectID obje
   loop_.requireMainThread("addPropertyListener");
   const auto fault = takeFault(AudioOperation::addPropertyListener, object, address);
   const bool adds = !fault && exists(object, address);
-  journal_.add(part, "add listener ", object, ' ', addressText(address), " -> ",
+  journal_.add(audioPart, "add listener ", object, ' ', addressText(address), " -> ",
                adds ? "added" : "refused");
   if (!adds) return {};
   listeners_.push_back(std::make_shared<Listener>(Listener{object, address, std::move(listener)}));
@@ -328,7 +328,7 @@ AudioStatus SimulatedAudioHardware::removePropertyListener(AudioObjectID object,
     });
     if (removed == 0) status = audio::unsupportedOperation;
   }
-  journal_.add(part, "remove listener ", object, ' ', addressText(address), " -> ",
+  journal_.add(audioPart, "remove listener ", object, ' ', addressText(address), " -> ",
                statusText(status));
   return status;
 }

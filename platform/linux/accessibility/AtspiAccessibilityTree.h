@@ -78,6 +78,8 @@ class AtspiAccessibilityTree final : public AccessibilityTree {
 
   /// How many D-Bus calls this tree has made.
   std::uint64_t callCount() const { return bus_.callCount(); }
+  /// How often it has waited for replies. Calls that are made together wait once.
+  std::uint64_t roundTripCount() const { return bus_.roundTripCount(); }
 
  private:
   const AtspiElement* own(const AccessibilityElementRef& element) const;

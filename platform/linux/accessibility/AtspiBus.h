@@ -65,6 +65,10 @@ class AtspiBus {
 
   /// How many calls have been made on both buses.
   std::uint64_t callCount() const { return session_.callCount() + accessibility_.callCount(); }
+  /// How often replies have been waited for on both buses.
+  std::uint64_t roundTripCount() const {
+    return session_.roundTripCount() + accessibility_.roundTripCount();
+  }
 
  private:
   using Moment = std::chrono::steady_clock::time_point;

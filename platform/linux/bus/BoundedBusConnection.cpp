@@ -104,6 +104,7 @@ void BoundedBusConnection::close() {
 
 std::vector<BusReply> BoundedBusConnection::ask(std::vector<BusCall> calls) {
   if (calls.empty()) return {};
+  ++roundTripCount_;
   const auto batch = std::make_shared<Batch>();
   batch->replies.resize(calls.size());
   batch->waits.resize(calls.size());

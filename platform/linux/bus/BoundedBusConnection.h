@@ -83,6 +83,8 @@ class BoundedBusConnection {
 
   /// The total number of calls made.
   std::uint64_t callCount() const { return callCount_; }
+  /// The total number of waits for replies: one per ask() that had calls.
+  std::uint64_t roundTripCount() const { return roundTripCount_; }
 
  private:
   struct Batch;
@@ -100,6 +102,7 @@ class BoundedBusConnection {
   std::vector<guint> subscriptions_;
   std::shared_ptr<PendingCalls> pending_;
   std::uint64_t callCount_ = 0;
+  std::uint64_t roundTripCount_ = 0;
   std::chrono::microseconds lostTime_{};
 };
 
