@@ -1,20 +1,23 @@
 #include "platform/linux/menubar/PanelTone.h"
 
+#include <algorithm>
 #include <string>
 
 namespace hushbox {
 namespace {
 
-/// Whether XDG_CURRENT_DESKTOP lists the name.
-bool lists(std::string_view desktop, std::string_view name) {
+constexpr std::string_view tiling[] = {"Hyprland", "i3", "niri", "river", "sway", "wlroots"};
+
+}  // namespace
+
+bool namesDesktop(std::string_view desktop, std::string_view name) {
   return (":" + std::string(desktop) + ":").find(":" + std::string(name) + ":") !=
          std::string::npos;
 }
 
-}  // namespace
-
-PanelTone guessPanelTone(ColorScheme scheme, std::string_view desktop) {
-  if (lists(desktop, "GNOME")) return PanelTone::dark;
+PanelTone guessPanelTone(ColorScheme scheme, std::string_view desktop, PanelTone theme) {
+  if (namesDesktop(desktop, "GNOME")) return PanelTone::dark;
+  if (theme != PanelTone::unknown) return theme;
   switch (scheme) {
     case ColorScheme::preferDark:
       return PanelTone::dark;
@@ -23,11 +26,14 @@ PanelTone guessPanelTone(ColorScheme scheme, std::string_view desktop) {
     case ColorScheme::noPreference:
       break;
   }
-  return PanelTone::unknown;
+  const bool isTiling = std::ranges::any_of(
+      tiling, [&](std::string_view name) { return namesDesktop(desktop, name); });
+  return isTiling ? PanelTone::dark : PanelTone::unknown;
 }
 
 bool recoloursSymbolicIcons(std::string_view desktop) {
-  return lists(desktop, "GNOME") || lists(desktop, "KDE") || lists(desktop, "XFCE");
+  return namesDesktop(desktop, "GNOME") || namesDesktop(desktop, "KDE") ||
+         namesDesktop(desktop, "XFCE");
 }
 
 }  // namespace hushbox

@@ -9,10 +9,15 @@ namespace hushbox {
 /// The presumed tone of the panel that shows the icon.
 enum class PanelTone { unknown, dark, light };
 
-/// Panels do not report their colours, so this guesses from the desktop's colour scheme, which is
-/// about windows but mostly fits panels too, and from its name in XDG_CURRENT_DESKTOP, such as
-/// "ubuntu:GNOME": GNOME's bar is black in both schemes.
-PanelTone guessPanelTone(ColorScheme scheme, std::string_view desktop);
+/// Whether XDG_CURRENT_DESKTOP, such as "ubuntu:GNOME", lists the name.
+bool namesDesktop(std::string_view desktop, std::string_view name);
+
+/// Panels do not report their colours, so this guesses from the tone of the panel's theme, from the
+/// desktop's colour scheme, which is about windows but mostly fits panels too, and from the
+/// desktop's name: GNOME's bar is black in both schemes, and the bars of tiling compositors are
+/// dark until the user styles them.
+PanelTone guessPanelTone(ColorScheme scheme, std::string_view desktop,
+                         PanelTone theme = PanelTone::unknown);
 
 /// Whether the desktop's own panel is known to give symbolic icons the colour of its text: those of
 /// GNOME, KDE Plasma and Xfce. Those of MATE and LXQt and waybar show the colour in the file.

@@ -8,6 +8,14 @@
 #include "support/BundleIdentifier.h"
 
 namespace hushbox {
+namespace {
+
+std::string_view currentDesktop() {
+  const char* const desktop = std::getenv("XDG_CURRENT_DESKTOP");
+  return desktop ? desktop : "";
+}
+
+}  // namespace
 
 StatusNotifierMenuBar::StatusNotifierMenuBar(SessionBusConnection& bus, UnifiedLog& log,
                                              std::chrono::milliseconds timeout,
@@ -29,7 +37,7 @@ StatusNotifierMenuBar::StatusNotifierMenuBar(SessionBusConnection& bus, UnifiedL
           iconFolder),
       busSubscription_(bus.observe([this](GDBusConnection* connection) { connected(connection); },
                                    [this](const std::string& reason) { lost(reason); })) {
-  guessPanel(ColorScheme::noPreference);
+  guessPanel();
   bus_.connect();
 }
 
@@ -48,23 +56,29 @@ void StatusNotifierMenuBar::setRows(std::vector<MenuRow> rows) {
 }
 
 void StatusNotifierMenuBar::connected(GDBusConnection* connection) {
+  theme_.emplace(currentDesktop(), [this] { guessPanel(); });
+  guessPanel();
   // The menu first: a panel looks for it as soon as it sees the item.
   menu_.exportOn(connection);
   item_.exportOn(connection);
-  colorScheme_.emplace(bus_, connection, [this](ColorScheme scheme) { guessPanel(scheme); });
+  colorScheme_.emplace(bus_, connection, [this](ColorScheme scheme) {
+    preferred_ = scheme;
+    guessPanel();
+  });
 }
 
 void StatusNotifierMenuBar::lost(const std::string& reason) {
   colorScheme_.reset();
+  theme_.reset();
   item_.withdraw();
   menu_.withdraw();
   reportAbsence("There is no session bus (" + reason + ")");
 }
 
-void StatusNotifierMenuBar::guessPanel(ColorScheme scheme) {
-  const char* const value = std::getenv("XDG_CURRENT_DESKTOP");
-  const std::string_view desktop = value ? value : "";
-  item_.setPanelTone(guessPanelTone(scheme, desktop), recoloursSymbolicIcons(desktop));
+void StatusNotifierMenuBar::guessPanel() {
+  const std::string_view desktop = currentDesktop();
+  const PanelTone theme = theme_ ? theme_->tone() : PanelTone::unknown;
+  item_.setPanelTone(guessPanelTone(preferred_, desktop, theme), recoloursSymbolicIcons(desktop));
 }
 
 void StatusNotifierMenuBar::panelTimedOut() {

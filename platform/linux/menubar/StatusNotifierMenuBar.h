@@ -13,6 +13,7 @@
 #include "platform/linux/bus/SessionBusConnection.h"
 #include "platform/linux/menubar/ColorSchemeSetting.h"
 #include "platform/linux/menubar/DBusMenu.h"
+#include "platform/linux/menubar/PanelTheme.h"
 #include "platform/linux/menubar/StatusNotifierItem.h"
 
 namespace hushbox {
@@ -42,7 +43,7 @@ class StatusNotifierMenuBar final : public MenuBar {
  private:
   void connected(GDBusConnection* connection);
   void lost(const std::string& reason);
-  void guessPanel(ColorScheme scheme);
+  void guessPanel();
   void panelTimedOut();
   /// Logs the first such report only.
   void reportAbsence(const std::string& text);
@@ -53,7 +54,9 @@ class StatusNotifierMenuBar final : public MenuBar {
   guint panelTimer_;
   DBusMenu menu_;
   StatusNotifierItem item_;
+  ColorScheme preferred_ = ColorScheme::noPreference;
   std::optional<ColorSchemeSetting> colorScheme_;
+  std::optional<PanelTheme> theme_;
   Subscription busSubscription_;
 };
 

@@ -129,13 +129,13 @@ TEST_F(ColorSchemeSettingTest, NamedIconIsForPanelsThatRecolourItOrWhoseToneIsUn
   std::filesystem::create_directories(folder);
   std::ofstream(folder / "org.hushbox.Hushbox-symbolic.svg") << "<svg/>";
   ScopedEnvironment environment;
-  for (const char* desktop : {"KDE", "MATE"}) {
+  for (const char* desktop : {"KDE", "Budgie"}) {
     environment.set("XDG_CURRENT_DESKTOP", desktop);
     start(icons.path());
     EXPECT_THAT(ofItem("IconName").text(), HasSubstr("Hushbox-symbolic")) << desktop;
     const Portal portal(session_.busAddress(), g_variant_new_uint32(1));
     EXPECT_TRUE(iconBecomes(PanelTone::dark));
-    EXPECT_EQ(ofItem("IconName").text() == "''", std::string_view(desktop) == "MATE");
+    EXPECT_EQ(ofItem("IconName").text() == "''", std::string_view(desktop) == "Budgie");
     menuBar_.reset();
   }
 }

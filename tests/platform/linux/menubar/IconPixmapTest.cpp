@@ -162,6 +162,18 @@ TEST(PanelTone, FollowsTheColourScheme) {
   EXPECT_EQ(guessPanelTone(ColorScheme::noPreference, ""), PanelTone::unknown);
 }
 
+TEST(PanelTone, ThemeOfThePanelPrecedesTheColourScheme) {
+  EXPECT_EQ(guessPanelTone(ColorScheme::preferLight, "MATE", PanelTone::dark), PanelTone::dark);
+  EXPECT_EQ(guessPanelTone(ColorScheme::preferDark, "LXQt", PanelTone::light), PanelTone::light);
+}
+
+TEST(PanelTone, BarsOfTilingCompositorsAreDarkByDefault) {
+  for (const char* desktop : {"sway", "Hyprland", "sway:wlroots", "i3"}) {
+    EXPECT_EQ(guessPanelTone(ColorScheme::noPreference, desktop), PanelTone::dark) << desktop;
+    EXPECT_EQ(guessPanelTone(ColorScheme::preferLight, desktop), PanelTone::light) << desktop;
+  }
+}
+
 TEST(PanelTone, SomeDesktopsAreKnownToRecolourIcons) {
   for (const char* desktop : {"GNOME", "ubuntu:GNOME", "KDE", "XFCE"})
     EXPECT_TRUE(recoloursSymbolicIcons(desktop)) << desktop;
