@@ -41,6 +41,18 @@ std::unique_ptr<Baseline> Baseline::pyatspi(const rehearsal::Session& session) {
       std::vector<std::string>{"/usr/bin/python3", HUSHBOX_BASELINES "/pyatspi_client.py"});
 }
 
+std::unique_ptr<Baseline> Baseline::libatspi(const rehearsal::Session& session) {
+  if (std::string_view(HUSHBOX_LIBATSPI_CLIENT).empty()) {
+    std::cout << R"({"skipped": "the program on libatspi, which is not installed"})" << std::endl;
+    return nullptr;
+  }
+  return std::make_unique<Baseline>(session, std::vector<std::string>{HUSHBOX_LIBATSPI_CLIENT});
+}
+
+std::unique_ptr<Baseline> Baseline::sequential(const rehearsal::Session& session) {
+  return std::make_unique<Baseline>(session, std::vector<std::string>{HUSHBOX_SEQUENTIAL_CLIENT});
+}
+
 void Baseline::tell(const std::string& command) const {
   const std::string line = command + "\n";
   if (write(commands_, line.data(), line.size()) != static_cast<ssize_t>(line.size()))

@@ -19,6 +19,10 @@ class Baseline {
 
   /// The script on pyatspi; null, with a line that says so, if pyatspi is not installed.
   static std::unique_ptr<Baseline> pyatspi(const rehearsal::Session& session);
+  /// The program on libatspi; null, with a line that says so, if it was not built.
+  static std::unique_ptr<Baseline> libatspi(const rehearsal::Session& session);
+  /// The program that makes one D-Bus call after another.
+  static std::unique_ptr<Baseline> sequential(const rehearsal::Session& session);
   Baseline(const Baseline&) = delete;
   Baseline& operator=(const Baseline&) = delete;
 

@@ -333,20 +333,40 @@ def core(build, quick):
 
 
 def press(build, quick):
-    return run(build, quick, ["press_cost", build / "platform/linux/hushbox", 10 if quick else 100])
+    return run(build, quick, ["press_cost", build / "platform/linux/hushbox", 10 if quick else 60])
 
 
 def poll(build, quick):
-    return run(build, quick, ["poll_cost", *((10, 3) if quick else (60, 10))])
+    return run(build, quick, ["poll_cost", *((5, 2) if quick else (20, 5))])
 
 
 def idle(build, quick):
     return run(build, quick, ["idle_cost", build / "platform/linux/hushbox", 20 if quick else 60])
 
 
+def first_look(build, quick):
+    return run(build, quick, ["first_look", 1 if quick else 4])
+
+
+def frozen(build, quick):
+    return run(build, quick, ["frozen_cost", 1 if quick else 2])
+
+
+def start(build, quick):
+    return run(build, quick, ["start_cost", build / "platform/linux/hushbox"])
+
+
+def redraw(build, quick):
+    rounds = 20
+    return [{"name": f"drawing the icon, {size} pixels", "unit": "instructions", "baselines": {},
+             "program": [instructions([build / "benchmarks/redraw_instructions", size, rounds])[0] / rounds]}
+            for size in (18, 36)]
+
+
 # In the order in which they run, and the program that each needs.
-BENCHMARKS = {"core": (core, "valgrind"), "press": (press, None), "poll": (poll, None),
-              "idle": (idle, None)}
+BENCHMARKS = {"core": (core, "valgrind"), "redraw": (redraw, "valgrind"), "start": (start, None),
+              "press": (press, None), "poll": (poll, None),
+              "first-look": (first_look, None), "frozen": (frozen, None), "idle": (idle, None)}
 
 
 def environment():
@@ -383,7 +403,7 @@ def main():
     parser.add_argument("--update", action="store_true", help="commit to the instructions of the core")
     parser.add_argument("build", type=pathlib.Path)
     parser.add_argument("names", nargs="*", metavar="NAME", help="of " + ", ".join(BENCHMARKS))
-    options = parser.parse_args()
+    options = parser.parse_intermixed_args()
     if options.check:
         return check_core(options.build)
     if options.update:

@@ -46,7 +46,7 @@ std::string address(const MeetingPage::Options& options) {
          "&muted=" + (options.muted ? "1" : "0") + "&control=" + controlName(options.microphone) +
          "&delay=" + std::to_string(options.labelDelay.count()) +
          "&stuck=" + (options.stuck ? "1" : "0") + "&media=" + (options.mediaPlayers ? "1" : "0") +
-         "&title=" + percentEncoded(options.title);
+         "&last=" + (options.controlsLast ? "1" : "0") + "&title=" + percentEncoded(options.title);
 }
 
 }  // namespace

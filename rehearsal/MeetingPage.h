@@ -18,7 +18,8 @@ class MeetingPage {
   struct Options {
     WindowKind window = WindowKind::Window;
     bool muted = false;
-    int extraElements = 0;  ///< How many elements to add to the accessibility tree.
+    int extraElements = 0;      ///< How many elements to add to the accessibility tree.
+    bool controlsLast = false;  ///< The buttons come after all other elements.
     Control microphone = Control::Button;
     Milliseconds labelDelay{0};  ///< Delay between a press and the change of the label.
     bool stuck = false;          ///< Presses change nothing.
