@@ -1,10 +1,8 @@
+#include <gio/gio.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include <mutex>
 #include <string>
-#include <thread>
 
 #include "platform/linux/bus/PeerConnection.h"
 #include "tests/fuzz/Fuzzing.h"
@@ -14,81 +12,49 @@ namespace {
 using namespace hushbox;
 using namespace std::chrono_literals;
 
-/// A program that sends the same bytes on every connection, after the authentication or in its
-/// place. It closes the connection afterwards.
-class Peer {
+/// The two ends of a connection: a program's, and the one that the connection uses.
+class Sockets {
  public:
-  Peer() : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    // In the abstract namespace: no file is left.
-    const std::string name = "hushbox-fuzz-" + std::to_string(getpid());
-    name.copy(address.sun_path + 1, sizeof address.sun_path - 1);
-    const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
-    HUSHBOX_REQUIRE(::bind(socket_, reinterpret_cast<sockaddr*>(&address), length) == 0);
-    HUSHBOX_REQUIRE(::listen(socket_, 8) == 0);
-    address_ = "unix:abstract=" + name;
-    std::thread([this] { serve(); }).detach();
+  Sockets() { HUSHBOX_REQUIRE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends_) == 0); }
+  ~Sockets() { ::close(ends_[0]); }
+  Sockets(const Sockets&) = delete;
+  Sockets& operator=(const Sockets&) = delete;
+
+  /// To be called once.
+  ObjectPointer<GIOStream> stream() const {
+    const ObjectPointer<GSocket> socket(g_socket_new_from_fd(ends_[1], nullptr));
+    return ObjectPointer<GIOStream>(
+        G_IO_STREAM(g_socket_connection_factory_create_connection(socket.get())));
   }
 
-  const std::string& address() const { return address_; }
-
-  void set(bool welcomes, std::string_view bytes) {
-    const std::lock_guard lock(mutex_);
-    welcomes_ = welcomes;
-    bytes_ = bytes;
+  /// What the program sends; the socket has room for all of it.
+  void send(std::string_view bytes) const {
+    HUSHBOX_REQUIRE(bytes.empty() || ::send(ends_[0], bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
+                                         static_cast<ssize_t>(bytes.size()));
   }
+  void sendNoMore() const { ::shutdown(ends_[0], SHUT_WR); }
 
  private:
-  static void send(int to, const std::string& bytes) {
-    // The other end may be closed already.
-    (void)!::send(to, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-  }
-
-  static void readUntil(int from, const std::string& end) {
-    std::string text;
-    for (char byte = 0; !text.ends_with(end) && ::read(from, &byte, 1) == 1;) text += byte;
-  }
-
-  void serve() {
-    for (;;) {
-      const int accepted = ::accept(socket_, nullptr, nullptr);
-      if (accepted < 0) continue;
-      std::unique_lock lock(mutex_);
-      const bool welcomes = welcomes_;
-      const std::string bytes = bytes_;
-      lock.unlock();
-      readUntil(accepted, "\r\n");
-      if (welcomes) {
-        send(accepted, "OK 0123456789abcdef0123456789abcdef\r\n");
-        readUntil(accepted, "BEGIN\r\n");
-      }
-      send(accepted, bytes);
-      ::shutdown(accepted, SHUT_WR);
-      readUntil(accepted, "never sent");
-      ::close(accepted);
-    }
-  }
-
-  int socket_;
-  std::string address_;
-  std::mutex mutex_;
-  bool welcomes_ = true;
-  std::string bytes_;
+  int ends_[2];
 };
 
 }  // namespace
 
+// The input is what the program sends after the authentication, or in its place. One thread plays
+// both programs, since the sockets hold what each of them sends.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static auto& peer = *new Peer;
   FuzzInput input(data, size);
   const bool welcomes = input.takeByte() % 8 > 0;
-  peer.set(welcomes, input.rest());
-
   GMainContext* const context = g_main_context_default();
-  auto connection = PeerConnection::open(peer.address(), getpid(), 5s, context);
+  const Sockets sockets;
+  sockets.send(welcomes ? "OK 0123456789abcdef0123456789abcdef\r\n" : input.rest());
+  if (!welcomes) sockets.sendNoMore();
+  const auto connection = PeerConnection::openOn(sockets.stream(), getpid(),
+                                                 g_get_monotonic_time() + G_USEC_PER_SEC, context);
   HUSHBOX_REQUIRE(connection || !welcomes);
   if (!connection) return 0;
+  if (welcomes) sockets.send(input.rest());
+  sockets.sendNoMore();
 
   constexpr std::size_t callCount = 3;
   const char* const types[callCount] = {"(s)", "(a(so))", "(a{sv})"};

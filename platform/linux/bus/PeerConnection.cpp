@@ -81,7 +81,13 @@ std::unique_ptr<PeerConnection> PeerConnection::open(const std::string& address,
   const gint64 end = g_get_monotonic_time() + std::chrono::microseconds(timeout).count();
   ObjectPointer<GIOStream> stream(
       g_dbus_address_get_stream_sync(address.c_str(), nullptr, nullptr, nullptr));
-  if (!stream || !G_IS_SOCKET_CONNECTION(stream.get())) return nullptr;
+  return stream ? openOn(std::move(stream), process, end, context) : nullptr;
+}
+
+std::unique_ptr<PeerConnection> PeerConnection::openOn(ObjectPointer<GIOStream> stream,
+                                                       std::int32_t process, gint64 end,
+                                                       GMainContext* context) {
+  if (!G_IS_SOCKET_CONNECTION(stream.get())) return nullptr;
   GSocket* const socket = g_socket_connection_get_socket(G_SOCKET_CONNECTION(stream.get()));
   g_socket_set_blocking(socket, FALSE);
   if (listenerAt(socket) != process || !authenticate(socket, end)) return nullptr;

@@ -34,6 +34,12 @@ class PeerConnection {
                                               std::chrono::milliseconds timeout,
                                               GMainContext* context);
 
+  /// The same over a connected socket. Returns null when authentication is not finished at `end`, a
+  /// moment on GLib's monotonic clock.
+  static std::unique_ptr<PeerConnection> openOn(ObjectPointer<GIOStream> stream,
+                                                std::int32_t process, gint64 end,
+                                                GMainContext* context);
+
   ~PeerConnection();
   PeerConnection(const PeerConnection&) = delete;
   PeerConnection& operator=(const PeerConnection&) = delete;
