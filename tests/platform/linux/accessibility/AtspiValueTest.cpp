@@ -38,5 +38,12 @@ TEST(AtspiValueTest, TextsBeyondTheLimitAreEmpty) {
   EXPECT_EQ(textOf(1 << 20), 0U);
 }
 
+TEST(AtspiValueTest, RepliesWithoutExactlyOneValueAreNoText) {
+  for (GVariant* const reply :
+       {g_variant_new("()"), g_variant_new("(ss)", "Mute", "Mute"), g_variant_new("(u)", 1U)}) {
+    EXPECT_EQ(atspi_value::text(VariantPointer(g_variant_ref_sink(reply)).get()), "");
+  }
+}
+
 }  // namespace
 }  // namespace hushbox

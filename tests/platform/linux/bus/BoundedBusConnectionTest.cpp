@@ -174,6 +174,29 @@ TEST_F(BoundedBusConnectionTest, EndOfTheBusClosesItAndItCanBeOpenedAgain) {
   EXPECT_TRUE(connection_.isOpen());
 }
 
+TEST_F(BoundedBusConnectionTest, OpeningItAgainForgetsWhatTimedOut) {
+  program_.freeze();
+  EXPECT_EQ(ask(role(program_, milliseconds{50})), Outcome::timedOut);
+  ASSERT_TRUE(connection_.open(address_, serverTimeout));
+  EXPECT_FALSE(connection_.hasTimedOut(program_.busName()));
+  program_.thaw();
+  EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::replied);
+}
+
+TEST_F(BoundedBusConnectionTest, PostedCallsArriveAndHaveNoReply) {
+  EXPECT_TRUE(connection_.post(role(program_, serverTimeout)));
+  EXPECT_TRUE(holdsWithin([&] { return callsTo(program_) == 1; }, serverTimeout));
+  EXPECT_EQ(connection_.callCount(), 1U);
+}
+
+TEST_F(BoundedBusConnectionTest, PostsNothingToAPeerThatHasTimedOutAndNothingWhenClosed) {
+  program_.freeze();
+  EXPECT_EQ(ask(role(program_, milliseconds{50})), Outcome::timedOut);
+  EXPECT_FALSE(connection_.post(role(program_, serverTimeout)));
+  connection_.close();
+  EXPECT_FALSE(connection_.post(role(other_, serverTimeout)));
+}
+
 TEST_F(BoundedBusConnectionTest, SignalsArriveInDispatchUntilTheConnectionIsClosed) {
   int signals = 0;
   connection_.subscribe("org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", nullptr,
@@ -216,11 +239,13 @@ TEST_F(BoundedBusConnectionTest, CancelledSubscriptionsAreNotCalled) {
                                  nullptr, [&](GVariant*) { ++count; });
   };
   const auto subscription = subscribe(cancelled);
+  const auto cancelledTwice = subscribe(cancelled);
   subscribe(signals);
   ask(role(program_, serverTimeout));
   const int before = cancelled;
   connection_.unsubscribe(subscription);
-  connection_.unsubscribe(subscription);
+  connection_.unsubscribe(cancelledTwice);
+  connection_.unsubscribe(cancelledTwice);
   signals = 0;
   AccessibleProgram newcomer(address_, "Newcomer", "Toolkit");
   EXPECT_TRUE(holdsWithin(
@@ -230,6 +255,8 @@ TEST_F(BoundedBusConnectionTest, CancelledSubscriptionsAreNotCalled) {
       },
       serverTimeout));
   EXPECT_EQ(cancelled, before);
+  connection_.close();
+  connection_.unsubscribe(subscription);
 }
 
 TEST(BoundedBusConnectionOpenTest, OpeningTimesOutOnAFrozenBus) {
@@ -311,6 +338,23 @@ TEST_F(BoundedBusConnectionPeerTest, CallsGoOverTheBusAfterLeaving) {
   const int overTheSocket = program_.directCalls();
   EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::replied);
   EXPECT_EQ(program_.directCalls(), overTheSocket);
+}
+
+TEST_F(BoundedBusConnectionPeerTest, PostedCallsArrive) {
+  EXPECT_TRUE(connection_.post(role(program_, serverTimeout)));
+  EXPECT_TRUE(holdsWithin([&] { return program_.directCalls() == 1; }, serverTimeout));
+}
+
+TEST_F(BoundedBusConnectionPeerTest, NothingIsReachedBeforeTheBusIsOpen) {
+  BoundedBusConnection closed;
+  EXPECT_FALSE(closed.reach(program_.busName(), "unix:path=" + path_, getpid(), serverTimeout));
+  EXPECT_EQ(closed.lostTime(), milliseconds{0});
+}
+
+TEST_F(BoundedBusConnectionPeerTest, DirectConnectionIsClosedWhenTheBusIsOpenedAgain) {
+  ASSERT_TRUE(connection_.open(address_, serverTimeout));
+  EXPECT_EQ(ask(role(program_, serverTimeout)), Outcome::replied);
+  EXPECT_EQ(program_.directCalls(), 0);
 }
 
 TEST_F(BoundedBusConnectionPeerTest, DirectConnectionIsClosedWithTheBus) {

@@ -1,11 +1,14 @@
 #include "platform/linux/bus/PeerConnection.h"
 
+#include <glib-unix.h>
 #include <gmock/gmock.h>
+#include <malloc.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -18,6 +21,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/linux/Descriptor.h"
 #include "rehearsal/Session.h"
 #include "rehearsal/Waiting.h"
 #include "tests/platform/linux/fixtures/ScopedEnvironment.h"
@@ -70,7 +74,14 @@ class Listener {
   }
   /// Performs the part of the protocol before the first message.
   static void welcome(int socket) {
-    readUntil(socket, "\r\n");
+    // The user ID, each digit in hexadecimal.
+    std::string user;
+    for (const char digit : std::to_string(geteuid())) (user += '3') += digit;
+    std::string line(std::strlen("?AUTH EXTERNAL ") + user.size() + 2, '\0');
+    const ssize_t size = ::recv(socket, line.data(), line.size(), MSG_WAITALL);
+    // Another process than expected gets nothing.
+    if (size == 0) return;
+    EXPECT_EQ(line.substr(1), "AUTH EXTERNAL " + user + "\r\n");
     write(socket, "OK 0123456789abcdef0123456789abcdef\r\n");
     readUntil(socket, "BEGIN\r\n");
   }
@@ -340,6 +351,208 @@ TEST_F(PeerConnectionTest, AbandonsCallsWithoutAReply) {
   call();
   peer_.reset();
   EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_TIMED_OUT, G_IO_ERROR_CLOSED));
+}
+
+/// The connection on one end of a pair of sockets; the test holds the other.
+class PeerConnectionPairTest : public testing::Test {
+ protected:
+  PeerConnectionPairTest() {
+    int ends[2];
+    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+    own_ = ends[0];
+    other_.reset(ends[1]);
+    const ObjectPointer<GSocket> socket(g_socket_new_from_fd(own_, nullptr));
+    stream_.reset(G_IO_STREAM(g_socket_connection_factory_create_connection(socket.get())));
+  }
+  ~PeerConnectionPairTest() override {
+    peer_.reset();
+    g_main_context_unref(context_);
+  }
+
+  void open() {
+    peer_ = PeerConnection::openOn(std::move(stream_), getpid(),
+                                   g_get_monotonic_time() + 5 * G_USEC_PER_SEC, context_);
+  }
+  void openAndRead() {
+    send("OK 0123456789abcdef0123456789abcdef\r\n");
+    open();
+    ASSERT_NE(peer_, nullptr);
+    EXPECT_THAT(received(), testing::EndsWith("BEGIN\r\n"));
+  }
+  void send(std::string_view bytes) const {
+    EXPECT_EQ(::send(other_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(bytes.size()));
+  }
+  /// What has arrived at the other end.
+  std::string received() const {
+    std::string bytes(1 << 16, '\0');
+    const ssize_t count = ::recv(other_.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    return bytes;
+  }
+  /// Makes a call with a text of that length.
+  void call(std::size_t length) {
+    const BusCall call{{":1.1", "/object"},
+                       "an.Interface",
+                       "Method",
+                       "()",
+                       serverTimeout,
+                       takeArguments(g_variant_new("(s)", std::string(length, 'x').c_str()))};
+    peer_->call(call, [this](const VariantPointer&, const GError* error) {
+      errors_.push_back(error ? error->code : -1);
+    });
+  }
+  void iterate() const {
+    while (g_main_context_iteration(context_, FALSE)) continue;
+  }
+  static std::string replyTo(guint32 serial, std::size_t length = 0) {
+    const ObjectPointer<GDBusMessage> message(g_dbus_message_new());
+    g_dbus_message_set_message_type(message.get(), G_DBUS_MESSAGE_TYPE_METHOD_RETURN);
+    g_dbus_message_set_serial(message.get(), 1);
+    g_dbus_message_set_reply_serial(message.get(), serial);
+    if (length > 0)
+      g_dbus_message_set_body(message.get(),
+                              g_variant_new("(s)", std::string(length, 'x').c_str()));
+    gsize size = 0;
+    guchar* const bytes =
+        g_dbus_message_to_blob(message.get(), &size, G_DBUS_CAPABILITY_FLAGS_NONE, nullptr);
+    std::string text(reinterpret_cast<char*>(bytes), size);
+    g_free(bytes);
+    return text;
+  }
+
+  GMainContext* const context_ = g_main_context_new();
+  /// Belongs to the stream.
+  int own_ = -1;
+  Descriptor other_;
+  ObjectPointer<GIOStream> stream_;
+  std::unique_ptr<PeerConnection> peer_;
+  std::vector<int> errors_;
+};
+
+TEST_F(PeerConnectionPairTest, ReturnsNullWhenTheOtherEndIsClosed) {
+  ::shutdown(other_.get(), SHUT_RDWR);
+  open();
+  EXPECT_EQ(peer_, nullptr);
+}
+
+TEST_F(PeerConnectionPairTest, ReturnsNullAtOnceWhenTheOtherEndIsClosedBeforeItsWelcome) {
+  ::shutdown(other_.get(), SHUT_WR);
+  const auto before = steady_clock::now();
+  open();
+  EXPECT_EQ(peer_, nullptr);
+  EXPECT_LT(steady_clock::now() - before, milliseconds{4'000});
+}
+
+TEST_F(PeerConnectionPairTest, ReturnsNullWhenTheOtherEndIsClosedUnread) {
+  std::thread closer([this] {
+    pollfd readable{other_.get(), POLLIN, 0};
+    EXPECT_EQ(::poll(&readable, 1, 5'000), 1);
+    // With bytes unread, the connection is reset.
+    other_.reset();
+  });
+  open();
+  closer.join();
+  EXPECT_EQ(peer_, nullptr);
+}
+
+TEST_F(PeerConnectionPairTest, IsClosedAtOnceWhenACallCannotBeSent) {
+  openAndRead();
+  ::shutdown(other_.get(), SHUT_RDWR);
+  call(1);
+  peer_->flush(serverTimeout);
+  EXPECT_FALSE(peer_->isOpen());
+  EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_CLOSED));
+}
+
+TEST_F(PeerConnectionPairTest, SendsNothingOnceItIsClosed) {
+  openAndRead();
+  call(1);
+  ::shutdown(other_.get(), SHUT_RDWR);
+  iterate();
+  EXPECT_THAT(errors_, ElementsAre(G_IO_ERROR_CLOSED));
+  peer_->flush(serverTimeout);
+  EXPECT_FALSE(peer_->isOpen());
+}
+
+TEST_F(PeerConnectionPairTest, LastByteMayBeSentByItself) {
+  // As many bytes as the socket takes at once, and one more.
+  constexpr int bufferBytes = 8'192;
+  int probe[2];
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, probe), 0);
+  for (const int socket : {own_, probe[0]}) {
+    ASSERT_EQ(::setsockopt(socket, SOL_SOCKET, SO_SNDBUF, &bufferBytes, sizeof bufferBytes), 0);
+  }
+  const std::string large(1 << 20, 'x');
+  const ssize_t room = ::send(probe[0], large.data(), large.size(), MSG_DONTWAIT);
+  ::close(probe[0]);
+  ::close(probe[1]);
+  ASSERT_GT(room, 1'000);
+
+  openAndRead();
+  call(0);
+  peer_->flush(serverTimeout);
+  const std::size_t empty = received().size();
+  const std::size_t size = static_cast<std::size_t>(room) + 1;
+  call(size - empty);
+  std::string bytes(size, '\0');
+  std::thread reader([&] {
+    std::this_thread::sleep_for(milliseconds{20});
+    EXPECT_EQ(::recv(other_.get(), bytes.data(), size, MSG_WAITALL), static_cast<ssize_t>(size));
+  });
+  peer_->flush(serverTimeout);
+  EXPECT_TRUE(peer_->isOpen());
+  if (!peer_->isOpen()) ::shutdown(other_.get(), SHUT_RDWR);
+  reader.join();
+}
+
+TEST_F(PeerConnectionPairTest, ReplyMayArriveByteByByte) {
+  openAndRead();
+  call(1);
+  for (const char byte : replyTo(1)) {
+    EXPECT_THAT(errors_, ElementsAre());
+    send({&byte, 1});
+    iterate();
+  }
+  EXPECT_THAT(errors_, ElementsAre(-1));
+}
+
+TEST_F(PeerConnectionPairTest, StaysOpenWhenThereIsNothingToReadAfterAll) {
+  // Runs first and takes what has arrived.
+  GSource* const thief = g_unix_fd_source_new(own_, G_IO_IN);
+  int thefts = 0;
+  const GUnixFDSourceFunc steal = [](gint descriptor, GIOCondition, gpointer count) -> gboolean {
+    char bytes[16];
+    EXPECT_GT(::recv(descriptor, bytes, sizeof bytes, MSG_DONTWAIT), 0);
+    ++*static_cast<int*>(count);
+    return G_SOURCE_CONTINUE;
+  };
+  g_source_set_callback(thief, G_SOURCE_FUNC(steal), &thefts, nullptr);
+  g_source_attach(thief, context_);
+  openAndRead();
+  call(1);
+  send("x");
+  iterate();
+  g_source_destroy(thief);
+  g_source_unref(thief);
+  EXPECT_EQ(thefts, 1);
+  EXPECT_TRUE(peer_->isOpen());
+  send(replyTo(1));
+  iterate();
+  EXPECT_THAT(errors_, ElementsAre(-1));
+}
+
+TEST_F(PeerConnectionPairTest, KeepsNoMessageThatItHasHandled) {
+  openAndRead();
+  const std::string message = replyTo(7, 16'000);
+  send(message);
+  iterate();
+  const auto before = mallinfo2().uordblks;
+  for (int i = 0; i < 100; ++i) {
+    send(message);
+    iterate();
+  }
+  EXPECT_LT(mallinfo2().uordblks, before + 10 * message.size());
 }
 
 }  // namespace

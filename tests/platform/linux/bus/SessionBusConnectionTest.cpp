@@ -92,6 +92,16 @@ TEST_F(SessionBusConnectionTest, ObserversLearnOfTheConnectionAndOfItsEnd) {
   EXPECT_FALSE(bus_->isConnected());
 }
 
+TEST_F(SessionBusConnectionTest, ConnectsOnceHoweverOftenItIsAsked) {
+  const auto observed = observe();
+  bus_->connect();
+  bus_->connect();
+  EXPECT_TRUE(call(getId()));
+  bus_->connect();
+  letPass(20ms);
+  EXPECT_THAT(connections_, SizeIs(1));
+}
+
 TEST_F(SessionBusConnectionTest, EndedSubscriptionIsNotCalled) {
   std::optional<Subscription> subscription = observe();
   subscription.reset();
@@ -175,6 +185,12 @@ TEST_F(SessionBusConnectionTest, CallsFailWithoutAnAddress) {
   const BusReply reply = call(getId());
   EXPECT_EQ(reply.outcome, Outcome::unreachable);
   EXPECT_NE(reply.error, "");
+}
+
+TEST_F(SessionBusConnectionTest, WaitsForAReply) {
+  const BusReply reply = bus_->callAndWait(getId());
+  ASSERT_TRUE(reply);
+  EXPECT_TRUE(g_variant_is_of_type(reply.value.get(), G_VARIANT_TYPE("(s)")));
 }
 
 TEST_F(SessionBusConnectionTest, WaitingForAReplyTimesOut) {

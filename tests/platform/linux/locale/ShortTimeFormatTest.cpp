@@ -82,5 +82,13 @@ TEST(ShortTimeFormatTest, RecursiveFormatsDoNoHarm) {
   EXPECT_EQ(shortTimeFormat({"%S%S%r", "%I:%M:%S %p", true}, twelve), "%-I:%M %p");
 }
 
+TEST(ShortTimeFormatOrderTest, SecondsMayComeFirst) {
+  const auto format = [](const char* time) {
+    return shortTimeFormat({time, "", false}, std::nullopt);
+  };
+  EXPECT_EQ(format("%S %H:%M"), "%H:%M");
+  EXPECT_EQ(format(":%S %H:%M"), "%H:%M");
+}
+
 }  // namespace
 }  // namespace hushbox

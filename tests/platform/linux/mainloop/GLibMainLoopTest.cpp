@@ -354,5 +354,16 @@ TEST_F(GLibMainLoopTest, IdleLoopDoesNotWakeUp) {
   EXPECT_LE(after.ru_nvcsw - before.ru_nvcsw, 5);
 }
 
+TEST(GLibMainLoopDeathTest, ProgramWithoutDescriptorsForItEndsWithAMessage) {
+  // GLib would end the program first.
+  g_main_context_default();
+  const auto setUp = [] {
+    const rlimit none{3, 3};
+    setrlimit(RLIMIT_NOFILE, &none);
+    GLibMainLoop loop;
+  };
+  EXPECT_EXIT(setUp(), testing::KilledBySignal(SIGABRT), "cannot set up the main loop");
+}
+
 }  // namespace
 }  // namespace hushbox

@@ -57,6 +57,19 @@ TEST_F(CairoCanvasTest, AlphaAppliesToFillsAndStrokes) {
   EXPECT_EQ(alpha(5, 25), 255);
 }
 
+TEST_F(CairoCanvasTest, ColoursAreExact) {
+  CairoCanvas canvas(context_);
+  canvas.setFillColor(Color::systemRed);
+  canvas.fill(rectangle(0, 0, 10, 10));
+  canvas.setFillColor(Color::systemGreen);
+  canvas.fill(rectangle(10, 0, 20, 10));
+  canvas.setFillColor(Color::black);
+  canvas.fill(rectangle(20, 0, 30, 10));
+  EXPECT_EQ(pixel(5, 5), 0xFFED333BU);
+  EXPECT_EQ(pixel(15, 5), 0xFF26A269U);
+  EXPECT_EQ(pixel(25, 5), 0xFF000000U);
+}
+
 TEST_F(CairoCanvasTest, ClearErasesTheShapeCompletelyAtAnyAlpha) {
   CairoCanvas canvas(context_);
   canvas.fill(rectangle(0, 0, 40, 40));

@@ -31,6 +31,7 @@ class Portal {
     static const GDBusInterfaceVTable vtable{
         [](GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*,
            GDBusMethodInvocation* invocation, gpointer self) {
+          ++static_cast<Portal*>(self)->reads_;
           g_dbus_method_invocation_return_value(
               invocation, g_variant_new("(v)", static_cast<Portal*>(self)->answer_));
         },
@@ -61,10 +62,12 @@ class Portal {
                                   "org.freedesktop.portal.Settings", "SettingChanged",
                                   g_variant_new("(ssv)", space, key, value), nullptr);
   }
+  int reads() const { return reads_; }
 
  private:
   rehearsal::BusConnection bus_;
   GVariant* answer_;
+  int reads_ = 0;
   guint object_ = 0;
 };
 
@@ -109,6 +112,16 @@ TEST_F(ColorSchemeSettingTest, ReadsTheSettingFromAPortalThatStartsLaterAndFollo
   EXPECT_THAT(client_->takeSignals(), ElementsAre("NewIcon"));
   portal.change(appearance, "color-scheme", g_variant_new_uint32(7));
   EXPECT_TRUE(iconBecomes(PanelTone::unknown));
+}
+
+TEST_F(ColorSchemeSettingTest, DoesNotReadOnceItIsDestroyed) {
+  start();
+  menuBar_.reset();
+  Portal portal(session_.busAddress(), g_variant_new_uint32(1));
+  letPass(100ms);
+  portal.change(appearance, "color-scheme", g_variant_new_uint32(2));
+  letPass(50ms);
+  EXPECT_EQ(portal.reads(), 0);
 }
 
 TEST_F(ColorSchemeSettingTest, IgnoresOtherSettingsAndTypes) {

@@ -68,6 +68,30 @@ TEST_F(StatusNotifierItemTest, RefusesActivateAndContextMenuWithoutADisplay) {
   }
 }
 
+TEST_F(StatusNotifierItemTest, RefusesThePanelsClicksWithoutADisplay) {
+  unsetenv("DISPLAY");
+  unsetenv("WAYLAND_DISPLAY");
+  start();
+  watcher_.reset();
+  // The client is the panel now.
+  client_->call("org.freedesktop.DBus", "/", "org.freedesktop.DBus", "RequestName",
+                g_variant_new("(su)", "org.kde.StatusNotifierWatcher", 0));
+  rehearsal::letPass(std::chrono::milliseconds{100});
+  EXPECT_EQ(
+      client_->call(name_, "/StatusNotifierItem", item, "Activate", g_variant_new("(ii)", 5, 5))
+          .error,
+      "org.freedesktop.DBus.Error.UnknownMethod");
+}
+
+TEST_F(StatusNotifierItemTest, DoesNotRegisterOnceItIsDestroyed) {
+  start();
+  menuBar_.reset();
+  watcher_.reset();
+  watcher_ = std::make_unique<Watcher>(session_.busAddress());
+  rehearsal::letPass(std::chrono::milliseconds{50});
+  EXPECT_THAT(watcher_->items(), IsEmpty());
+}
+
 TEST_F(StatusNotifierItemTest, IconHasTheSizesOfPanels) {
   start();
   std::vector<int> sizes;

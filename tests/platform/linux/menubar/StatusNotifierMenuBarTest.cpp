@@ -95,6 +95,16 @@ TEST_F(StatusNotifierMenuBarTest, LogsNothingWhenAWatcherAccepts) {
   EXPECT_THAT(log_.lines, IsEmpty());
 }
 
+TEST_F(StatusNotifierMenuBarTest, LogsAWatcherThatExitsBeforeTheTimeout) {
+  startWatcher();
+  startMenuBar(500ms);
+  watcher_->waitForItem();
+  letPass(100ms);
+  watcher_.reset();
+  waitForLog();
+  EXPECT_THAT(log_.lines, ElementsAre(HasSubstr("StatusNotifierWatcher")));
+}
+
 TEST_F(StatusNotifierMenuBarTest, LogsAWatcherThatRefuses) {
   startWatcher(true);
   startMenuBar(3s);

@@ -152,6 +152,20 @@ TEST_F(SpawnedChildProcessFactoryTest, KillsAChildThatHangsAndDiscardsItsOutput)
   EXPECT_TRUE(isGone(noted("pid")));
 }
 
+TEST_F(SpawnedChildProcessFactoryTest, KillsAChildThatIsWaitedForAfterTheTimeout) {
+  script("echo $$ >" + notePath("pid") + "; exec sleep 60");
+  SpawnedChildProcessFactory processes{rules(50ms)};
+  const auto process = processes.make();
+  process->setExecutablePath(powerTool);
+  ASSERT_TRUE(process->launch());
+  ASSERT_TRUE(holdsWithin([&] { return noted("pid") != 0; }, serverTimeout));
+  std::this_thread::sleep_for(60ms);
+  const auto start = std::chrono::steady_clock::now();
+  process->waitUntilExit();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, serverTimeout);
+  EXPECT_TRUE(isGone(noted("pid")));
+}
+
 TEST_F(SpawnedChildProcessFactoryTest, KillsTheChildrenOfAChildThatHangs) {
   script("sleep 60 & echo $! >" + notePath("pid") + "; wait");
   SpawnedChildProcessFactory processes{rules(1s)};
@@ -163,6 +177,23 @@ TEST_F(SpawnedChildProcessFactoryTest, KillsAChildThatFloodsAndDiscardsItsOutput
   script("echo $$ >" + notePath("pid") + "; exec cat /dev/zero");
   SpawnedChildProcessFactory processes{rules()};
   EXPECT_EQ(read(processes), "");
+  EXPECT_TRUE(isGone(noted("pid")));
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, KillsAFloodThatIgnoresABrokenPipe) {
+  script("trap '' PIPE; while :; do printf %65536s; done 2>/dev/null");
+  SpawnedChildProcessFactory processes{rules()};
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(read(processes), "");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, serverTimeout / 2);
+}
+
+TEST_F(SpawnedChildProcessFactoryTest, KillsAChildThatWritesBeyondTheTimeout) {
+  script("echo $$ >" + notePath("pid") + "; while :; do printf x; sleep 0.01; done");
+  SpawnedChildProcessFactory processes{rules(300ms)};
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(read(processes), "");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, serverTimeout);
   EXPECT_TRUE(isGone(noted("pid")));
 }
 

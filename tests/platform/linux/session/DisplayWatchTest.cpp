@@ -99,6 +99,10 @@ TEST_F(DisplayWatchTest, ReportsNothingWithoutADisplay) {
   watch();
   letPass(300ms);
   EXPECT_EQ(closed_, 0);
+  // Longer than the path of a socket can be.
+  setenv("WAYLAND_DISPLAY", ("/" + std::string(4'000, 'x')).c_str(), 1);
+  watch();
+  EXPECT_EQ(closed_, 0);
 }
 
 TEST_F(DisplayWatchTest, CanBeDestroyedAtAnyTime) {

@@ -30,6 +30,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Pair;
+using testing::SizeIs;
 
 /// A datagram socket in place of the journal's.
 class JournalSocket {
@@ -123,13 +124,17 @@ TEST_F(JournalLogTest, TextCannotForgeFieldsOrLines) {
 TEST_F(JournalLogTest, LongTextIsTruncatedBetweenCharacters) {
   const JournalSocket journal(socketPath_);
   JournalLog log(socketPath_, standardError_.descriptor());
-  std::string text = "x";
-  for (int i = 0; i < 1'000'000; ++i) text += "→";
-  log.write("s", "teams-ui", LogLevel::info, text);
-  const std::string message = journal.next()["MESSAGE"];
-  EXPECT_LE(message.size(), JournalLog::maxTextBytes);
-  EXPECT_GT(message.size(), JournalLog::maxTextBytes - 4);
-  EXPECT_TRUE(text::isValidUtf8(message));
+  std::string arrows;
+  for (int i = 0; i < 1'000'000; ++i) arrows += "→";
+  // The limit falls before, into and between the bytes of a character.
+  for (const char* start : {"", "x", "xx"}) {
+    log.write("s", "teams-ui", LogLevel::info, start + arrows);
+    const std::string message = journal.next()["MESSAGE"];
+    EXPECT_LE(message.size(), JournalLog::maxTextBytes);
+    EXPECT_GT(message.size(), JournalLog::maxTextBytes - 4);
+    EXPECT_TRUE(text::isValidUtf8(message));
+    EXPECT_TRUE(message.ends_with("→"));
+  }
 
   log.write("s", "teams-ui", LogLevel::info, std::string(1'000'000, '\x1B'));
   EXPECT_LE(journal.next()["MESSAGE"].size(), JournalLog::maxTextBytes);
@@ -150,6 +155,14 @@ TEST_F(JournalLogTest, WritesToStandardErrorUntilThereIsAJournal) {
   log.write("s", "coordinator", LogLevel::info, "Unmute → Teams");
   EXPECT_EQ(journal.next()["MESSAGE"], "Unmute → Teams");
   EXPECT_THAT(standardError_.text(), IsEmpty());
+}
+
+TEST_F(JournalLogTest, JournalThatHasCrashedCountsAsNone) {
+  // Its socket stays behind and refuses records.
+  { const JournalSocket journal(socketPath_); }
+  JournalLog log(socketPath_, standardError_.descriptor());
+  log.write("s", "jabra", LogLevel::info, "text");
+  EXPECT_EQ(standardError_.text(), "jabra: text\n");
 }
 
 TEST_F(JournalLogTest, PathTooLongForASocketCountsAsNoJournal) {
@@ -229,6 +242,29 @@ TEST(JournalLogInTheJournal, RecordsAreFoundByTheirFields) {
   EXPECT_EQ(first["_PID"], std::to_string(getpid()));
   EXPECT_THAT(journal->read({"--output=cat", "--priority=err"}),
               ElementsAre("Notification failed: gone"));
+}
+
+TEST_F(JournalLogTest, JournalOnAFullDiskDoesNoHarm) {
+  std::string whyNot;
+  const auto journal = PrivateJournal::make(whyNot);
+  if (!journal) GTEST_SKIP() << whyNot;
+  JournalLog log(JournalLog::journalSocket, standardError_.descriptor());
+  journal->fillDisk();
+  // More than the journal's file has room for.
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 0; i < 1'000; ++i) {
+    log.write(bundleIdentifier, "jabra", LogLevel::info, "lost " + std::string(10'000, 'x'));
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, rehearsal::serverTimeout);
+  EXPECT_THAT(standardError_.text(), IsEmpty());
+  EXPECT_THAT(journal->read({"--output=cat", "--grep=^lost"}), SizeIs(testing::Lt(1'000U)));
+  journal->emptyDisk();
+  rehearsal::waitUntil(
+      [&] {
+        log.write(bundleIdentifier, "jabra", LogLevel::info, "kept");
+        return !journal->read({"--output=cat", "--grep=^kept"}).empty();
+      },
+      rehearsal::serverTimeout, "a record after the disk was full");
 }
 
 }  // namespace

@@ -26,9 +26,9 @@ class SingleInstanceTest : public testing::Test {
 /// Another program that owns Hushbox's name.
 class OtherInstance {
  public:
-  explicit OtherInstance(const std::string& busAddress) : client_(busAddress) {
+  explicit OtherInstance(const std::string& busAddress, guint32 flags = 0) : client_(busAddress) {
     client_.call("org.freedesktop.DBus", "/", "org.freedesktop.DBus", "RequestName",
-                 g_variant_new("(su)", "org.hushbox.Hushbox", 0));
+                 g_variant_new("(su)", "org.hushbox.Hushbox", flags));
   }
 
  private:
@@ -57,6 +57,15 @@ TEST_F(SingleInstanceTest, OwnsTheNameAsLongAsTheConnection) {
   bus_.reset();
   EXPECT_TRUE(
       rehearsal::holdsWithin([&] { return !observer.hasOwner("org.hushbox.Hushbox"); }, 5s));
+}
+
+TEST_F(SingleInstanceTest, CannotBeReplaced) {
+  const SingleInstance instance(*bus_);
+  constexpr guint32 replaceExisting = 2;
+  constexpr guint32 doNotQueue = 4;
+  { const OtherInstance other(session_.busAddress(), replaceExisting | doNotQueue); }
+  const rehearsal::BusConnection observer(session_.busAddress());
+  EXPECT_TRUE(observer.hasOwner("org.hushbox.Hushbox"));
 }
 
 TEST_F(SingleInstanceTest, TakesTheNameAgainAfterTheBusHasCrashed) {
