@@ -53,6 +53,8 @@ TEST_F(AtspiAccessibilityTreeTest, PressesTheActionOfThatNameWhateverItsIndex) {
   const auto teams = browser({{"/b", box}});
   ASSERT_TRUE(readsLabel());
   EXPECT_EQ(reader_.text(reader_.button(), "AXRole"), "AXCheckBox");
+  EXPECT_EQ(reader_.text(reader_.application(), "AXRole"), "AXApplication");
+  EXPECT_EQ(reader_.text(reader_.application(), "AXTitle"), "Microsoft Teams");
   EXPECT_EQ(reader_.press(), accessibility::success);
   EXPECT_THAT(teams->performed(), ElementsAre("/b 1"));
 }

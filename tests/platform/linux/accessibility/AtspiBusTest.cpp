@@ -38,6 +38,10 @@ TEST_F(AtspiBusTest, LooksWithoutStartingAProgram) {
   EXPECT_FALSE(tree_.isProcessTrustedWithOptions(false));
   EXPECT_TRUE(tree_.workspace().runningApplications().empty());
   EXPECT_FALSE(launcherRuns());
+  // A signal reports when a launcher starts.
+  const auto before = tree_.callCount();
+  EXPECT_FALSE(tree_.isProcessTrusted());
+  EXPECT_EQ(tree_.callCount(), before);
 }
 
 TEST_F(AtspiBusTest, IsNotTrustedWhileSwitchedOff) {

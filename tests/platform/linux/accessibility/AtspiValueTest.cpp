@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "platform/linux/accessibility/AtspiFacts.h"
+
 namespace hushbox {
 namespace {
 
@@ -36,6 +38,14 @@ TEST(AtspiValueTest, TextsBeyondTheLimitAreEmpty) {
   EXPECT_EQ(textOf(atspi_value::maxTextBytes), atspi_value::maxTextBytes);
   EXPECT_EQ(textOf(atspi_value::maxTextBytes + 1), 0U);
   EXPECT_EQ(textOf(1 << 20), 0U);
+}
+
+TEST(AtspiFactsTest, StatusSaysWhetherTheProgramMayReplyLater) {
+  using Outcome = BusReply::Outcome;
+  EXPECT_EQ(statusOf({.outcome = Outcome::replied}), accessibility::success);
+  EXPECT_EQ(statusOf({.outcome = Outcome::timedOut}), accessibility::cannotComplete);
+  EXPECT_EQ(statusOf({.outcome = Outcome::refused}), accessibility::invalidElement);
+  EXPECT_EQ(statusOf({.outcome = Outcome::unreachable}), accessibility::invalidElement);
 }
 
 TEST(AtspiValueTest, RepliesWithoutExactlyOneValueAreNoText) {
