@@ -6,14 +6,11 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <map>
 #include <string>
 #include <thread>
-#include <utility>
 
 #include "platform/linux/mainloop/GLibMainLoop.h"
+#include "rehearsal/ProcessorWait.h"
 #include "rehearsal/ScratchFolder.h"
 #include "tests/platform/linux/fixtures/PulseAudioFixture.h"
 
@@ -77,27 +74,10 @@ class RestoringProgram {
   AudioClient client_;
 };
 
-/// How long the adapter's thread waited for a processor since the last call, or the longest of the
-/// threads, if there are several like it. The main thread and those of libpulse, which serve the
-/// other programs of these tests, are left out: what they do cannot hide a drop. A kernel that does
-/// not count reports no wait.
-std::chrono::nanoseconds longestWaitForAProcessor() {
-  static std::map<std::string, long long> before;
-  std::map<std::string, long long> now;
-  long long longest = 0;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
-    const std::string thread = entry.path().filename();
-    std::string name;
-    std::getline(std::ifstream(entry.path() / "comm"), name);
-    if (thread == std::to_string(getpid()) || name == "threaded-ml") continue;
-    long long ran = 0;
-    long long waited = 0;
-    std::ifstream(entry.path() / "schedstat") >> ran >> waited;
-    now[thread] = waited;
-    longest = std::max(longest, waited - before[thread]);
-  }
-  before = std::move(now);
-  return std::chrono::nanoseconds(longest);
+/// Measures the adapter's thread, by leaving out the main thread and libpulse's own threads, which
+/// serve the other programs of these tests: their waits cannot hide a drop.
+bool isOfTheAdapter(pid_t thread, const std::string& name) {
+  return thread != getpid() && name != "threaded-ml";
 }
 
 /// Drops of the volume that another program restores.
@@ -126,13 +106,13 @@ class PulseAudioBounceTest : public PulseAudioFixture {
     int missed = 0;
     for (int done = 0; done < count; ++done) {
       const int seenBefore = seenDrops();
-      longestWaitForAProcessor();
+      const rehearsal::ProcessorWait wait({getpid()}, isOfTheAdapter);
       std::thread press([&] { button.setVolume(AudioServer::speakerphoneSource, 0.0); });
       eventually([&] { return program.restored() > done; });
       press.join();
       // Longer than it takes to deliver both changes, and as short as a finger is fast.
       rehearsal::letPass(Milliseconds{60});
-      const auto waited = longestWaitForAProcessor();
+      const auto waited = wait.longest();
       // On a busy machine the delivery takes longer than that.
       const bool isSeen =
           rehearsal::holdsWithin([&] { return seenDrops() > seenBefore; }, Milliseconds{500});

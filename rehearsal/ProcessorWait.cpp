@@ -1,4 +1,4 @@
-#include "rehearsal/soak/ProcessorWait.h"
+#include "rehearsal/ProcessorWait.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -22,10 +22,14 @@ std::map<pid_t, std::chrono::nanoseconds> ProcessorWait::read() const {
     std::error_code error;
     const auto threads = "/proc/" + std::to_string(process) + "/task";
     for (const auto& thread : std::filesystem::directory_iterator(threads, error)) {
+      const pid_t number = std::stoi(thread.path().filename());
+      std::string name;
+      std::getline(std::ifstream(thread.path() / "comm"), name);
+      if (filter_ && !filter_(number, name)) continue;
       long long ran = 0;
       long long waited = 0;
       std::ifstream(thread.path() / "schedstat") >> ran >> waited;
-      waits[std::stoi(thread.path().filename())] = std::chrono::nanoseconds(waited);
+      waits[number] = std::chrono::nanoseconds(waited);
     }
   }
   return waits;

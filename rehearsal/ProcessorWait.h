@@ -3,7 +3,10 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <functional>
 #include <map>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace hushbox::rehearsal {
@@ -12,8 +15,12 @@ namespace hushbox::rehearsal {
 /// decides which of two programs is faster, whatever they do.
 class ProcessorWait {
  public:
-  explicit ProcessorWait(std::vector<pid_t> processes)
-      : processes_(std::move(processes)), before_(read()) {}
+  /// Whether to measure a thread, by its number and its name (/proc/PID/task/TID/comm).
+  using Filter = std::function<bool(pid_t thread, const std::string& name)>;
+
+  /// Starts measuring; all threads of the processes without a filter.
+  explicit ProcessorWait(std::vector<pid_t> processes, Filter filter = {})
+      : processes_(std::move(processes)), filter_(std::move(filter)), before_(read()) {}
 
   /// The longest total wait of a single thread since construction, from /proc. Zero where the
   /// kernel does not count it.
@@ -24,6 +31,7 @@ class ProcessorWait {
   std::map<pid_t, std::chrono::nanoseconds> read() const;
 
   const std::vector<pid_t> processes_;
+  const Filter filter_;
   const std::map<pid_t, std::chrono::nanoseconds> before_;
 };
 
