@@ -125,7 +125,7 @@ void PulseObserver::onSource(pa_context*, const pa_source_info* info, int last, 
   if (last == 0) return observer.sourceReplied(sentRequest, *info);
   const auto source = observer.sources_.find(sentRequest.source);
   if (last < 0 && sentRequest.isCounted && source != observer.sources_.end()) {
-    source->second.requests.replied(true);
+    source->second.requests.replied(true, PulseReportQueue::now());
   }
   observer.remove(&sentRequest);
 }
@@ -133,7 +133,7 @@ void PulseObserver::onSource(pa_context*, const pa_source_info* info, int last, 
 void PulseObserver::sourceEvent(std::uint32_t index, Instant time) {
   const auto source = sources_.find(index);
   const bool isKnown = source != sources_.end();
-  if (isKnown) source->second.requests.sentForEvent();
+  if (isKnown) source->second.requests.sentForEvent(time);
   requestSource(index, time, isKnown);
 }
 
@@ -170,7 +170,9 @@ void PulseObserver::sourceReplied(const Request& request, const PulseSourceRepor
   KnownSource& source = found->second;
   using Conclusion = StateRequests::Conclusion;
   Conclusion conclusion = Conclusion::none;
-  if (request.isCounted) conclusion = source.requests.replied(!report.isSame(source.report));
+  if (request.isCounted) {
+    conclusion = source.requests.replied(!report.isSame(source.report), PulseReportQueue::now());
+  }
   if (conclusion == Conclusion::requestAgain) requestSource(report.index, request.time, true);
   if (!pa_cvolume_valid(&report.volume)) return;
   source.report = report;
