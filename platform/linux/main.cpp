@@ -1,10 +1,13 @@
 // Hushbox on the Linux desktop: sets up the platform and runs the application on it.
 
 #include <malloc.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <system_error>
 
 #include "app/HushboxApp.h"
 #include "platform/linux/LinuxPlatform.h"
@@ -48,10 +51,27 @@ int run() {
   return HushboxApp::main();
 }
 
+/// Starts the program again in this process, without the allocator's cache per thread, which is
+/// read from the environment at the start only. The caches fill up over hours, with a few blocks of
+/// each size, and pin the pages around them: without them the program has 300 KiB less, and its
+/// memory stays within 20 KiB in an hour instead of 160. Returns if settings are in the environment
+/// already, or if the start fails.
+void restartWithoutThreadCaches(char** arguments) {
+  constexpr const char* settings = "GLIBC_TUNABLES";
+  if (std::getenv(settings) != nullptr) return;
+  std::error_code error;
+  // By its real name: the kernel names the process after the path.
+  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+  if (error) return;
+  setenv(settings, "glibc.malloc.tcache_count=0", 0);
+  execv(program.c_str(), arguments);
+}
+
 }  // namespace
 }  // namespace hushbox
 
-int main() {
+int main(int, char** arguments) {
+  hushbox::restartWithoutThreadCaches(arguments);
   // One memory arena for all threads: an arena per thread is never returned, and rarely used.
   mallopt(M_ARENA_MAX, 1);
   return hushbox::run();

@@ -173,6 +173,35 @@ TEST_F(HushboxProgramLogoutTest, EndsWithTheCompositorAndCanBeStartedAgain) {
   expectToEndWith("WAYLAND_DISPLAY=" + path, [&] { g_socket_listener_close(compositor.get()); });
 }
 
+/// The allocator's settings, which the program reads from its environment.
+class HushboxProgramAllocatorTest : public HushboxProgramTest {
+ protected:
+  static std::vector<std::string> settingsOf(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/environ");
+    std::vector<std::string> found;
+    for (std::string variable; std::getline(file, variable, '\0');)
+      if (variable.starts_with("GLIBC_TUNABLES=")) found.push_back(variable);
+    return found;
+  }
+};
+
+TEST_F(HushboxProgramAllocatorTest, RunsWithoutCachesPerThreadInTheSameProcess) {
+  const auto program = session_.start("hushbox.log", {HUSHBOX_PROGRAM});
+  watcher_->waitForItem();
+  EXPECT_THAT(settingsOf(program->pid()),
+              ElementsAre("GLIBC_TUNABLES=glibc.malloc.tcache_count=0"));
+  std::string name;
+  std::getline(std::ifstream("/proc/" + std::to_string(program->pid()) + "/comm"), name);
+  EXPECT_EQ(name, "hushbox");
+}
+
+TEST_F(HushboxProgramAllocatorTest, KeepsTheUsersSettings) {
+  const std::string settings = "GLIBC_TUNABLES=glibc.malloc.perturb=1";
+  const auto program = session_.start("hushbox.log", {"env", settings, HUSHBOX_PROGRAM});
+  watcher_->waitForItem();
+  EXPECT_THAT(settingsOf(program->pid()), ElementsAre(settings));
+}
+
 /// The names that the process has on the bus: one per connection.
 class HushboxProgramConnectionTest : public HushboxProgramTest {
  protected:
