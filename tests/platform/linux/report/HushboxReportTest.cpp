@@ -161,6 +161,17 @@ TEST(HushboxReportBrokenDeskTest, EveryLineIsThereWithoutAnyServer) {
   EXPECT_THAT(lines, Contains(StartsWith("Journal: ")));
 }
 
+TEST(HushboxReportBrokenDeskTest, SaysThatEpiphanysPagesAreNotFound) {
+  const Session session;
+  const fs::path program = session.folder() / "epiphany";
+  fs::copy_file("/bin/sleep", program);
+  const auto browser = session.start("epiphany.log", {program.string(), "60"});
+  const std::string line = "Browser: epiphany, whose pages Hushbox does not find";
+  rehearsal::holdsWithin([&] { return testing::Value(reportIn(session), Contains(line)); },
+                         rehearsal::serverTimeout);
+  EXPECT_THAT(reportIn(session), Contains(line));
+}
+
 TEST(HushboxReportBrokenDeskTest, MissingSessionBusIsALine) {
   Session session;
   session.bus().kill();
