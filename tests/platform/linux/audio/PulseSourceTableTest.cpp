@@ -385,6 +385,17 @@ TEST_F(PulseSourceWriteTest, SwitchThatMovesAfterAMuteByTheLevelUnmutes) {
   EXPECT_EQ(only().inputVolume(), 0.5F);
 }
 
+TEST_F(PulseSourceWriteTest, OurMuteIsUndoneOnceHoweverOftenTheSwitchMoves) {
+  write(0.0F);
+  info_.mute = 1;
+  plug();
+  EXPECT_THAT(table_.takeFollowUps(), SizeIs(1));
+  // Before the server has carried it out.
+  info_.mute = 0;
+  plug();
+  EXPECT_THAT(table_.takeFollowUps(), IsEmpty());
+}
+
 TEST_F(PulseSourceWriteTest, LevelThatDropsAfterAMuteByTheSwitchUnmutes) {
   moveLevel(PA_VOLUME_NORM / 2);
   moveSwitch(true);

@@ -2,6 +2,7 @@
 
 #include <glib-unix.h>
 #include <gmock/gmock.h>
+#include <malloc.h>
 
 #include <chrono>
 #include <csignal>
@@ -123,6 +124,15 @@ TEST_F(SessionBusConnectionTest, ConnectsAgainWhileGLibStillHoldsTheClosedConnec
   EXPECT_TRUE(call(getId()));
 }
 
+TEST_F(SessionBusConnectionTest, ConnectsAgainByItself) {
+  const auto observed = observe();
+  connect();
+  session_.restartBus();
+  waitUntil([this] { return connections_.size() == 2; }, serverTimeout, "the next connection");
+  EXPECT_THAT(reasons_, SizeIs(1));
+  EXPECT_TRUE(call(getId()));
+}
+
 TEST_F(SessionBusConnectionTest, EndOfTheBusDoesNotEndTheProcess) {
   int signals = 0;
   const auto onSignal = [](gpointer count) -> gboolean {
@@ -167,6 +177,15 @@ TEST_F(SessionBusConnectionTest, FailedCallsSayWhy) {
   BusCall unowned = getId();
   unowned.object.busName = "org.hushbox.Unowned";
   EXPECT_EQ(call(std::move(unowned)).outcome, Outcome::unreachable);
+}
+
+TEST_F(SessionBusConnectionTest, ErrorsLeakNothing) {
+  const ErrorPointer error(
+      g_dbus_error_new_for_dbus_error(("test.Error" + std::string(1'000, 'x')).c_str(), "text"));
+  EXPECT_EQ(BusReply::of(nullptr, error.get()).error, "text");
+  const auto before = mallinfo2().uordblks;
+  for (int i = 0; i < 1'000; ++i) BusReply::of(nullptr, error.get());
+  EXPECT_LT(mallinfo2().uordblks, before + 100'000);
 }
 
 TEST_F(SessionBusConnectionTest, CallsFailWithoutABusAndDoNotConnectAgainAtOnce) {

@@ -211,7 +211,7 @@ TEST_F(GLibMainLoopTest, DestructorRemovesAllSourcesAndBlocks) {
 
 TEST_F(GLibMainLoopTest, PostedBlocksRunLaterOnTheMainThreadInTheOrderOfEachThreadsCalls) {
   constexpr int threads = 4;
-  constexpr int blocks = 500;
+  constexpr int blocks = 5'000;
   std::vector<std::vector<int>> seen(threads);
   std::vector<std::jthread> posters;
   for (int thread = 0; thread < threads; ++thread) {
@@ -355,6 +355,7 @@ TEST_F(GLibMainLoopTest, IdleLoopDoesNotWakeUp) {
 }
 
 TEST(GLibMainLoopDeathTest, ProgramWithoutDescriptorsForItEndsWithAMessage) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
   // GLib would end the program first.
   g_main_context_default();
   const auto setUp = [] {

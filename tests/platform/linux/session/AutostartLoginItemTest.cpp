@@ -2,6 +2,7 @@
 
 #include <gio/gdesktopappinfo.h>
 #include <gmock/gmock.h>
+#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -55,6 +56,13 @@ TEST_F(AutostartLoginItemTest, RegisteringCreatesTheFolderAndOneReadableEntry) {
   EXPECT_EQ(item_.status(), Status::enabled);
   EXPECT_EQ(filesIn(folder_), 1);
   EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0644));
+}
+
+TEST_F(AutostartLoginItemTest, RegisteringLeaksNothing) {
+  ASSERT_TRUE(item_.registerItem());
+  const auto before = mallinfo2().uordblks;
+  for (int i = 0; i < 300; ++i) ASSERT_TRUE(item_.registerItem());
+  EXPECT_LT(mallinfo2().uordblks, before + 50'000);
 }
 
 TEST_F(AutostartLoginItemTest, EntryIsWritableOnlyByItsUserWhateverTheFileModeMask) {
