@@ -1,6 +1,7 @@
-// core_instructions SUBJECT N: does something N times on the simulated desk, once that is warm, and
-// prints how often memory was allocated meanwhile. script/bench runs it under callgrind, which
-// counts the instructions of hushboxMeasured() only.
+// core_instructions SUBJECT N [DEVICES]: does something N times on the simulated desk, once that is
+// warm, and prints how often memory was allocated meanwhile and how many blocks were not freed.
+// script/bench runs it under callgrind, which counts the instructions of hushboxMeasured() only.
+// DEVICES other microphones are plugged in.
 
 #include <cstdio>
 #include <cstdlib>
@@ -16,21 +17,25 @@
 namespace {
 
 unsigned long allocations = 0;
+unsigned long liveBlocks = 0;
 
 }  // namespace
 
 void* operator new(std::size_t size) {
   ++allocations;
+  ++liveBlocks;
   void* const memory = std::malloc(size);
   if (!memory) std::abort();
   return memory;
 }
 
 void operator delete(void* memory) noexcept {
+  if (memory) --liveBlocks;
   std::free(memory);
 }
 
 void operator delete(void* memory, std::size_t) noexcept {
+  if (memory) --liveBlocks;
   std::free(memory);
 }
 
@@ -50,13 +55,19 @@ std::string longReport() {
   return report + " -Jabra Speak2 75 (id=34)\t62%; discharging; present: true\n";
 }
 
-int measure(const std::string& subject, int rounds) {
+int measure(const std::string& subject, int rounds, std::size_t devices) {
   PressCycle cycle;
+  cycle.plugOthers(devices);
   const std::string report = longReport();
   std::size_t sum = 0;
   const std::map<std::string, std::function<void()>> subjects{
       {"presses", [&] { cycle.run(); }},
       {"volume", [&] { cycle.moveVolume(); }},
+      {"devices", [&] { cycle.changeDeviceList(); }},
+      {"hours",
+       [&] {
+         for (int i = 0; i < 3600; ++i) cycle.idleSecond();
+       }},
       {"polls", [&] { cycle.idleSecond(); }},
       {"labels", [&] { sum += text::lowercased("Unmute mic (⌘+Shift+M)").size(); }},
       {"reports",
@@ -67,10 +78,13 @@ int measure(const std::string& subject, int rounds) {
     std::fprintf(stderr, "core_instructions: no subject '%s'\n", subject.c_str());
     return 2;
   }
-  for (int i = 0; i < warmUpRounds; ++i) found->second();
+  const int warmUps = subject == "hours" ? 1 : warmUpRounds;
+  for (int i = 0; i < warmUps; ++i) found->second();
   const unsigned long before = allocations;
+  const unsigned long liveBefore = liveBlocks;
   hushboxMeasured(found->second, rounds);
   std::printf("allocations %lu\n", allocations - before);
+  std::printf("left %ld\n", static_cast<long>(liveBlocks) - static_cast<long>(liveBefore));
   return sum == 1 ? 1 : 0;
 }
 
@@ -78,9 +92,10 @@ int measure(const std::string& subject, int rounds) {
 }  // namespace hushbox
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: core_instructions SUBJECT N\n");
+  if (argc != 3 && argc != 4) {
+    std::fprintf(stderr, "usage: core_instructions SUBJECT N [DEVICES]\n");
     return 2;
   }
-  return hushbox::measure(argv[1], std::atoi(argv[2]));
+  const long devices = argc == 4 ? std::atol(argv[3]) : 0;
+  return hushbox::measure(argv[1], std::atoi(argv[2]), static_cast<std::size_t>(devices));
 }

@@ -15,6 +15,7 @@
 
 #include "benchmarks/Baseline.h"
 #include "benchmarks/TeamsReader.h"
+#include "tests/platform/linux/fixtures/AccessibleProgram.h"
 
 namespace hushbox {
 namespace {
@@ -98,8 +99,17 @@ class Search {
            .program = ours_.calls,
            .goal = Result::Goal{.bound = 30, .statistic = Statistic::max}});
     print({.name = name, .unit = "round trips", .program = ours_.roundTrips});
-    if (place_ != Place::Late) return;
-    print({.name = name,
+    if (place_ == Place::Late) reportPoint();
+  }
+
+  /// Looks with Hushbox only, because the others would take minutes.
+  void runAlone(int repeats) {
+    for (int i = 0; i < repeats; ++i) lookWithHushbox();
+    meeting_.close();
+  }
+
+  void reportPoint() const {
+    print({.name = "first look",
            .unit = "ms",
            .program = ours_.milliseconds,
            .baselines = times_,
@@ -137,6 +147,36 @@ class Search {
   std::map<std::string, Result::Samples> heldByOthers_;
 };
 
+/// Other programs on the accessibility bus, without documents.
+void measurePrograms(Desk& desk, int repeats) {
+  MeetingPage meeting(desk.browser());
+  TeamsReader().awaitTeams();
+  std::vector<std::unique_ptr<AccessibleProgram>> programs;
+  for (const std::size_t number : {1U, 10U, 50U, 200U}) {
+    while (programs.size() < number) {
+      programs.push_back(
+          std::make_unique<AccessibleProgram>(desk.accessibility().address(), "Editor", "gtk"));
+    }
+    TeamsReaderSamples looks;
+    TeamsReaderSamples polls;
+    for (int i = 0; i < repeats; ++i) {
+      const TeamsReader reader;
+      looks.add(reader.read());
+      letPass(settlingTime);
+      polls.add(reader.read());
+    }
+    const auto report = [&](const char* series, const TeamsReaderSamples& samples) {
+      print({.name = "programs",
+             .unit = "D-Bus calls",
+             .program = samples.calls,
+             .point = Result::Point{"Calls by number of programs on the bus", "programs", series,
+                                    static_cast<double>(number)}});
+    };
+    report("first look", looks);
+    report("poll", polls);
+  }
+}
+
 void measure(int repeats) {
   Desk desk;
   for (const int elements : {400, 4'000, largest}) {
@@ -145,6 +185,12 @@ void measure(int repeats) {
       search.run(elements == largest ? std::max(1, repeats / 2) : repeats);
       search.report();
     }
+  }
+  measurePrograms(desk, repeats);
+  for (const int elements : {100, 100'000}) {
+    Search search(desk, elements, Place::Late);
+    search.runAlone(repeats);
+    search.reportPoint();
   }
 }
 

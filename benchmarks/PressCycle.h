@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
+#include <string>
 
 #include "coordinator/MuteCoordinator.h"
 #include "platform/simulated/SimulatedDesk.h"
@@ -25,6 +27,19 @@ class PressCycle {
     desk_.advance(TimeInterval{0.5});
     desk_.audio.setInputVolume(device_, 0.8F);
     desk_.advance(TimeInterval{0.5});
+  }
+
+  /// Plugs in other microphones, before the speakerphone in the list of devices.
+  void plugOthers(std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+      desk_.audio.plug({.name = "Microphone " + std::to_string(i), .inputVolume = 0.5F}, 0);
+    desk_.advance(TimeInterval{0});
+  }
+
+  /// The list of devices changes, as when one is plugged in.
+  void changeDeviceList() {
+    desk_.audio.announce(audio::systemObject, audio::deviceList);
+    desk_.advance(TimeInterval{0});
   }
 
   /// Two changes of the volume that mean no press, as when its user turns it down and up again.

@@ -309,6 +309,9 @@ def update_core(build):
 
 # --- The benchmarks -----------------------------------------------------------------------------
 
+FAILURES = []
+
+
 def run(build, quick, command):
     """Runs a benchmark's program and returns the results that it prints."""
     name = command[0]
@@ -316,10 +319,9 @@ def run(build, quick, command):
                          stdout=subprocess.PIPE, text=True, timeout=TIMEOUT, check=False)
     results = [json.loads(line) for line in out.stdout.splitlines() if line.startswith("{")]
     if out.returncode != 0:
-        raise RuntimeError(f"{name} exited with {out.returncode}")
-    for result in results:
-        if "skipped" in result:
-            print(f"bench: {name}: skipped {result['skipped']}", flush=True)
+        FAILURES.append(f"{name} exited with {out.returncode}; its results so far count")
+    for reason in dict.fromkeys(result["skipped"] for result in results if "skipped" in result):
+        print(f"bench: {name}: skipped {reason}", flush=True)
     return [result for result in results if "skipped" not in result]
 
 
@@ -363,8 +365,28 @@ def redraw(build, quick):
             for size in (18, 36)]
 
 
+def point(plot, unit, axis, x, samples):
+    return {"name": plot.lower(), "unit": unit, "program": samples, "baselines": {},
+            "point": {"plot": plot, "axis": axis, "series": "", "x": x}}
+
+
+def growth(build, quick):
+    """What grows on the simulated desk. The other programs print points of growth themselves."""
+    program, rounds, results = build / "benchmarks/core_instructions", 20, []
+    for devices in (1, 10, 100, 1000):
+        count = instructions([program, "devices", rounds, devices])[0] / rounds
+        results.append(point("Change of the device list by number of devices", "instructions",
+                             "devices", devices, [count]))
+    for hours in (1, 6, 12, 24):
+        out = subprocess.run([str(program), "hours", str(hours)], capture_output=True, text=True, check=True)
+        results.append(point("Memory blocks left over by hours of a call", "blocks", "simulated hours",
+                             hours, [int(re.search(r"left (-?\d+)", out.stdout)[1])]))
+    return results
+
+
 # In the order in which they run, and the program that each needs.
 BENCHMARKS = {"core": (core, "valgrind"), "redraw": (redraw, "valgrind"), "start": (start, None),
+              "growth": (growth, "valgrind"),
               "press": (press, None), "poll": (poll, None),
               "first-look": (first_look, None), "frozen": (frozen, None), "idle": (idle, None)}
 
@@ -411,7 +433,7 @@ def main():
     unknown = set(options.names) - set(BENCHMARKS)
     if unknown:
         parser.error("no such benchmark: " + ", ".join(sorted(unknown)))
-    tables, images, failed = {"environment": environment()}, {}, False
+    tables, images = {"environment": environment()}, {}
     for name in options.names or BENCHMARKS:
         measure, tool = BENCHMARKS[name]
         if tool and not shutil.which(tool):
@@ -421,11 +443,12 @@ def main():
         try:
             results = measure(options.build, options.quick)
         except (RuntimeError, OSError, subprocess.SubprocessError) as error:
-            print(f"bench: {name} failed: {error}", flush=True)
-            failed = True
+            FAILURES.append(f"{name}: {error}")
             continue
         print(f"\n== {name} ({time.monotonic() - began:.0f} s)\n{plain(results)}", flush=True)
-        tables[name] = markdown([each for each in results if "point" not in each])
+        table = [each for each in results if "point" not in each]
+        if table:
+            tables[name] = markdown(table)
         images.update(plots(results))
     if not options.quick or options.write:
         write_page(tables)
@@ -433,7 +456,9 @@ def main():
         for file, image in images.items():
             (PLOTS / file).write_text(image, encoding="utf-8")
         print("\nbench: wrote docs/performance.md")
-    return int(failed)
+    for failure in FAILURES:
+        print(f"bench: failed: {failure}")
+    return int(bool(FAILURES))
 
 
 if __name__ == "__main__":
