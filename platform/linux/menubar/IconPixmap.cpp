@@ -86,6 +86,32 @@ std::vector<std::uint8_t> straightArgb(cairo_surface_t* surface, int size) {
   return bytes;
 }
 
+/// How much a disc around a pixel covers of each pixel near it. The same for all pixels, so it is
+/// calculated once per picture.
+class Disc {
+ public:
+  struct Cover {
+    int dx, dy;
+    /// From 0 to 1.
+    double part;
+  };
+
+  explicit Disc(double radius) {
+    const int reach = static_cast<int>(std::ceil(radius));
+    for (int dy = -reach; dy <= reach; ++dy) {
+      for (int dx = -reach; dx <= reach; ++dx) {
+        const double part = std::clamp(radius + 0.5 - std::hypot(dx, dy), 0.0, 1.0);
+        if (part > 0) covers_.push_back({dx, dy, part});
+      }
+    }
+  }
+
+  const std::vector<Cover>& covers() const { return covers_; }
+
+ private:
+  std::vector<Cover> covers_;
+};
+
 /// Opacities from 0 to 1; transparent outside the square.
 class AlphaMap {
  public:
@@ -99,16 +125,11 @@ class AlphaMap {
                    static_cast<std::size_t>(x)];
   }
 
-  /// The greatest opacity under a disc of `radius` pixels around (x, y).
-  double grown(int x, int y, double radius) const {
-    const int reach = static_cast<int>(std::ceil(radius));
+  /// The greatest opacity under a disc around (x, y).
+  double grown(int x, int y, const Disc& disc) const {
     double max = 0;
-    for (int dy = -reach; dy <= reach; ++dy) {
-      for (int dx = -reach; dx <= reach; ++dx) {
-        const double cover = std::clamp(radius + 0.5 - std::hypot(dx, dy), 0.0, 1.0);
-        max = std::max(max, cover * at(x + dx, y + dy));
-      }
-    }
+    for (const Disc::Cover& cover : disc.covers())
+      max = std::max(max, cover.part * at(x + cover.dx, y + cover.dy));
     return max;
   }
 
@@ -124,15 +145,15 @@ std::uint8_t toByte(double value) {
 /// Fills the shape and draws an edge around it.
 void recolour(std::vector<std::uint8_t>& argb, int size, const Colouring& colouring) {
   const AlphaMap shape(argb, size);
+  const Disc edge(edgeWidth(size));
   auto byte = argb.begin();
   for (int y = 0; y < size; ++y) {
     for (int x = 0; x < size; ++x) {
       const double inner = shape.at(x, y);
-      const double outer =
-          std::max(shape.grown(x, y, edgeWidth(size)) - inner, 0.0) * colouring.edgeOpacity;
+      const double outer = std::max(shape.grown(x, y, edge) - inner, 0.0) * colouring.edgeOpacity;
       const double alpha = inner + outer;
-      const auto mix = [&](std::uint8_t fill, std::uint8_t edge) {
-        return alpha > 0 ? toByte((fill * inner + edge * outer) / alpha) : std::uint8_t{0};
+      const auto mix = [&](std::uint8_t fill, std::uint8_t border) {
+        return alpha > 0 ? toByte((fill * inner + border * outer) / alpha) : std::uint8_t{0};
       };
       *byte++ = toByte(alpha * 255);
       *byte++ = mix(colouring.fill.red, colouring.edge.red);
