@@ -21,7 +21,8 @@ unsigned long liveBlocks = 0;
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+// Not inlined, or the compiler sees a pointer of malloc() reach operator delete.
+[[gnu::noinline]] void* operator new(std::size_t size) {
   ++allocations;
   ++liveBlocks;
   void* const memory = std::malloc(size);
@@ -29,12 +30,12 @@ void* operator new(std::size_t size) {
   return memory;
 }
 
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   if (memory) --liveBlocks;
   std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
   if (memory) --liveBlocks;
   std::free(memory);
 }
