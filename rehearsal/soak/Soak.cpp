@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <exception>
 #include <fstream>
+#include <limits>
 #include <optional>
 
 #include "rehearsal/DeskError.h"
@@ -51,7 +52,8 @@ Soak::Soak(AudioFlavour flavour, const std::string& program, std::uint64_t seed)
               {"foreign page", 4, &Soak::isInCall, &Soak::foreignPage}}},
       figures_{{{"written memory (KiB)", 64,
                  [](const ProcessFigures& now) { return now.writtenKibibytes; }},
-                {"private memory (KiB)", 64,
+                // Only reported: pages of a library count while no other program maps them.
+                {"private memory (KiB)", std::numeric_limits<long>::max(),
                  [](const ProcessFigures& now) { return now.privateKibibytes; }},
                 // One more from when the other browser shows Teams for the first time: a connection
                 // directly to it.
