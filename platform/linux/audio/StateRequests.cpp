@@ -17,16 +17,15 @@ void StateRequests::sentOtherwise() {
 StateRequests::Conclusion StateRequests::replied(bool differs, Instant time) {
   if (differs) isInconclusive_ = true;
   if (--inProgress_ > 0) return Conclusion::none;
-  if (events_ == 1 && !isInconclusive_ && !hasRequestedAgain_) {
+  const int events = isInconclusive_ ? 0 : events_;
+  if (events == 1 && !hasRequestedAgain_) {
     hasRequestedAgain_ = true;
     ++inProgress_;
     return Conclusion::requestAgain;
   }
-  const bool isSingleEvent = events_ == 1 && !isInconclusive_;
-  const bool isUndone = events_ == 2 && !isInconclusive_;
   *this = {};
-  if (isSingleEvent) secondEventUntil_ = time + maxEventDelay;
-  return isUndone ? Conclusion::undone : Conclusion::none;
+  if (events == 1) secondEventUntil_ = time + maxEventDelay;
+  return events == 2 ? Conclusion::undone : Conclusion::none;
 }
 
 }  // namespace hushbox

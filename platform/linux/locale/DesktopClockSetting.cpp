@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "platform/linux/bus/InstalledSettings.h"
+
 namespace hushbox {
 namespace {
 
@@ -22,24 +24,12 @@ DesktopClockSetting::DesktopClockSetting(SessionBusConnection& bus)
     // program.
     : busSubscription_(bus.observe(
           [this](GDBusConnection*) {
-            if (!settings_) open(nullptr);
+            if (!settings_) settings_ = openInstalledSettings(schemaName, key, nullptr);
           },
           [](const std::string&) {})) {}
 
-DesktopClockSetting::DesktopClockSetting(GSettingsBackend* backend) {
-  open(backend);
-}
-
-void DesktopClockSetting::open(GSettingsBackend* backend) {
-  // GIO ends the program when a schema or key is not installed, so look them up first.
-  GSettingsSchemaSource* const source = g_settings_schema_source_get_default();
-  if (!source) return;
-  GSettingsSchema* const schema = g_settings_schema_source_lookup(source, schemaName, TRUE);
-  if (!schema) return;
-  if (g_settings_schema_has_key(schema, key))
-    settings_.reset(g_settings_new_full(schema, backend, nullptr));
-  g_settings_schema_unref(schema);
-}
+DesktopClockSetting::DesktopClockSetting(GSettingsBackend* backend)
+    : settings_(openInstalledSettings(schemaName, key, backend)) {}
 
 std::optional<ClockStyle> DesktopClockSetting::style() const {
   if (!settings_) return std::nullopt;

@@ -27,8 +27,6 @@ class DesktopClockSetting {
   std::optional<ClockStyle> style() const;
 
  private:
-  void open(GSettingsBackend* backend);
-
   ObjectPointer<GSettings> settings_;
   Subscription busSubscription_;
 };

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/bus/InstalledSettings.h"
+
 namespace hushbox {
 namespace {
 
@@ -81,16 +83,8 @@ PanelTone PanelTheme::tone() const {
 }
 
 void PanelTheme::openMateSettings(GSettingsBackend* backend) {
-  // GIO ends the program when a schema or key is not installed, so look them up first.
-  GSettingsSchemaSource* const source = g_settings_schema_source_get_default();
-  if (!source) return;
-  GSettingsSchema* const schema = g_settings_schema_source_lookup(source, mateSchema, TRUE);
-  if (!schema) return;
-  if (g_settings_schema_has_key(schema, mateKey)) {
-    mate_.reset(g_settings_new_full(schema, backend, nullptr));
-    g_signal_connect(mate_.get(), "changed::gtk-theme", G_CALLBACK(themeChanged), this);
-  }
-  g_settings_schema_unref(schema);
+  mate_ = openInstalledSettings(mateSchema, mateKey, backend);
+  if (mate_) g_signal_connect(mate_.get(), "changed::gtk-theme", G_CALLBACK(themeChanged), this);
 }
 
 void PanelTheme::themeChanged(GSettings*, const char*, gpointer self) {
