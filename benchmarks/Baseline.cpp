@@ -5,8 +5,8 @@
 
 #include <array>
 #include <cstdlib>
-#include <iostream>
 
+#include "benchmarks/Result.h"
 #include "rehearsal/DeskError.h"
 
 namespace hushbox {
@@ -33,7 +33,7 @@ Baseline::~Baseline() {
 std::unique_ptr<Baseline> Baseline::pyatspi(const rehearsal::Session& session) {
   static const bool isInstalled = std::system("/usr/bin/python3 -c 'import pyatspi' 2>&-") == 0;
   if (!isInstalled) {
-    std::cout << R"({"skipped": "the script on pyatspi, which is not installed"})" << std::endl;
+    printSkipped("the script on pyatspi, which is not installed");
     return nullptr;
   }
   return std::make_unique<Baseline>(
@@ -43,7 +43,7 @@ std::unique_ptr<Baseline> Baseline::pyatspi(const rehearsal::Session& session) {
 
 std::unique_ptr<Baseline> Baseline::libatspi(const rehearsal::Session& session) {
   if (std::string_view(HUSHBOX_LIBATSPI_CLIENT).empty()) {
-    std::cout << R"({"skipped": "the program on libatspi, which is not installed"})" << std::endl;
+    printSkipped("the program on libatspi, which is not installed");
     return nullptr;
   }
   return std::make_unique<Baseline>(session, std::vector<std::string>{HUSHBOX_LIBATSPI_CLIENT});

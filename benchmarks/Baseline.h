@@ -12,6 +12,11 @@ namespace hushbox {
 /// as the milliseconds that it took. See benchmarks/baselines.
 class Baseline {
  public:
+  /// What the results call them.
+  static constexpr const char* pyatspiName = "pyatspi script";
+  static constexpr const char* libatspiName = "program on libatspi";
+  static constexpr const char* sequentialName = "sequential D-Bus";
+
   /// Starts the program, which reads commands from its descriptor 3 and answers on its descriptor
   /// 4, a line each.
   Baseline(const rehearsal::Session& session, std::vector<std::string> command);

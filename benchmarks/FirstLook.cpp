@@ -4,9 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <fstream>
 #include <memory>
 #include <optional>
@@ -14,6 +12,7 @@
 #include <vector>
 
 #include "benchmarks/Baseline.h"
+#include "benchmarks/RunBenchmark.h"
 #include "benchmarks/TeamsReader.h"
 #include "tests/platform/linux/fixtures/AccessibleProgram.h"
 
@@ -26,7 +25,6 @@ using rehearsal::MeetingPage;
 using rehearsal::Milliseconds;
 using Statistic = Result::Goal::Statistic;
 
-constexpr const char* pyatspi = "pyatspi script";
 constexpr int largest = 39'000;
 constexpr Milliseconds settlingTime{1000};
 
@@ -72,9 +70,9 @@ class Search {
   void run(int repeats) {
     for (int i = 0; i < repeats; ++i) {
       lookWithHushbox();
-      look(pyatspi, Baseline::pyatspi(desk_.session()));
-      look("program on libatspi", Baseline::libatspi(desk_.session()));
-      look("sequential D-Bus", Baseline::sequential(desk_.session()));
+      look(Baseline::pyatspiName, Baseline::pyatspi(desk_.session()));
+      look(Baseline::libatspiName, Baseline::libatspi(desk_.session()));
+      look(Baseline::sequentialName, Baseline::sequential(desk_.session()));
     }
     meeting_.close();
   }
@@ -84,7 +82,7 @@ class Search {
         "first look at " + std::to_string(elements_) + " elements, " + nameOf(place_);
     std::optional<Result::Goal> goal;
     if (elements_ == largest && place_ != Place::Early)
-      goal = Result::Goal{.bound = 0.02, .ratioTo = pyatspi};
+      goal = Result::Goal{.bound = 0.02, .ratioTo = Baseline::pyatspiName};
     print({.name = name,
            .unit = "ms",
            .program = ours_.milliseconds,
@@ -199,15 +197,6 @@ void measure(int repeats) {
 }  // namespace hushbox
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "usage: first_look REPEATS\n");
-    return 2;
-  }
-  try {
-    hushbox::measure(std::atoi(argv[1]));
-    return 0;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "first_look: %s\n", error.what());
-    return 1;
-  }
+  return hushbox::runBenchmark(argc, argv, "first_look REPEATS", 1,
+                               [](char** arguments) { hushbox::measure(std::atoi(arguments[0])); });
 }

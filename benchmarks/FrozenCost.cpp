@@ -1,11 +1,10 @@
 // frozen_cost REPEATS: how long the main loop stands still while Teams' browser is frozen, beside a
 // program on libatspi at its defaults. Both read the button once a second at the same time.
 
-#include <cstdio>
 #include <cstdlib>
-#include <exception>
 
 #include "benchmarks/Baseline.h"
+#include "benchmarks/RunBenchmark.h"
 #include "benchmarks/TeamsReader.h"
 #include "benchmarks/baselines/LoopGap.h"
 
@@ -24,7 +23,6 @@ void measure(int repeats) {
   MeetingPage meeting(desk.browser());
   const TeamsReader reader;
   reader.awaitTeams();
-  constexpr const char* libatspi = "program on libatspi";
   Result result{.name = "longest gap of the main loop while Teams is frozen", .unit = "ms"};
   for (int i = 0; i < repeats; ++i) {
     const auto baseline = Baseline::libatspi(desk.session());
@@ -33,11 +31,12 @@ void measure(int repeats) {
     if (baseline) baseline->tell("watch " + std::to_string(watchSeconds));
     result.program.push_back(
         baselines::longestGap(watchSeconds, [] { TeamsUI::currentMuteState(); }));
-    if (baseline) result.baselines[libatspi].push_back(baseline->answer());
+    if (baseline) result.baselines[Baseline::libatspiName].push_back(baseline->answer());
     desk.browser().thaw();
     reader.awaitTeams();
   }
-  if (!result.baselines.empty()) result.goal = Result::Goal{.bound = 0.1, .ratioTo = libatspi};
+  if (!result.baselines.empty())
+    result.goal = Result::Goal{.bound = 0.1, .ratioTo = Baseline::libatspiName};
   print(result);
 }
 
@@ -45,15 +44,6 @@ void measure(int repeats) {
 }  // namespace hushbox
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "usage: frozen_cost REPEATS\n");
-    return 2;
-  }
-  try {
-    hushbox::measure(std::atoi(argv[1]));
-    return 0;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "frozen_cost: %s\n", error.what());
-    return 1;
-  }
+  return hushbox::runBenchmark(argc, argv, "frozen_cost REPEATS", 1,
+                               [](char** arguments) { hushbox::measure(std::atoi(arguments[0])); });
 }

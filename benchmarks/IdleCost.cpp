@@ -5,7 +5,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <map>
 #include <memory>
 #include <optional>
@@ -15,6 +14,7 @@
 #include "benchmarks/BusTraffic.h"
 #include "benchmarks/ProcessCost.h"
 #include "benchmarks/Result.h"
+#include "benchmarks/RunBenchmark.h"
 #include "rehearsal/Desk.h"
 #include "rehearsal/DeskError.h"
 #include "rehearsal/HushboxProcess.h"
@@ -182,15 +182,7 @@ void measure(const std::string& program, int seconds) {
 }  // namespace hushbox::rehearsal
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: idle_cost PROGRAM SECONDS\n");
-    return 2;
-  }
-  try {
-    hushbox::rehearsal::measure(argv[1], std::atoi(argv[2]));
-    return 0;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "idle_cost: %s\n", error.what());
-    return 1;
-  }
+  return hushbox::runBenchmark(argc, argv, "idle_cost PROGRAM SECONDS", 2, [](char** arguments) {
+    hushbox::rehearsal::measure(arguments[0], std::atoi(arguments[1]));
+  });
 }

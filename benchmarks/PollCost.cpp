@@ -4,15 +4,14 @@
 // button takes turns.
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "benchmarks/Baseline.h"
+#include "benchmarks/RunBenchmark.h"
 #include "benchmarks/TeamsReader.h"
 
 namespace hushbox {
@@ -24,7 +23,6 @@ using rehearsal::MeetingPage;
 using rehearsal::Milliseconds;
 using Statistic = Result::Goal::Statistic;
 
-constexpr const char* pyatspi = "pyatspi script";
 /// Polls that bring everything up to date before any are counted.
 constexpr int warmUpPolls = 3;
 
@@ -58,7 +56,7 @@ Polls poll(Baseline* script, int count) {
 
 std::map<std::string, Result::Samples> baselines(const Polls& polls) {
   if (polls.theirs.empty()) return {};
-  return {{pyatspi, polls.theirs}};
+  return {{Baseline::pyatspiName, polls.theirs}};
 }
 
 void report(const std::string& page, const Polls& polls, double maxMilliseconds) {
@@ -89,7 +87,7 @@ void reportPoint(const std::string& axis, double x, const Polls& polls) {
          .point = Result::Point{"Calls of a poll by number of " + axis, axis, "", x}});
 }
 
-int measure(int count, int growthCount) {
+void measure(int count, int growthCount) {
   Desk desk({.display = true, .headlessBrowser = false});
   // Desktops have a compositing manager; CompositingManager says why that matters.
   const auto compositingManager = desk.session().start("xcompmgr.log", {"xcompmgr"});
@@ -121,21 +119,13 @@ int measure(int count, int growthCount) {
     }
     reportPoint("Teams pages", static_cast<double>(number), poll(restartScript(), growthCount));
   }
-  return 0;
 }
 
 }  // namespace
 }  // namespace hushbox
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: poll_cost POLLS GROWTH-POLLS\n");
-    return 2;
-  }
-  try {
-    return hushbox::measure(std::atoi(argv[1]), std::atoi(argv[2]));
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "poll_cost: %s\n", error.what());
-    return 1;
-  }
+  return hushbox::runBenchmark(argc, argv, "poll_cost POLLS GROWTH-POLLS", 2, [](char** arguments) {
+    hushbox::measure(std::atoi(arguments[0]), std::atoi(arguments[1]));
+  });
 }

@@ -5,15 +5,14 @@
 // a page that rests, and when the button has to be found first.
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <vector>
 
 #include "benchmarks/Result.h"
+#include "benchmarks/RunBenchmark.h"
 #include "rehearsal/Desk.h"
 #include "rehearsal/HushboxProcess.h"
 
@@ -49,17 +48,19 @@ double press(Desk& desk, MeetingPage& meeting, double volume) {
   return taken.count();
 }
 
+/// The same through Hushbox, without its bounce window, for which only a mute waits.
+double pressThroughHushbox(Desk& desk, MeetingPage& meeting, bool mutes) {
+  const double taken = press(desk, meeting, mutes ? 0.0 : 1.0);
+  return mutes ? taken - bounceWindowMilliseconds : taken;
+}
+
 /// Runs Hushbox and presses as often, muting and unmuting in turn.
 Times pressWithHushbox(Desk& desk, MeetingPage& meeting, const std::string& program, int presses) {
   HushboxProcess hushbox(desk.session(), program);
   hushbox.waitForLog("Attached to");
   letPass(Milliseconds{2500});
   Times times;
-  for (int i = 0; i < presses; ++i) {
-    const bool mutes = i % 2 == 0;
-    const double taken = press(desk, meeting, mutes ? 0.0 : 1.0);
-    times.push_back(mutes ? taken - bounceWindowMilliseconds : taken);
-  }
+  for (int i = 0; i < presses; ++i) times.push_back(pressThroughHushbox(desk, meeting, i % 2 == 0));
   hushbox.quit();
   return times;
 }
@@ -117,35 +118,25 @@ void measureNewButton(Desk& desk, const std::string& program, int presses) {
     meeting.leaveCall();
     meeting.joinCall();
     letPass(settlingTime);
-    const bool mutes = i % 2 == 0;
-    const double taken = press(desk, meeting, mutes ? 0.0 : 1.0);
-    result.program.push_back(mutes ? taken - bounceWindowMilliseconds : taken);
+    result.program.push_back(pressThroughHushbox(desk, meeting, i % 2 == 0));
   }
   print(result);
   hushbox.quit();
 }
 
-int measure(const std::string& program, int presses) {
+void measure(const std::string& program, int presses) {
   Desk desk({.display = true, .headlessBrowser = false, .speakerphone = true});
   // Desktops have a compositing manager; CompositingManager says why that matters.
   const auto compositingManager = desk.session().start("xcompmgr.log", {"xcompmgr"});
   measureBesideLoop(desk, program, presses);
   measureNewButton(desk, program, std::clamp(presses / 10, 3, 10));
-  return 0;
 }
 
 }  // namespace
 }  // namespace hushbox::rehearsal
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: press_cost PROGRAM PRESSES\n");
-    return 2;
-  }
-  try {
-    return hushbox::rehearsal::measure(argv[1], std::atoi(argv[2]));
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "press_cost: %s\n", error.what());
-    return 1;
-  }
+  return hushbox::runBenchmark(argc, argv, "press_cost PROGRAM PRESSES", 2, [](char** arguments) {
+    hushbox::rehearsal::measure(arguments[0], std::atoi(arguments[1]));
+  });
 }

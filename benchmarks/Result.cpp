@@ -36,4 +36,8 @@ void print(const Result& result) {
   std::cout << line.dump() << std::endl;
 }
 
+void printSkipped(const std::string& reason) {
+  std::cout << nlohmann::json{{"skipped", reason}}.dump() << std::endl;
+}
+
 }  // namespace hushbox

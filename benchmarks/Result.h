@@ -7,7 +7,7 @@
 
 namespace hushbox {
 
-/// What a benchmark measured, for benchmarks/report.py to tabulate.
+/// What a benchmark measured, for benchmarks/bench.py to tabulate.
 struct Result {
   using Samples = std::vector<double>;
 
@@ -43,5 +43,8 @@ struct Result {
 
 /// Prints the result as one line of JSON on standard output. Call on one thread.
 void print(const Result& result);
+
+/// Prints, in the same way, that something was not measured, and why.
+void printSkipped(const std::string& reason);
 
 }  // namespace hushbox

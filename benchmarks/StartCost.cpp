@@ -3,9 +3,7 @@
 // same connections. Counted by callgrind and strace, in Hushbox's own process.
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -14,6 +12,7 @@
 #include <vector>
 
 #include "benchmarks/Result.h"
+#include "benchmarks/RunBenchmark.h"
 #include "rehearsal/Desk.h"
 #include "rehearsal/DeskError.h"
 #include "rehearsal/Panel.h"
@@ -86,8 +85,7 @@ void measure(const std::string& program) {
   const PowerDaemon power(desk.session());
   const auto compare = [&](const std::string& unit, const std::string& tool, auto count) {
     if (!isInstalled(tool)) {
-      std::printf("{\"skipped\": \"%s: %s is not installed\"}\n", unit.c_str(), tool.c_str());
-      return;
+      return printSkipped(unit + ": " + tool + " is not installed");
     }
     Result result{.name = "start to a registered item and an attached speakerphone", .unit = unit};
     for (int i = 0; i < 2; ++i) {
@@ -105,15 +103,6 @@ void measure(const std::string& program) {
 }  // namespace hushbox::rehearsal
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "usage: start_cost PROGRAM\n");
-    return 2;
-  }
-  try {
-    hushbox::rehearsal::measure(argv[1]);
-    return 0;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "start_cost: %s\n", error.what());
-    return 1;
-  }
+  return hushbox::runBenchmark(argc, argv, "start_cost PROGRAM", 1,
+                               [](char** arguments) { hushbox::rehearsal::measure(arguments[0]); });
 }
