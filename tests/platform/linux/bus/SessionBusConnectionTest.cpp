@@ -238,7 +238,9 @@ TEST_F(SessionBusConnectionTest, DestructorClosesTheConnectionThatOthersHold) {
   const auto observed = observe();
   const ConnectionPointer held(G_DBUS_CONNECTION(g_object_ref(connections_.at(0))));
   bus_.reset();
-  EXPECT_TRUE(g_dbus_connection_is_closed(held.get()));
+  // GLib's worker thread reports the end of the close before it sets the flag.
+  waitUntil([&] { return g_dbus_connection_is_closed(held.get()) != FALSE; }, serverTimeout,
+            "the end of the connection");
 }
 
 }  // namespace
