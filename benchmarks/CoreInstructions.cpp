@@ -1,6 +1,6 @@
 // core_instructions SUBJECT N [DEVICES]: does something N times on the simulated desk, once that is
-// warm, and prints how often memory was allocated meanwhile and how many blocks were not freed.
-// script/bench runs it under callgrind, which counts the instructions of hushboxMeasured() only.
+// warm, and prints how many blocks of memory were not freed. script/bench runs it under callgrind,
+// which counts the instructions and allocations in hushboxMeasured() only.
 // DEVICES other microphones are plugged in.
 
 #include <cstdio>
@@ -16,14 +16,12 @@
 
 namespace {
 
-unsigned long allocations = 0;
 unsigned long liveBlocks = 0;
 
 }  // namespace
 
 // Not inlined, or the compiler sees a pointer of malloc() reach operator delete.
 [[gnu::noinline]] void* operator new(std::size_t size) {
-  ++allocations;
   ++liveBlocks;
   void* const memory = std::malloc(size);
   if (!memory) std::abort();
@@ -81,10 +79,8 @@ int measure(const std::string& subject, int rounds, std::size_t devices) {
   }
   const int warmUps = subject == "hours" ? 1 : warmUpRounds;
   for (int i = 0; i < warmUps; ++i) found->second();
-  const unsigned long before = allocations;
   const unsigned long liveBefore = liveBlocks;
   hushboxMeasured(found->second, rounds);
-  std::printf("allocations %lu\n", allocations - before);
   std::printf("left %ld\n", static_cast<long>(liveBlocks) - static_cast<long>(liveBefore));
   return sum == 1 ? 1 : 0;
 }

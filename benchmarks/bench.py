@@ -26,6 +26,7 @@ import shutil
 import statistics
 import subprocess
 import sys
+import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
@@ -246,12 +247,15 @@ def system():
             f"{platform.machine()}")
 
 
-def instructions(command):
-    """(instructions of hushboxMeasured(), output) under callgrind, which counts the same on each run."""
+def callgrind(command, *options, out="/dev/null"):
+    """Runs the command; what happens in hushboxMeasured() counts, and counts the same on each run.
+
+    Returns the instructions and what the command printed.
+    """
     # The C library picks functions by the processor's features, which would change the count.
     environment = {**os.environ, "GLIBC_TUNABLES": "glibc.cpu.hwcaps=-AVX2,-AVX,-BMI2,-ERMS,-FSRM"}
-    run = subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null",
-                          "--toggle-collect=hushboxMeasured", *map(str, command)],
+    run = subprocess.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={out}",
+                          "--toggle-collect=hushboxMeasured", *options, *map(str, command)],
                          capture_output=True, text=True, env=environment, check=False)
     counted = re.search(r"Collected : (\d+)", run.stderr)
     if run.returncode != 0 or not counted:
@@ -259,15 +263,39 @@ def instructions(command):
     return int(counted[1]), run.stdout
 
 
+def is_desk_caller(chain):
+    """Whether the nearest function of ours among these callers belongs to the simulated desk."""
+    for function in chain:
+        # A library's function says nothing, except that the call of a lambda bears its name.
+        if "hushbox" in function and ("_M_invoke" in function or not re.match(
+                r"(void |bool )?(std::|_ZNSt|__gnu_cxx)", function)):
+            return bool(re.search(r"Simulated|hushbox::Journal|PressCycle", function))
+    return False
+
+
+def allocations(command):
+    """{"core": calls of operator new by the core, "desk": those by the simulated desk}"""
+    function = "operator new(unsigned long)"
+    with tempfile.NamedTemporaryFile() as profile:
+        callgrind(command, f"--separate-callers16={function}", out=profile.name)
+        names, called, counts = {}, "", {"core": 0, "desk": 0}
+        for line in pathlib.Path(profile.name).read_text().splitlines():
+            # The profile writes a name once, and its number from then on.
+            if named := re.match(r"c?fn=(\(\d+\))(?: (.*))?", line):
+                names.setdefault(named[1], named[2])
+                called = names[named[1]]
+            elif (count := re.match(r"calls=(\d+)", line)) and called.startswith(function + "'"):
+                by = "desk" if is_desk_caller(called.split("'")[1:]) else "core"
+                counts[by] += int(count[1])
+    return counts
+
+
 def core_figures(build):
-    """{subject: (instructions per event, allocations per event)}"""
+    """{subject: instructions per event}"""
     rounds = 100
-    figures = {}
-    for subject, (events, _) in CORE_SUBJECTS.items():
-        count, output = instructions([build / "benchmarks/core_instructions", subject, rounds])
-        allocations = int(re.search(r"allocations (\d+)", output)[1])
-        figures[subject] = round(count / rounds / events), allocations / rounds / events
-    return figures
+    return {subject: round(callgrind([build / "benchmarks/core_instructions", subject, rounds])[0]
+                           / rounds / events)
+            for subject, (events, _) in CORE_SUBJECTS.items()}
 
 
 def committed_figures():
@@ -281,7 +309,7 @@ def check_core(build):
         print(f"bench: skipped the instructions of the core: no figures for {system()}")
         return 0
     worse = False
-    for subject, (now, _) in core_figures(build).items():
+    for subject, now in core_figures(build).items():
         change = now / known[subject] - 1
         verdict = "ok"
         if change > TOLERANCE:
@@ -290,6 +318,10 @@ def check_core(build):
             verdict = "better"
         print(f"{verdict} {CORE_SUBJECTS[subject][1]}: {now:,} instructions, "
               f"{known[subject]:,} committed ({change:+.1%})")
+    if (by_core := allocations([build / "benchmarks/core_instructions", "volume", 100])["core"]) > 0:
+        worse = True
+        print(f"not ok {CORE_SUBJECTS['volume'][1]}: the core allocates memory, "
+              f"{by_core} times in 200 events")
     if worse:
         print("The core takes more instructions than before. If that is worth it, run "
               "script/bench --update and commit benchmarks/core-instructions.json.")
@@ -298,7 +330,7 @@ def check_core(build):
 
 def update_core(build):
     figures = committed_figures()
-    figures[system()] = {subject: now for subject, (now, _) in core_figures(build).items()}
+    figures[system()] = core_figures(build)
     CORE_FIGURES.write_text(json.dumps(figures, indent=2, sort_keys=True) + "\n")
     print(f"bench: wrote {CORE_FIGURES.relative_to(ROOT)} for {system()}")
     return 0
@@ -323,11 +355,15 @@ def run(build, quick, command):
 
 
 def core(build, quick):
-    results = []
-    for subject, (count, allocations) in core_figures(build).items():
-        what = CORE_SUBJECTS[subject][1]
+    results, rounds = [], 100
+    for subject, count in core_figures(build).items():
+        events, what = CORE_SUBJECTS[subject]
         results.append({"name": what, "unit": "instructions", "program": [count], "baselines": {}})
-        results.append({"name": what, "unit": "allocations", "program": [allocations], "baselines": {}})
+        by = allocations([build / "benchmarks/core_instructions", subject, rounds])
+        results.append({"name": what, "unit": "allocations by the core", "baselines": {},
+                        "program": [by["core"] / rounds / events]})
+        results.append({"name": what, "unit": "allocations by the simulated desk", "baselines": {},
+                        "program": [by["desk"] / rounds / events]})
     return results
 
 
@@ -358,7 +394,7 @@ def start(build, quick):
 def redraw(build, quick):
     rounds = 20
     return [{"name": f"drawing the icon, {size} pixels", "unit": "instructions", "baselines": {},
-             "program": [instructions([build / "benchmarks/redraw_instructions", size, rounds])[0] / rounds]}
+             "program": [callgrind([build / "benchmarks/redraw_instructions", size, rounds])[0] / rounds]}
             for size in (18, 36)]
 
 
@@ -371,7 +407,7 @@ def growth(build, quick):
     """What grows on the simulated desk. The other programs print points of growth themselves."""
     program, rounds, results = build / "benchmarks/core_instructions", 20, []
     for devices in (1, 10, 100, 1000):
-        count = instructions([program, "devices", rounds, devices])[0] / rounds
+        count = callgrind([program, "devices", rounds, devices])[0] / rounds
         results.append(point("Change of the device list by number of devices", "instructions",
                              "devices", devices, [count]))
     for hours in (1, 6, 12, 24):

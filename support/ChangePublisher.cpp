@@ -10,26 +10,36 @@ namespace {
 std::size_t announcements = 0;
 std::size_t subscriberTotal = 0;
 
-using Subscriber = std::shared_ptr<std::function<void()>>;
+struct Subscriber {
+  std::function<void()> call;
+  bool isSubscribed = true;
+};
+using SubscriberRef = std::shared_ptr<Subscriber>;
+using List = std::vector<SubscriberRef>;
 
 }  // namespace
 
 struct ChangePublisher::Subscribers {
-  std::vector<Subscriber> list;
+  /// Replaced by another list, never changed: send() goes through it while subscribers come and go.
+  std::shared_ptr<const List> list = std::make_shared<List>();
 };
 
 namespace {
 
 /// What a subscription owns; its destruction removes the subscriber from the list.
-template <typename List>
+template <typename Subscribers>
 struct Token {
-  std::weak_ptr<List> from;
-  Subscriber subscriber;
+  std::weak_ptr<Subscribers> from;
+  SubscriberRef subscriber;
 
   ~Token() {
-    *subscriber = nullptr;
+    subscriber->isSubscribed = false;
     --subscriberTotal;
-    if (const auto subscribers = from.lock()) std::erase(subscribers->list, subscriber);
+    const auto subscribers = from.lock();
+    if (!subscribers) return;
+    auto others = std::make_shared<List>(*subscribers->list);
+    std::erase(*others, subscriber);
+    subscribers->list = std::move(others);
   }
 };
 
@@ -39,21 +49,22 @@ ChangePublisher::ChangePublisher() : subscribers_(std::make_shared<Subscribers>(
 ChangePublisher::~ChangePublisher() = default;
 
 Subscription ChangePublisher::subscribe(std::function<void()> subscriber) {
-  auto shared = std::make_shared<std::function<void()>>(std::move(subscriber));
-  subscribers_->list.push_back(shared);
+  auto added = std::make_shared<Subscriber>(Subscriber{std::move(subscriber)});
+  auto all = std::make_shared<List>(*subscribers_->list);
+  all->push_back(added);
+  subscribers_->list = std::move(all);
   ++subscriberTotal;
   using ThisToken = Token<Subscribers>;
-  return Subscription({new ThisToken{subscribers_, std::move(shared)},
+  return Subscription({new ThisToken{subscribers_, std::move(added)},
                        [](void* token) { delete static_cast<ThisToken*>(token); }});
 }
 
 void ChangePublisher::send() const {
   ++announcements;
-  // Copies of the list and of each function: a subscriber may end any subscription, even its own.
+  // A subscriber may end any subscription, even its own, or destroy the publisher.
   const auto subscribers = subscribers_->list;
-  for (const Subscriber& subscriber : subscribers) {
-    if (const auto call = *subscriber) call();
-  }
+  for (const SubscriberRef& subscriber : *subscribers)
+    if (subscriber->isSubscribed) subscriber->call();
 }
 
 std::size_t ChangePublisher::announcementCount() {

@@ -5,8 +5,8 @@
 
 namespace hushbox {
 
-void Log::write(LogLevel level, std::string_view text) const {
-  platform().log.write(bundleIdentifier, category_, level, text);
+void Log::write(LogLevel level, const RenderedLog& text) const {
+  platform().log.write(bundleIdentifier, category_, level, text.text());
 }
 
 }  // namespace hushbox

@@ -5,6 +5,7 @@
 
 #include "platform/UnifiedLog.h"
 #include "support/LogFormat.h"
+#include "support/RenderedLog.h"
 
 namespace hushbox {
 
@@ -19,13 +20,13 @@ class Log {
   template <typename... Arguments>
   void info(LogFormat<std::type_identity_t<Arguments>...> format,
             const Arguments&... arguments) const {
-    write(LogLevel::info, renderLog(format.text(), {argument(arguments)...}));
+    write(LogLevel::info, {format.text(), {argument(arguments)...}});
   }
 
   template <typename... Arguments>
   void error(LogFormat<std::type_identity_t<Arguments>...> format,
              const Arguments&... arguments) const {
-    write(LogLevel::error, renderLog(format.text(), {argument(arguments)...}));
+    write(LogLevel::error, {format.text(), {argument(arguments)...}});
   }
 
  private:
@@ -43,7 +44,7 @@ class Log {
       return std::string_view(value);
   }
 
-  void write(LogLevel level, std::string_view text) const;
+  void write(LogLevel level, const RenderedLog& text) const;
 
   std::string_view category_;
 };

@@ -2,8 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
-#include <string>
 #include <string_view>
 #include <type_traits>
 #include <variant>
@@ -95,9 +93,5 @@ class LogFormat {
  private:
   std::string_view format_;
 };
-
-/// Returns `format` with its conversions replaced by the arguments, the same text on every
-/// platform: booleans as true or false, floating-point numbers with six decimals and a point.
-std::string renderLog(std::string_view format, std::initializer_list<LogArgument> arguments);
 
 }  // namespace hushbox

@@ -75,7 +75,9 @@ bool contains(std::string_view text, std::string_view needle) {
 }
 
 bool hasPrefix(std::string_view text, std::string_view prefix) {
-  if (bytesAreCharacters(text, prefix)) return text.substr(0, prefix.size()) == prefix;
+  // What follows the first byte after an ASCII prefix does not matter.
+  if (const auto start = text.substr(0, prefix.size() + 1); bytesAreCharacters(start, prefix))
+    return start.substr(0, prefix.size()) == prefix;
   const std::string whole = canonicallyDecomposed(text);
   const std::string start = canonicallyDecomposed(prefix);
   return whole.compare(0, start.size(), start) == 0 && characterBoundaries(whole)[start.size()];

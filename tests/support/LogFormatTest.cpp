@@ -3,16 +3,23 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <initializer_list>
 #include <limits>
 #include <locale>
 #include <string>
 #include <string_view>
+
+#include "support/RenderedLog.h"
 
 namespace hushbox {
 namespace {
 
 using namespace std::string_view_literals;
 using log_format::matches;
+
+std::string renderLog(std::string_view format, std::initializer_list<LogArgument> arguments) {
+  return std::string(RenderedLog(format, arguments).text());
+}
 
 TEST(LogFormatTest, EachConversionTakesItsOwnKindOfArgument) {
   EXPECT_TRUE((matches<>("no argument"sv)));
@@ -115,6 +122,14 @@ TEST(LogFormatTest, ProcessLocaleDoesNotAffectTheLog) {
       renderLog("%f %u %lld %{bool}d", {12345.5, std::uint64_t{65536}, std::int64_t{-65536}, true});
   std::locale::global(before);
   EXPECT_EQ(text, "12345.500000 65536 -65536 true");
+}
+
+TEST(LogFormatTest, TextOfAnyLengthIsWhole) {
+  for (const std::size_t length : {255U, 256U, 257U, 511U, 512U, 513U, 5000U}) {
+    const std::string text(length, 'x');
+    EXPECT_EQ(renderLog("%{public}s", {std::string_view(text)}), text);
+    EXPECT_EQ(renderLog("%{public}s%{public}s.", {std::string_view(text), "y"sv}), text + "y.");
+  }
 }
 
 }  // namespace

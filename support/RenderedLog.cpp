@@ -1,0 +1,39 @@
+#include "support/RenderedLog.h"
+
+#include <iomanip>
+#include <locale>
+#include <ostream>
+
+namespace hushbox {
+
+RenderedLog::RenderedLog(std::string_view format, std::initializer_list<LogArgument> arguments) {
+  setp(usual_.data(), usual_.data() + usual_.size());
+  std::ostream text(this);
+  // The process's locale could have a decimal comma.
+  text.imbue(std::locale::classic());
+  text << std::boolalpha << std::fixed << std::setprecision(6);
+  std::size_t from = 0;
+  for (const LogArgument& argument : arguments) {
+    const auto conversion = log_format::nextConversion(format, from);
+    text << format.substr(from, conversion.position - from);
+    std::visit([&text](const auto& value) { text << value; }, argument);
+    from = conversion.position + conversion.length;
+  }
+  text << format.substr(from);
+  if (!longer_.empty()) longer_.append(pbase(), pptr());
+}
+
+std::string_view RenderedLog::text() const {
+  return longer_.empty() ? std::string_view(pbase(), static_cast<std::size_t>(pptr() - pbase()))
+                         : longer_;
+}
+
+RenderedLog::int_type RenderedLog::overflow(int_type character) {
+  longer_.append(pbase(), pptr());
+  setp(usual_.data(), usual_.data() + usual_.size());
+  if (!traits_type::eq_int_type(character, traits_type::eof()))
+    sputc(traits_type::to_char_type(character));
+  return traits_type::not_eof(character);
+}
+
+}  // namespace hushbox
