@@ -83,6 +83,20 @@ void drawSlash(Canvas& canvas, Color color) {
   canvas.stroke(slash);
 }
 
+/// The first word of an image's name.
+const char* stem(std::optional<Color> tint) {
+  if (!tint) return "mask";
+  switch (*tint) {
+    case Color::systemRed:
+      return "red";
+    case Color::systemGreen:
+      return "green";
+    case Color::black:
+      break;
+  }
+  return "black";
+}
+
 }  // namespace
 
 Image LuchadorArt::menuBarImage(bool muted, bool connected, std::optional<Color> tint) {
@@ -91,10 +105,11 @@ Image LuchadorArt::menuBarImage(bool muted, bool connected, std::optional<Color>
   image.height = 18;
   image.flipped = true;
   image.isTemplate = !tint;
-  if (image.isTemplate) {
-    image.name = std::string(bundleIdentifier) + (muted ? "-muted" : "") +
-                 (connected ? "" : "-disconnected");
-  }
+  // Icon themes shorten a name that they don't find at its last dash, and some look for the colour
+  // version of a symbolic icon first. So no name may be shortened to that of another picture, such
+  // as the application's icon or that of another tint.
+  image.name = std::string(bundleIdentifier) + '.' + stem(tint) + (muted ? "-muted" : "") +
+               (connected ? "" : "-disconnected");
   image.draw = [muted, connected, color = tint.value_or(Color::black)](Canvas* canvas) {
     if (!canvas) return false;
     canvas->scale(scale, scale);

@@ -17,8 +17,8 @@ struct Image {
   bool flipped = false;
   /// Whether only the opacity counts, and the menu bar chooses the colour to suit its background.
   bool isTemplate = false;
-  /// The name of the same picture among installed icons, for a menu bar that shows icons by name;
-  /// empty for a picture that has none.
+  /// The name of the same picture among installed icons, for a menu bar that shows icons by name.
+  /// Not every picture with a name is installed. Empty for a picture that has none.
   std::string name = {};
   /// Draws on the canvas. Returns false, without drawing, if `canvas` is null. Captures values
   /// only, so it may be called at any later time.

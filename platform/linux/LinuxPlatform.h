@@ -18,7 +18,7 @@ namespace hushbox {
 
 /// All Linux adapters, and the platform in scope for as long as this lives. Main thread only.
 struct LinuxPlatform {
-  /// `bus` and `log` must outlive this. `iconFolder` is the folder of icon themes with the symbolic
+  /// `bus` and `log` must outlive this. `iconFolder` is the folder of icon themes with the item's
   /// icons.
   LinuxPlatform(SessionBusConnection& bus, UnifiedLog& log, ChildProcessRules rules = {},
                 const std::filesystem::path& iconFolder = {})

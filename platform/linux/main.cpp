@@ -25,7 +25,7 @@ std::string powerReport() {
                        "power-report/hushbox-power-report");
 }
 
-/// The folder of icon themes with the symbolic icons of the item.
+/// The folder of icon themes with the item's icons.
 std::filesystem::path iconFolder() {
   return partOfProgram(HUSHBOX_ICONS_FROM_BIN, HUSHBOX_BUILT_ICONS);
 }

@@ -45,15 +45,16 @@ TEST(LuchadorArtTest, IsATemplateOnlyWithoutATint) {
   EXPECT_FALSE(LuchadorArt::menuBarImage(false, true, Color::black).isTemplate);
 }
 
-TEST(LuchadorArtTest, TemplateHasANameForEachState) {
-  const auto name = [](bool muted, bool connected) {
-    return LuchadorArt::menuBarImage(muted, connected, std::nullopt).name;
+TEST(LuchadorArtTest, EachStateHasItsName) {
+  const auto name = [](bool muted, bool connected, std::optional<Color> tint = {}) {
+    return LuchadorArt::menuBarImage(muted, connected, tint).name;
   };
-  EXPECT_EQ(name(false, true), "org.hushbox.Hushbox");
-  EXPECT_EQ(name(true, true), "org.hushbox.Hushbox-muted");
-  EXPECT_EQ(name(false, false), "org.hushbox.Hushbox-disconnected");
-  EXPECT_EQ(name(true, false), "org.hushbox.Hushbox-muted-disconnected");
-  EXPECT_EQ(LuchadorArt::menuBarImage(true, true, Color::systemRed).name, "");
+  EXPECT_EQ(name(false, true), "org.hushbox.Hushbox.mask");
+  EXPECT_EQ(name(true, true), "org.hushbox.Hushbox.mask-muted");
+  EXPECT_EQ(name(false, false), "org.hushbox.Hushbox.mask-disconnected");
+  EXPECT_EQ(name(true, false), "org.hushbox.Hushbox.mask-muted-disconnected");
+  EXPECT_EQ(name(false, true, Color::systemGreen), "org.hushbox.Hushbox.green");
+  EXPECT_EQ(name(true, true, Color::systemRed), "org.hushbox.Hushbox.red-muted");
 }
 
 TEST(LuchadorArtTest, MaskHasFourHolesByTheEvenOddRule) {

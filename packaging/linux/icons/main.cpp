@@ -1,5 +1,6 @@
-// Draws the icons of a Linux installation from the mask of the menu bar: the application's icon,
-// and a symbolic icon for each state that has no colour of its own.
+// Draws the icons of a Linux installation from the mask of the menu bar: the application's icon and
+// its symbolic version, a symbolic icon for each state that has no colour of its own, and a
+// coloured icon for each of the others.
 //
 //   hushbox-icons FOLDER     FOLDER is a folder of themes, such as share/icons
 
@@ -8,9 +9,11 @@
 #include <fstream>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "app/LuchadorArt.h"
 #include "packaging/linux/icons/SvgCanvas.h"
+#include "platform/linux/menubar/Rgb.h"
 
 namespace hushbox {
 namespace {
@@ -21,7 +24,7 @@ std::string header(const std::string& size, const std::string& view) {
 }
 
 /// The outlines of a square image, drawn at that size.
-std::string paths(const Image& image, double size, const char* attributes) {
+std::string paths(const Image& image, double size, const std::string& attributes) {
   SvgCanvas canvas;
   canvas.scale(size / image.width, size / image.height);
   image.draw(&canvas);
@@ -38,9 +41,15 @@ std::string symbolic(const Image& image) {
          paths(image, 100, "class=\"ColorScheme-Text\" style=\"fill:currentColor\"") + "</svg>\n";
 }
 
+std::string coloured(const Image& image, Color color) {
+  const Rgb rgb = rgbOf(color);
+  char fill[32];
+  std::snprintf(fill, sizeof fill, "fill=\"#%02x%02x%02x\"", rgb.red, rgb.green, rgb.blue);
+  return header("16", "100") + paths(image, 100, fill) + "</svg>\n";
+}
+
 /// The mask on a dark tile.
-std::string application() {
-  const Image image = LuchadorArt::menuBarImage(false, true, std::nullopt);
+std::string application(const Image& image) {
   return header("128", "128") +
          "  <rect x=\"8\" y=\"8\" width=\"112\" height=\"112\" rx=\"25\" fill=\"#2b2d42\"/>\n"
          "  <g transform=\"translate(22 22)\">\n" +
@@ -58,13 +67,21 @@ bool write(const std::filesystem::path& file, const std::string& text) {
 
 int writeAll(const std::filesystem::path& themes) {
   const auto theme = themes / "hicolor";
-  bool written = write(theme / "scalable/apps/org.hushbox.Hushbox.svg", application());
+  const Image mask = LuchadorArt::menuBarImage(false, true, std::nullopt);
+  bool written = write(theme / "scalable/apps/org.hushbox.Hushbox.svg", application(mask));
+  written &= write(theme / "symbolic/apps/org.hushbox.Hushbox-symbolic.svg", symbolic(mask));
   for (const bool muted : {false, true}) {
     for (const bool connected : {false, true}) {
       const Image image = LuchadorArt::menuBarImage(muted, connected, std::nullopt);
       const std::string name = image.name + "-symbolic.svg";
       written &= write(theme / "symbolic/apps" / name, symbolic(image));
     }
+  }
+  // A call that is live, and one that is muted.
+  for (const auto& [muted, color] :
+       {std::pair(false, Color::systemGreen), {true, Color::systemRed}}) {
+    const Image image = LuchadorArt::menuBarImage(muted, true, color);
+    written &= write(theme / "scalable/apps" / (image.name + ".svg"), coloured(image, color));
   }
   return written ? 0 : 1;
 }

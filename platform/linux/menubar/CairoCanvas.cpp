@@ -1,5 +1,7 @@
 #include "platform/linux/menubar/CairoCanvas.h"
 
+#include "platform/linux/menubar/Rgb.h"
+
 #include <cstddef>
 
 namespace hushbox {
@@ -71,20 +73,8 @@ void CairoCanvas::stroke(const Path& path) {
 }
 
 void CairoCanvas::setSource(Color color) {
-  const auto set = [this](int red, int green, int blue) {
-    cairo_set_source_rgba(context_, red / 255.0, green / 255.0, blue / 255.0, alpha_);
-  };
-  switch (color) {
-    case Color::black:
-      set(0x00, 0x00, 0x00);
-      break;
-    case Color::systemRed:
-      set(0xed, 0x33, 0x3b);
-      break;
-    case Color::systemGreen:
-      set(0x26, 0xa2, 0x69);
-      break;
-  }
+  const auto [red, green, blue] = rgbOf(color);
+  cairo_set_source_rgba(context_, red / 255.0, green / 255.0, blue / 255.0, alpha_);
 }
 
 }  // namespace hushbox

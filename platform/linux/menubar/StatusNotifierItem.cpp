@@ -80,17 +80,26 @@ void StatusNotifierItem::setIcon(const Image& icon, const std::string& descripti
 void StatusNotifierItem::setPanelTone(PanelTone tone, bool recolours) {
   tone_ = tone;
   panelRecolours_ = recolours;
+  renderAndSignal();
+}
+
+void StatusNotifierItem::setNeedsNames(bool needsNames) {
+  needsNames_ = needsNames;
+  renderAndSignal();
+}
+
+void StatusNotifierItem::renderAndSignal() {
   if (icon_ && render() && object_) object_->emit("NewIcon");
 }
 
 std::string StatusNotifierItem::chooseName() const {
-  if (!icon_->isTemplate || icon_->name.empty() || iconFolder_.empty()) return {};
-  if (tone_ != PanelTone::unknown && !panelRecolours_) return {};
-  const std::string name = icon_->name + "-symbolic";
+  const bool suitsPanel = icon_->isTemplate && (tone_ == PanelTone::unknown || panelRecolours_);
+  if (!(suitsPanel || needsNames_) || icon_->name.empty() || iconFolder_.empty()) return {};
+  const std::string name = icon_->name + (icon_->isTemplate ? "-symbolic" : "");
+  const auto folder = iconFolder_ / "hicolor" / (icon_->isTemplate ? "symbolic" : "scalable");
   std::error_code error;
   // An uninstalled program may still run.
-  const auto file = iconFolder_ / "hicolor/symbolic/apps" / (name + ".svg");
-  return std::filesystem::exists(file, error) ? name : std::string();
+  return std::filesystem::exists(folder / "apps" / (name + ".svg"), error) ? name : std::string();
 }
 
 bool StatusNotifierItem::render() {

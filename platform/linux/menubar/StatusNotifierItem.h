@@ -25,7 +25,8 @@ namespace hushbox {
 /// A template icon is shown by name (`IconName`) if a symbolic icon of that name is installed:
 /// most panels recolour symbolic icons like those beside them. Pixels are sent as well, for panels
 /// that don't find the name. Only pixels are sent for icons with a colour of their own, and where
-/// the panel's tone is known but not that it recolours icons.
+/// the panel's tone is known but not that it recolours icons. To a panel that needs names, every
+/// icon is sent by name if it is installed.
 ///
 /// Once it has an icon, the item registers with the watcher (`org.kde.StatusNotifierWatcher`), and
 /// again each time that a watcher appears.
@@ -39,8 +40,8 @@ class StatusNotifierItem {
   static constexpr const char* path = "/StatusNotifierItem";
 
   /// Calls `refused` with the reason when a watcher refuses the item. `bus` must outlive this.
-  /// `iconFolder` is the folder of icon themes whose hicolor theme has the symbolic icons; if it is
-  /// empty, only pixels are sent.
+  /// `iconFolder` is the folder of icon themes whose hicolor theme has the icons; if it is empty,
+  /// only pixels are sent.
   StatusNotifierItem(SessionBusConnection& bus,
                      std::function<void(const std::string& reason)> refused,
                      std::filesystem::path iconFolder);
@@ -63,16 +64,20 @@ class StatusNotifierItem {
   /// symbolic icons by itself. The tone is unknown until this is called.
   void setPanelTone(PanelTone tone, bool recolours);
 
+  /// Whether the panel shows icons by name only; false until this is called.
+  void setNeedsNames(bool needsNames);
+
  private:
   static const GDBusInterfaceVTable vtable;
 
   GVariant* property(const std::string& name) const;
   GVariant* pixmaps() const;
   GVariant* toolTip() const;
-  /// The name of the symbolic icon to show; empty for none.
+  /// The name of the icon to show; empty for none.
   std::string chooseName() const;
   /// Chooses the name and renders the icon in all sizes; returns whether anything has changed.
   bool render();
+  void renderAndSignal();
   /// Takes over the invocation.
   void activate(const std::string& caller, GDBusMethodInvocation* invocation) const;
   void watchForWatcher();
@@ -94,6 +99,7 @@ class StatusNotifierItem {
   std::string description_;
   PanelTone tone_ = PanelTone::unknown;
   bool panelRecolours_ = false;
+  bool needsNames_ = false;
   Lifetime lifetime_;
 };
 

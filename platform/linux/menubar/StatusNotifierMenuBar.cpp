@@ -58,6 +58,7 @@ void StatusNotifierMenuBar::setRows(std::vector<MenuRow> rows) {
 void StatusNotifierMenuBar::connected(GDBusConnection* connection) {
   theme_.emplace(currentDesktop(), [this] { guessPanel(); });
   guessPanel();
+  indicators_.emplace(bus_, connection, [this](bool isWatcher) { item_.setNeedsNames(isWatcher); });
   // The menu first: a panel looks for it as soon as it sees the item.
   menu_.exportOn(connection);
   item_.exportOn(connection);
@@ -70,6 +71,8 @@ void StatusNotifierMenuBar::connected(GDBusConnection* connection) {
 void StatusNotifierMenuBar::lost(const std::string& reason) {
   colorScheme_.reset();
   theme_.reset();
+  indicators_.reset();
+  item_.setNeedsNames(false);
   item_.withdraw();
   menu_.withdraw();
   reportAbsence("There is no session bus (" + reason + ")");

@@ -13,6 +13,7 @@
 #include "platform/linux/bus/SessionBusConnection.h"
 #include "platform/linux/menubar/ColorSchemeSetting.h"
 #include "platform/linux/menubar/DBusMenu.h"
+#include "platform/linux/menubar/IndicatorService.h"
 #include "platform/linux/menubar/PanelTheme.h"
 #include "platform/linux/menubar/StatusNotifierItem.h"
 
@@ -30,8 +31,7 @@ class StatusNotifierMenuBar final : public MenuBar {
   /// is none.
   static constexpr std::chrono::milliseconds panelTimeout{10'000};
 
-  /// `bus` and `log` must outlive this. `iconFolder` has the symbolic icons; see
-  /// StatusNotifierItem.
+  /// `bus` and `log` must outlive this. `iconFolder` has the icons; see StatusNotifierItem.
   StatusNotifierMenuBar(SessionBusConnection& bus, UnifiedLog& log,
                         std::chrono::milliseconds timeout = panelTimeout,
                         const std::filesystem::path& iconFolder = {});
@@ -56,6 +56,7 @@ class StatusNotifierMenuBar final : public MenuBar {
   StatusNotifierItem item_;
   ColorScheme preferred_ = ColorScheme::noPreference;
   std::optional<ColorSchemeSetting> colorScheme_;
+  std::optional<IndicatorService> indicators_;
   std::optional<PanelTheme> theme_;
   Subscription busSubscription_;
 };

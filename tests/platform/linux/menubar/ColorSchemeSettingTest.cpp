@@ -140,12 +140,12 @@ TEST_F(ColorSchemeSettingTest, NamedIconIsForPanelsThatRecolourItOrWhoseToneIsUn
   const rehearsal::ScratchFolder icons;
   const auto folder = icons.path() / "hicolor/symbolic/apps";
   std::filesystem::create_directories(folder);
-  std::ofstream(folder / "org.hushbox.Hushbox-symbolic.svg") << "<svg/>";
+  std::ofstream(folder / "org.hushbox.Hushbox.mask-symbolic.svg") << "<svg/>";
   ScopedEnvironment environment;
   for (const char* desktop : {"KDE", "Budgie"}) {
     environment.set("XDG_CURRENT_DESKTOP", desktop);
     start(icons.path());
-    EXPECT_THAT(ofItem("IconName").text(), HasSubstr("Hushbox-symbolic")) << desktop;
+    EXPECT_THAT(ofItem("IconName").text(), HasSubstr("Hushbox.mask-symbolic")) << desktop;
     const Portal portal(session_.busAddress(), g_variant_new_uint32(1));
     EXPECT_TRUE(iconBecomes(PanelTone::dark));
     EXPECT_EQ(ofItem("IconName").text() == "''", std::string_view(desktop) == "Budgie");

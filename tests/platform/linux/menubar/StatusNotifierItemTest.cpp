@@ -106,14 +106,14 @@ TEST_F(StatusNotifierItemTest, TemplateIsShownByNameWhereItsIconIsInstalled) {
   const rehearsal::ScratchFolder icons;
   const auto folder = icons.path() / "hicolor/symbolic/apps";
   std::filesystem::create_directories(folder);
-  std::ofstream(folder / "org.hushbox.Hushbox-symbolic.svg") << "<svg/>";
-  std::ofstream(folder / "org.hushbox.Hushbox-muted-symbolic.svg") << "<svg/>";
+  std::ofstream(folder / "org.hushbox.Hushbox.mask-symbolic.svg") << "<svg/>";
+  std::ofstream(folder / "org.hushbox.Hushbox.mask-muted-symbolic.svg") << "<svg/>";
   start(icons.path());
   EXPECT_EQ(ofItem("IconThemePath").text(), "'" + icons.path().string() + "'");
-  EXPECT_EQ(ofItem("IconName").text(), "'org.hushbox.Hushbox-symbolic'");
+  EXPECT_EQ(ofItem("IconName").text(), "'org.hushbox.Hushbox.mask-symbolic'");
   menuBar_->setIcon(icon({}, true), "Not on a call");
   EXPECT_THAT(client_->takeSignals(), ElementsAre("NewIcon"));
-  EXPECT_EQ(ofItem("IconName").text(), "'org.hushbox.Hushbox-muted-symbolic'");
+  EXPECT_EQ(ofItem("IconName").text(), "'org.hushbox.Hushbox.mask-muted-symbolic'");
   // Panels that don't find the name show the pixels.
   EXPECT_EQ(pixmaps().front(), IconPixmap::render(icon({}, true), 16, PanelTone::unknown));
   menuBar_->setIcon(icon(Color::systemRed, true), "Not on a call");
