@@ -57,7 +57,9 @@ LabelRefresher::Probe LabelRefresher::addProbe(CallBatch& batch, const TeamsDocu
   const auto aheadAge = Clock::now() - page.refreshedAheadAt;
   probe.wasRefreshed = age <= maxRefreshAge;
   probe.isCurrent = !page.isDrawn && aheadAge >= settlingTime() && aheadAge <= maxLabelAge;
-  if (page.isDrawn ? age >= minRefreshInterval : !probe.isCurrent)
+  // Of a page being drawn the labels are current without it, so the replies do not wait for it.
+  probe.refreshAfterwards = page.isDrawn && age >= minRefreshInterval;
+  if (!page.isDrawn && !probe.isCurrent)
     probe.refresh = batch.add(atspi_calls::refreshLabels(document.object, bus_.timeout()));
   probe.properties = batch.add(atspi_calls::allProperties(document.object, bus_.timeout()));
   return probe;
@@ -73,6 +75,7 @@ void LabelRefresher::readProbes(const CallBatch& batch, const std::vector<Probe>
     page.wasCurrent = probe.isCurrent;
     if (probe.refresh && batch[*probe.refresh].outcome != BusReply::Outcome::timedOut)
       page.refreshRequestedAt = batch.repliedAt();
+    if (probe.refreshAfterwards) postRefresh(probe.document, page);
     if (probe.properties) readParent(batch[*probe.properties], page);
     const bool isInPlace = page.parent == page.parentOfWindow;
     page.isDrawn = isComposited && probe.wasRefreshed && isInPlace && probe.windowStates &&
@@ -153,8 +156,14 @@ void LabelRefresher::refreshAhead() {
   timer_ = 0;
   const auto found = pages_.find(nextRefreshed_);
   if (found == pages_.end()) return;
-  if (!bus_.post(atspi_calls::refreshLabels(nextRefreshed_, CallBudget::minTimeout))) return;
-  found->second.refreshRequestedAt = found->second.refreshedAheadAt = Clock::now();
+  if (postRefresh(nextRefreshed_, found->second))
+    found->second.refreshedAheadAt = found->second.refreshRequestedAt;
+}
+
+bool LabelRefresher::postRefresh(const BusObject& document, Page& page) {
+  if (!bus_.post(atspi_calls::refreshLabels(document, CallBudget::minTimeout))) return false;
+  page.refreshRequestedAt = Clock::now();
+  return true;
 }
 
 void LabelRefresher::probe(const TeamsDocument& document) {

@@ -55,6 +55,8 @@ class LabelRefresher {
   struct Probe {
     BusObject document;
     std::optional<CallBatch::Ticket> refresh{};
+    /// Whether to request a refresh once the replies are there.
+    bool refreshAfterwards = false;
     /// Whether a refresh ahead of the poll had brought the labels up to date.
     bool isCurrent = false;
     /// Whether a refresh had been requested within `maxRefreshAge`.
@@ -116,6 +118,8 @@ class LabelRefresher {
   /// Has the document refreshed ahead of the next poll.
   void scheduleRefresh(const BusObject& document);
   void refreshAhead();
+  /// Requests a refresh without waiting for the reply. Returns whether it could be requested.
+  bool postRefresh(const BusObject& document, Page& page);
 
   Probe addProbe(CallBatch& batch, const TeamsDocument& document);
   void probe(const TeamsDocument& document);
