@@ -104,16 +104,19 @@ void TeamsApplication::confirm(const std::vector<TeamsDocumentRef>& candidates) 
   std::set<TeamsDocumentRef> present = belonging(batch, probes);
 
   CallBatch doubtful;
-  probes.clear();
+  Probes again;
+  for (const TeamsDocuments::Probe& probe : probes)
+    if (probe.document->nameDecides && !probe.name)
+      again.push_back(documents_.addProbe(doubtful, probe.document));
   for (const TeamsDocumentRef& document : candidates) {
     if (!mayBeShown(document)) continue;
     if (control_.wasThere(snapshotBegan_))
       present.insert(document);
     else
-      probes.push_back(documents_.addProbe(doubtful, document));
+      again.push_back(documents_.addProbe(doubtful, document));
   }
   bus_.send(doubtful);
-  present.merge(belonging(doubtful, probes));
+  present.merge(belonging(doubtful, again));
   keep(candidates, present);
 }
 

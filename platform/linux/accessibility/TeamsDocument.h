@@ -22,6 +22,9 @@ struct TeamsDocument {
   /// refresh them: see LabelRefresher.
   bool labelsLag = false;
   Evidence evidence = Evidence::title;
+  /// Whether its name decides: its browser reports neither an address nor a title among its
+  /// attributes.
+  bool nameDecides = false;
 };
 
 using TeamsDocumentRef = std::shared_ptr<TeamsDocument>;

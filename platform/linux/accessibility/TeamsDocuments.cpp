@@ -15,12 +15,15 @@ namespace {
 
 using Evidence = TeamsDocument::Evidence;
 
-/// Why the document belongs to Teams; nullopt if it does not.
-std::optional<Evidence> evidenceFor(const TeamsDocument& document, GVariant* attributes,
-                                    const std::string& title) {
+std::string addressIn(GVariant* attributes) {
   // The first key is that of Chromium and WebKit, the second that of Gecko.
-  std::string address = atspi_value::text(attributes, "URI");
-  if (address.empty()) address = atspi_value::text(attributes, "DocURL");
+  const std::string address = atspi_value::text(attributes, "URI");
+  return address.empty() ? atspi_value::text(attributes, "DocURL") : address;
+}
+
+/// Why the document belongs to Teams; nullopt if it does not.
+std::optional<Evidence> evidenceFor(const TeamsDocument& document, const std::string& address,
+                                    const std::string& title) {
   if (teams_signs::isAddress(address)) return Evidence::address;
   if (document.inClient) return Evidence::client;
   // Any page can have a title of Teams, so where there is an address, that decides.
@@ -75,8 +78,7 @@ TeamsDocuments::Probe TeamsDocuments::addProbe(CallBatch& batch,
     return {document, batch.add(atspi_calls::role(object, bus_.timeout())), std::nullopt};
   Probe probe{document, batch.add(atspi_calls::documentAttributes(object, bus_.timeout())),
               std::nullopt};
-  // A document that had an address of Teams needs no title.
-  if (document->evidence != Evidence::address)
+  if (document->nameDecides)
     probe.name =
         batch.add(atspi_calls::property(object, atspi_calls::accessible, "Name", bus_.timeout()));
   return probe;
@@ -90,9 +92,13 @@ bool TeamsDocuments::belongsToTeams(const CallBatch& batch, const Probe& probe) 
   // An object that has been destroyed still answers: with an invalid role, or without attributes.
   if (!probe.document->isDocument) return g_variant_get_uint32(value.get()) != atspi_role::invalid;
   if (g_variant_n_children(value.get()) == 0) return false;
-  std::string title;
+  const std::string address = addressIn(value.get());
+  const VariantPointer titleThere(
+      g_variant_lookup_value(value.get(), "Title", G_VARIANT_TYPE_STRING));
+  probe.document->nameDecides = address.empty() && !titleThere && !probe.document->inClient;
+  std::string title = atspi_value::text(value.get(), "Title");
   if (probe.name && batch[*probe.name]) title = atspi_value::text(batch[*probe.name].value.get());
-  const auto evidence = evidenceFor(*probe.document, value.get(), title);
+  const auto evidence = evidenceFor(*probe.document, address, title);
   if (evidence) probe.document->evidence = *evidence;
   return evidence.has_value();
 }

@@ -51,7 +51,8 @@ class TeamsDocuments {
   /// it, and its documents appear a moment later.
   bool hasFallenAsleep() const { return hasFallenAsleep_; }
 
-  /// Adds the calls that probe the document.
+  /// Adds the calls that probe the document. They include its name only if that is known to decide,
+  /// as after a probe without it.
   Probe addProbe(CallBatch& batch, const TeamsDocumentRef& document) const;
 
   /// Whether the probed document belongs to Teams and is there. A document that was kept stays

@@ -58,6 +58,15 @@ TEST_F(TeamsDocumentsTest, TitleCountsWhereTheBrowserReportsNoAddress) {
   EXPECT_EQ(reader_.read(), label);
 }
 
+TEST_F(TeamsDocumentsTest, TitleAmongTheAttributesCountsToo) {
+  const auto titled = browser({{"/b", button(label)}}, {});
+  titled->put("/document",
+              {.role = 95,
+               .documentAttributes = {{"URI", ""}, {"Title", "Calls | Microsoft Teams"}},
+               .children = {"/b"}});
+  EXPECT_EQ(reader_.read(), label);
+}
+
 TEST_F(TeamsDocumentsTest, AddressesComeBeforeTitles) {
   const auto titled =
       browser({{"/b", button("Mute mic of a fake")}}, {}, "Calls | Microsoft Teams");
