@@ -65,6 +65,8 @@ struct LowercaseRange {
 /// Returns the range of a sorted table that contains `codePoint`, or null.
 template <typename Range, std::size_t size>
 const Range* find(const Range (&ranges)[size], char32_t codePoint) {
+  // Most text is ASCII, which most tables lie beyond.
+  if (codePoint < ranges[0].first) return nullptr;
   const Range* range =
       std::lower_bound(std::begin(ranges), std::end(ranges), codePoint,
                        [](const Range& r, char32_t value) { return r.last < value; });
@@ -84,6 +86,7 @@ bool isHangulSyllable(char32_t codePoint) {
 }
 
 GraphemeBreak graphemeBreak(char32_t codePoint) {
+  if (codePoint >= 0x20 && codePoint < 0x7F) return B::Other;
   if (isHangulSyllable(codePoint)) {
     return (codePoint - hangulFirst) % hangulTrailingCount == 0 ? B::LV : B::LVT;
   }
@@ -125,6 +128,10 @@ std::uint8_t combiningClass(char32_t codePoint) {
 }
 
 void appendDecomposed(std::vector<Mark>& marks, char32_t codePoint) {
+  if (codePoint < 0x80) {
+    marks.push_back({codePoint, 0});
+    return;
+  }
   if (isHangulSyllable(codePoint)) {
     const char32_t index = codePoint - hangulFirst;
     const char32_t trailing = index % hangulTrailingCount;

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/linux/menubar/DBusMenu.h"
 #include "tests/fuzz/FuzzedValue.h"
@@ -33,6 +34,7 @@ class Desk {
   }
 
   void setRows(unsigned shape) {
+    if (std::exchange(shape_, shape) == shape) return;
     std::vector<MenuRow> rows;
     for (unsigned i = 0; i < 8; ++i) {
       if ((shape >> i & 1U) == 0) continue;
@@ -70,6 +72,7 @@ class Desk {
   GDBusConnection* program_ = nullptr;
   GDBusConnection* panel_ = nullptr;
   DBusMenu menu_;
+  unsigned shape_ = 0;
   int chosen_ = 0;
 };
 
