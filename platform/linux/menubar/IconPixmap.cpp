@@ -96,10 +96,9 @@ class Disc {
     double part;
   };
 
-  explicit Disc(double radius) {
-    const int reach = static_cast<int>(std::ceil(radius));
-    for (int dy = -reach; dy <= reach; ++dy) {
-      for (int dx = -reach; dx <= reach; ++dx) {
+  explicit Disc(double radius) : reach_(static_cast<int>(std::ceil(radius))) {
+    for (int dy = -reach_; dy <= reach_; ++dy) {
+      for (int dx = -reach_; dx <= reach_; ++dx) {
         const double part = std::clamp(radius + 0.5 - std::hypot(dx, dy), 0.0, 1.0);
         if (part > 0) covers_.push_back({dx, dy, part});
       }
@@ -107,25 +106,28 @@ class Disc {
   }
 
   const std::vector<Cover>& covers() const { return covers_; }
+  /// No pixel that it covers is further away, in either direction.
+  int reach() const { return reach_; }
 
  private:
+  int reach_;
   std::vector<Cover> covers_;
 };
 
-/// Opacities from 0 to 1; transparent outside the square.
+/// Opacities from 0 to 1, with a transparent margin on each side.
 class AlphaMap {
  public:
-  AlphaMap(const std::vector<std::uint8_t>& argb, int size) : size_(size) {
-    for (std::size_t i = 0; i < argb.size(); i += 4) values_.push_back(argb[i] / 255.0);
+  AlphaMap(const std::vector<std::uint8_t>& argb, int size, int margin)
+      : margin_(margin), stride_(size + 2 * margin) {
+    values_.resize(static_cast<std::size_t>(stride_) * static_cast<std::size_t>(stride_));
+    auto alpha = argb.begin();
+    for (int y = 0; y < size; ++y)
+      for (int x = 0; x < size; ++x, alpha += 4) values_[index(x, y)] = *alpha / 255.0;
   }
 
-  double at(int x, int y) const {
-    if (x < 0 || y < 0 || x >= size_ || y >= size_) return 0;
-    return values_[static_cast<std::size_t>(y) * static_cast<std::size_t>(size_) +
-                   static_cast<std::size_t>(x)];
-  }
+  double at(int x, int y) const { return values_[index(x, y)]; }
 
-  /// The greatest opacity under a disc around (x, y).
+  /// The greatest opacity under a disc around (x, y), which reaches no further than the margin.
   double grown(int x, int y, const Disc& disc) const {
     double max = 0;
     for (const Disc::Cover& cover : disc.covers())
@@ -134,23 +136,31 @@ class AlphaMap {
   }
 
  private:
-  int size_;
+  std::size_t index(int x, int y) const {
+    return static_cast<std::size_t>((y + margin_) * stride_ + x + margin_);
+  }
+
+  int margin_;
+  int stride_;
   std::vector<double> values_;
 };
 
+/// Rounds a value from 0 to 255.
 std::uint8_t toByte(double value) {
-  return static_cast<std::uint8_t>(std::lround(value));
+  return static_cast<std::uint8_t>(value + 0.5);
 }
 
 /// Fills the shape and draws an edge around it.
 void recolour(std::vector<std::uint8_t>& argb, int size, const Colouring& colouring) {
-  const AlphaMap shape(argb, size);
   const Disc edge(edgeWidth(size));
+  const AlphaMap shape(argb, size, edge.reach());
   auto byte = argb.begin();
   for (int y = 0; y < size; ++y) {
     for (int x = 0; x < size; ++x) {
       const double inner = shape.at(x, y);
-      const double outer = std::max(shape.grown(x, y, edge) - inner, 0.0) * colouring.edgeOpacity;
+      // Inside the shape there is no room for the edge.
+      const double outer =
+          inner < 1 ? std::max(shape.grown(x, y, edge) - inner, 0.0) * colouring.edgeOpacity : 0;
       const double alpha = inner + outer;
       const auto mix = [&](std::uint8_t fill, std::uint8_t border) {
         return alpha > 0 ? toByte((fill * inner + border * outer) / alpha) : std::uint8_t{0};
