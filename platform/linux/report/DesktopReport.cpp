@@ -65,10 +65,6 @@ std::optional<std::string> ownerOf(SessionBusConnection& bus, const char* name) 
   return path.empty() ? "an unknown program" : text::escapedForTerminal(path.string());
 }
 
-std::string fileName(const std::string& path) {
-  return std::filesystem::path(path).filename();
-}
-
 std::string hostLine(SessionBusConnection& bus) {
   const auto owner = ownerOf(bus, watcher);
   if (!owner) return "Panel: none shows status items; GNOME needs its AppIndicator extension";
@@ -87,7 +83,7 @@ std::string hostLine(SessionBusConnection& bus) {
     if (g_variant_is_of_type(list, G_VARIANT_TYPE_STRING_ARRAY))
       items = std::to_string(g_variant_n_children(list));
   }
-  return "Panel: status items belong to " + fileName(*owner) + ", which shows " + items;
+  return "Panel: status items belong to " + withoutHome(*owner) + ", which shows " + items;
 }
 
 std::string notificationLine(SessionBusConnection& bus) {

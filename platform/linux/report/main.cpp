@@ -27,7 +27,8 @@ void print(const ReportLines& lines) {
 
 void report() {
   const std::string program = partOfProgram("hushbox", "../hushbox");
-  print({std::string("Hushbox " HUSHBOX_VERSION ", ") + HUSHBOX_BUILD + " build, " + __VERSION__,
+  print({std::string("Hushbox " HUSHBOX_VERSION ", ") + HUSHBOX_BUILD + " build, compiler " +
+             __VERSION__,
          "Program: " + withoutHome(program)});
   print(desktopReport(program));
   print(soundReport());
