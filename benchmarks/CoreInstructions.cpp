@@ -1,7 +1,7 @@
 // core_instructions SUBJECT N [DEVICES]: does something N times on the simulated desk, once that is
 // warm, and prints how many blocks of memory were not freed. script/bench runs it under callgrind,
-// which counts the instructions and allocations in hushboxMeasured() only.
-// DEVICES other microphones are plugged in.
+// which counts the instructions and allocations in hushboxMeasured() only. SUBJECT "unchanged"
+// counts something else: see countRedraws(). DEVICES other microphones are plugged in.
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,8 +10,10 @@
 #include <new>
 #include <string>
 
+#include "app/HushboxApp.h"
 #include "battery/BatteryReading.h"
 #include "benchmarks/PressCycle.h"
+#include "support/ChangePublisher.h"
 #include "support/Text.h"
 
 namespace {
@@ -54,6 +56,23 @@ std::string longReport() {
   return report + " -Jabra Speak2 75 (id=34)\t62%; discharging; present: true\n";
 }
 
+/// Prints how many announcements the program makes in a time in which nothing changes, and how
+/// often it shows its icon or menu again.
+int countRedraws(int seconds) {
+  SimulatedDesk desk;
+  desk.plugSpeakerphone();
+  HushboxApp app;
+  app.buildScene();
+  desk.advance(TimeInterval{5});
+  const std::size_t shown = desk.journal.callCount("menu");
+  const std::size_t announced = ChangePublisher::announcementCount();
+  // Without a call each poll announces that Teams' state is unknown, as it was before.
+  desk.advance(TimeInterval{static_cast<double>(seconds)});
+  std::printf("announcements %zu\n", ChangePublisher::announcementCount() - announced);
+  std::printf("redraws %zu\n", desk.journal.callCount("menu") - shown);
+  return 0;
+}
+
 int measure(const std::string& subject, int rounds, std::size_t devices) {
   PressCycle cycle;
   cycle.plugOthers(devices);
@@ -94,5 +113,6 @@ int main(int argc, char** argv) {
     return 2;
   }
   const long devices = argc == 4 ? std::atol(argv[3]) : 0;
+  if (argv[1] == std::string("unchanged")) return hushbox::countRedraws(std::atoi(argv[2]));
   return hushbox::measure(argv[1], std::atoi(argv[2]), static_cast<std::size_t>(devices));
 }

@@ -1,19 +1,18 @@
 // first_look REPEATS: what it takes to find Teams' microphone button for the first time, by the
 // number of elements in the page and by where the button is. A script on pyatspi, a program on
-// libatspi and one on sequential D-Bus calls take turns. Each sample has new programs.
+// libatspi and one on sequential D-Bus calls take turns. In Chromium, then in Firefox.
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "benchmarks/Baseline.h"
+#include "benchmarks/LookSamples.h"
 #include "benchmarks/RunBenchmark.h"
 #include "benchmarks/TeamsReader.h"
+#include "rehearsal/Programs.h"
 #include "tests/platform/linux/fixtures/AccessibleProgram.h"
 
 namespace hushbox {
@@ -23,7 +22,6 @@ using rehearsal::Desk;
 using rehearsal::letPass;
 using rehearsal::MeetingPage;
 using rehearsal::Milliseconds;
-using Statistic = Result::Goal::Statistic;
 
 constexpr int largest = 39'000;
 constexpr Milliseconds settlingTime{1000};
@@ -42,108 +40,66 @@ const char* nameOf(Place place) {
   return "no button";
 }
 
-/// The processor time of the browser's main thread so far, in milliseconds. While that thread
-/// serves a search, it does not serve the browser's windows.
-double mainThreadTime(pid_t browser) {
-  std::ifstream file("/proc/" + std::to_string(browser) + "/task/" + std::to_string(browser) +
-                     "/schedstat");
-  double nanoseconds = 0;
-  file >> nanoseconds;
-  return nanoseconds / 1e6;
-}
-
-/// One kind of page, with the samples of every program that searched it.
+/// A meeting page in the desk's browser.
 class Search {
  public:
   Search(Desk& desk, int elements, Place place)
-      : desk_(desk),
-        elements_(elements),
+      : elements_(elements),
         place_(place),
         meeting_(desk.browser(), MeetingPage::Options{.extraElements = elements,
-                                                      .controlsLast = place == Place::Late}) {
+                                                      .controlsLast = place == Place::Late}),
+        samples_(desk.session(), desk.browser().pid(), place != Place::Absent) {
     // The first search makes the browser present its page, which takes seconds for a large one.
     TeamsReader().awaitTeams();
     if (place_ == Place::Absent) meeting_.leaveCall();
     letPass(settlingTime);
   }
+  ~Search() { meeting_.close(); }
 
   void run(int repeats) {
-    for (int i = 0; i < repeats; ++i) {
-      lookWithHushbox();
-      look(Baseline::pyatspiName, Baseline::pyatspi(desk_.session()));
-      look(Baseline::libatspiName, Baseline::libatspi(desk_.session()));
-      look(Baseline::sequentialName, Baseline::sequential(desk_.session()));
-    }
-    meeting_.close();
-  }
-
-  void report() const {
-    const std::string name =
-        "first look at " + std::to_string(elements_) + " elements, " + nameOf(place_);
+    samples_.take(repeats);
     std::optional<Result::Goal> goal;
     if (elements_ == largest && place_ != Place::Early)
       goal = Result::Goal{.bound = 0.02, .ratioTo = Baseline::pyatspiName};
-    print({.name = name,
-           .unit = "ms",
-           .program = ours_.milliseconds,
-           .baselines = times_,
-           .goal = goal});
-    print({.name = name,
-           .unit = "ms of the browser's main thread",
-           .program = held_,
-           .baselines = heldByOthers_});
-    print({.name = name,
-           .unit = "calls",
-           .program = ours_.calls,
-           .goal = Result::Goal{.bound = 30, .statistic = Statistic::max}});
-    print({.name = name, .unit = "round trips", .program = ours_.roundTrips});
-    if (place_ == Place::Late) reportPoint();
+    samples_.report("first look at " + std::to_string(elements_) + " elements, " + nameOf(place_),
+                    goal);
+    if (place_ == Place::Late) samples_.reportPoint(elements_);
   }
 
-  /// Looks with Hushbox only, because the others would take minutes.
   void runAlone(int repeats) {
-    for (int i = 0; i < repeats; ++i) lookWithHushbox();
-    meeting_.close();
-  }
-
-  void reportPoint() const {
-    print({.name = "first look",
-           .unit = "ms",
-           .program = ours_.milliseconds,
-           .baselines = times_,
-           .point = Result::Point{"First look by number of elements", "elements", "",
-                                  static_cast<double>(elements_)}});
+    samples_.takeAlone(repeats);
+    samples_.reportPoint(elements_);
   }
 
  private:
-  double browserTime() const { return mainThreadTime(desk_.browser().pid()); }
-
-  void lookWithHushbox() {
-    const TeamsReader reader;
-    const double before = browserTime();
-    ours_.add(reader.read(place_ == Place::Absent ? std::nullopt : std::optional(false)));
-    held_.push_back(browserTime() - before);
-  }
-
-  void look(const std::string& name, std::unique_ptr<Baseline> baseline) {
-    if (!baseline) return;
-    const double before = browserTime();
-    const double taken = baseline->ask("look");
-    if ((taken < 0) != (place_ == Place::Absent))
-      throw rehearsal::DeskError(name + " looked wrongly");
-    times_[name].push_back(std::abs(taken));
-    heldByOthers_[name].push_back(browserTime() - before);
-  }
-
-  Desk& desk_;
   const int elements_;
   const Place place_;
   MeetingPage meeting_;
-  TeamsReaderSamples ours_;
-  Result::Samples held_;
-  std::map<std::string, Result::Samples> times_;
-  std::map<std::string, Result::Samples> heldByOthers_;
+  LookSamples samples_;
 };
+
+/// Firefox, which shows the same page at Teams' address.
+void measureFirefox(int repeats) {
+  if (!rehearsal::isInstalled("firefox-esr") || !rehearsal::isInstalled("openssl"))
+    return printSkipped("Firefox: firefox-esr and openssl are not both installed");
+  Desk desk({.display = true, .audio = std::nullopt, .browser = false});
+  for (const int elements : {400, 4'000, largest}) {
+    for (const Place place : {Place::Early, Place::Late}) {
+      const std::string query =
+          "n=" + std::to_string(elements) + "&last=" + (place == Place::Late ? "1" : "0");
+      const std::string folder = (desk.session().folder() / ("firefox?" + query)).string();
+      const auto firefox =
+          desk.session().start("firefox.log", {HUSHBOX_FIREFOX_MEETING, folder, query});
+      TeamsReader().awaitTeams();
+      letPass(settlingTime);
+      LookSamples samples(desk.session(), firefox->pid(), true);
+      samples.take(elements == largest ? std::max(1, repeats / 2) : repeats);
+      samples.report("first look in Firefox at " + std::to_string(elements) + " elements, " +
+                     nameOf(place));
+      firefox->stop(rehearsal::serverTimeout);
+    }
+  }
+}
 
 /// Other programs on the accessibility bus, without documents.
 void measurePrograms(Desk& desk, int repeats) {
@@ -175,19 +131,17 @@ void measurePrograms(Desk& desk, int repeats) {
   }
 }
 
-void measure(int repeats) {
+void measureChromium(int repeats) {
   Desk desk;
   for (const int elements : {400, 4'000, largest}) {
     for (const Place place : {Place::Early, Place::Late, Place::Absent}) {
       Search search(desk, elements, place);
       search.run(elements == largest ? std::max(1, repeats / 2) : repeats);
-      search.report();
     }
   }
   for (const int elements : {100, 100'000}) {
     Search search(desk, elements, Place::Late);
     search.runAlone(repeats);
-    search.reportPoint();
   }
   // Last: for a while after many programs have exited, a first look takes twice as long.
   measurePrograms(desk, repeats);
@@ -197,6 +151,9 @@ void measure(int repeats) {
 }  // namespace hushbox
 
 int main(int argc, char** argv) {
-  return hushbox::runBenchmark(argc, argv, "first_look REPEATS", 1,
-                               [](char** arguments) { hushbox::measure(std::atoi(arguments[0])); });
+  return hushbox::runBenchmark(argc, argv, "first_look REPEATS", 1, [](char** arguments) {
+    const int repeats = std::atoi(arguments[0]);
+    hushbox::measureChromium(repeats);
+    hushbox::measureFirefox(repeats);
+  });
 }
