@@ -137,7 +137,8 @@ class AlphaMap {
 
  private:
   std::size_t index(int x, int y) const {
-    return static_cast<std::size_t>((y + margin_) * stride_ + x + margin_);
+    return static_cast<std::size_t>(y + margin_) * static_cast<std::size_t>(stride_) +
+           static_cast<std::size_t>(x + margin_);
   }
 
   int margin_;
@@ -145,9 +146,8 @@ class AlphaMap {
   std::vector<double> values_;
 };
 
-/// Rounds a value from 0 to 255.
 std::uint8_t toByte(double value) {
-  return static_cast<std::uint8_t>(value + 0.5);
+  return static_cast<std::uint8_t>(std::lround(value));
 }
 
 /// Fills the shape and draws an edge around it.
