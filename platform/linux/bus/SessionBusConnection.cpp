@@ -1,6 +1,7 @@
 #include "platform/linux/bus/SessionBusConnection.h"
 
 #include <optional>
+#include <thread>
 #include <utility>
 
 #include "platform/linux/bus/AsyncCallback.h"
@@ -35,6 +36,10 @@ void flushAndClose(GDBusConnection* connection, std::chrono::milliseconds timeou
     const gint64 deadline = momentAfter(timeout);
     iterateContext(
         context, [&] { return *closed; }, [&] { return deadline; });
+    // GLib's worker thread marks the connection as closed a moment later. Until then, g_bus_get()
+    // still returns it to the next caller.
+    while (*closed && !g_dbus_connection_is_closed(connection) && g_get_monotonic_time() < deadline)
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   g_main_context_unref(context);
 }
