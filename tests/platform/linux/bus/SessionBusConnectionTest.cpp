@@ -34,7 +34,18 @@ using Outcome = BusReply::Outcome;
 
 class SessionBusConnectionTest : public testing::Test {
  protected:
-  SessionBusConnectionTest() { session_.applyToThisProcess(); }
+  SessionBusConnectionTest() {
+    session_.applyToThisProcess();
+    // Until the shared connection of the test before is destroyed, GLib returns that one.
+    ConnectionPointer shared;
+    waitUntil(
+        [&] {
+          shared.reset();
+          shared.reset(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+          return shared && !g_dbus_connection_is_closed(shared.get());
+        },
+        serverTimeout, "a shared connection");
+  }
 
   Subscription observe() {
     return bus_->observe(
@@ -140,18 +151,10 @@ TEST_F(SessionBusConnectionTest, EndOfTheBusDoesNotEndTheProcess) {
     return G_SOURCE_CONTINUE;
   };
   const guint source = g_unix_signal_add(SIGTERM, onSignal, &signals);
+  connect();
   {
-    // As settings storage does. GLib returns the connection of an earlier test until it is
-    // destroyed.
-    ConnectionPointer held;
-    waitUntil(
-        [&] {
-          held.reset();
-          held.reset(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
-          return held && !g_dbus_connection_is_closed(held.get());
-        },
-        serverTimeout, "a shared connection");
-    connect();
+    // As settings storage does.
+    const ConnectionPointer held(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
     session_.bus().kill();
     waitUntil([this] { return !bus_->isConnected(); }, serverTimeout, "the end");
     letPass(20ms);
