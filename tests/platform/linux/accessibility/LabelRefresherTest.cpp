@@ -243,5 +243,17 @@ TEST_F(LabelRefresherTest, ReadsWithoutWaitingFromProgramsThatKeepLabelsCurrent)
   EXPECT_LE(callsOfARead(), 4U);
 }
 
+TEST_F(LabelRefresherTest, PageOfAProgramThatHasExitedIsNotInFront) {
+  AtspiBus bus;
+  ASSERT_TRUE(bus.connect());
+  // The list of programs no longer has this one.
+  const AtspiPrograms programs(bus);
+  LabelRefresher labels(bus, programs);
+  const auto page =
+      std::make_shared<TeamsDocument>(TeamsDocument{.object = {browser_->busName(), "/document"}});
+  labels.findFronts({page});
+  EXPECT_FALSE(labels.isInFront(*page));
+}
+
 }  // namespace
 }  // namespace hushbox

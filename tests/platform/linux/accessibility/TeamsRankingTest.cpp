@@ -3,17 +3,20 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "rehearsal/ServerProcess.h"
+#include "rehearsal/Waiting.h"
 #include "tests/platform/linux/fixtures/AccessibleProgramsFixture.h"
 
 namespace hushbox {
 namespace {
 
+using rehearsal::holdsWithin;
 using testing::ElementsAre;
 
 /// A browser with pages of Teams in windows of their own: "/mic1" in "/window1" and so on.
@@ -98,6 +101,76 @@ TEST_F(TeamsRankingTest, PollCostsTheSameHoweverManyPagesThereAre) {
   ASSERT_EQ(another.read(), labelOf(1));
   for (int i = 0; i < 2; ++i) ASSERT_EQ(reader_.read(), labelOf(1));
   EXPECT_EQ(callsOfARead(), one);
+}
+
+TEST_F(TeamsRankingTest, ControlIsReadNoMoreOftenWhenAPageThatLosesItsFocusStaysChosen) {
+  putPages(3);
+  std::atomic<int> reads = 0;
+  browser_->answerWith([&](const std::string& path, const std::string&) -> GVariant* {
+    reads += path == "/mic3";
+    return nullptr;
+  });
+  const auto readsOfAPoll = [&] {
+    reads = 0;
+    return reader_.read() == labelOf(3) ? reads.load() : 0;
+  };
+  // On a busy machine a program may reply later than one reading waits, and is then read again.
+  EXPECT_TRUE(holdsWithin(
+      [&] {
+        bringToFront(3);
+        for (int i = 0; i < 3; ++i) readsOfAPoll();
+        const int before = readsOfAPoll();
+        bringToFront(0);
+        return before > 0 && readsOfAPoll() == before;
+      },
+      rehearsal::serverTimeout));
+}
+
+TEST_F(TeamsRankingTest, PageThatWasInFrontDuringAPollComesBeforeOneThatWasSoEarlier) {
+  putPages(2);
+  AtspiBus bus;
+  ASSERT_TRUE(bus.connect());
+  AtspiPrograms programs(bus);
+  LabelRefresher labels(bus, programs);
+  std::vector<std::int32_t> recording;
+  TeamsRanking ranking(labels, [&] { return recording; });
+  ASSERT_TRUE(holdsWithin([&] { return programs.refresh() || !programs.hosts().empty(); },
+                          rehearsal::serverTimeout));
+  const auto pageOf = [&](int page, std::int32_t process, TeamsDocument::Evidence evidence) {
+    return std::make_shared<TeamsDocument>(
+        TeamsDocument{.object = {browser_->busName(), "/document" + std::to_string(page)},
+                      .processIdentifier = process,
+                      .evidence = evidence});
+  };
+  const auto used = pageOf(1, getpid(), TeamsDocument::Evidence::title);
+  const auto other = pageOf(2, 1'999'999'999, TeamsDocument::Evidence::address);
+  std::vector<TeamsDocumentRef> documents{other, used};
+  const auto findsInFront = [&](bool first, bool second) {
+    return holdsWithin(
+        [&] {
+          labels.findFronts(documents);
+          return labels.isInFront(*used) == first && labels.isInFront(*other) == second;
+        },
+        rehearsal::serverTimeout);
+  };
+  // Both are in windows that claim the focus.
+  bringToFront(1);
+  browser_->put(
+      "/window2",
+      {.role = 23, .parent = root, .states = showing | active, .children = {"/document2"}});
+  ASSERT_TRUE(findsInFront(true, true));
+  recording = {getpid()};
+  ranking.sort(documents);
+  ASSERT_THAT(documents, ElementsAre(used, other));
+  recording.clear();
+  bringToFront(1);
+  ASSERT_TRUE(findsInFront(true, false));
+  EXPECT_FALSE(ranking.hasLostGround(used));
+  bringToFront(0);
+  ASSERT_TRUE(findsInFront(false, false));
+  EXPECT_TRUE(ranking.hasLostGround(used));
+  ranking.sort(documents);
+  EXPECT_THAT(documents, ElementsAre(used, other));
 }
 
 /// Documents of processes that this test starts.

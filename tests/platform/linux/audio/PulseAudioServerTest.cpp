@@ -1,5 +1,9 @@
+#include <pulse/glib-mainloop.h>
+#include <pulse/pulseaudio.h>
+
 #include <chrono>
 #include <cstdlib>
+#include <memory>
 
 #include "tests/platform/linux/fixtures/PulseAudioFixture.h"
 
@@ -166,6 +170,26 @@ TEST_P(PulseAudioServerTest, FrozenServerDoesNotBlockDestruction) {
   write(device, 0.5F);
   EXPECT_LT(timeOf([&] { hardware_.reset(); }), 1s);
   server_->thaw();
+}
+
+TEST_P(PulseAudioServerTest, ConnectionCancelsItsOperationsWhenItIsDestroyed) {
+  struct Client final : PulseConnection::Client {
+    void connected(pa_context&) override {}
+    void disconnected() override {}
+  };
+  pa_glib_mainloop* const loop = pa_glib_mainloop_new(nullptr);
+  Client client;
+  auto connection = std::make_unique<PulseConnection>(*pa_glib_mainloop_get_api(loop), client);
+  eventually([&] { return connection->context() != nullptr; });
+  bool replied = false;
+  pa_operation_unref(pa_context_get_server_info(
+      connection->context(),
+      [](pa_context*, const pa_server_info*, void* flag) { *static_cast<bool*>(flag) = true; },
+      &replied));
+  connection.reset();
+  rehearsal::letPass(200ms);
+  EXPECT_FALSE(replied);
+  pa_glib_mainloop_free(loop);
 }
 
 HUSHBOX_ON_BOTH_AUDIO_SERVERS(PulseAudioServerTest);

@@ -2,6 +2,7 @@
 
 #include <glib-unix.h>
 #include <gmock/gmock.h>
+#include <malloc.h>
 #include <pulse/glib-mainloop.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -9,10 +10,14 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <variant>
 #include <vector>
 
+#include "platform/linux/audio/PulseObserver.h"
 #include "rehearsal/ScratchFolder.h"
 #include "rehearsal/Waiting.h"
 
@@ -151,6 +156,57 @@ TEST(PulseConnectionTest, CanBeDestroyedWhileConnecting) {
   }
   letPass(2 * PulseConnection::minRetryDelay);
   EXPECT_THAT(server.attempts(), SizeIs(1));
+}
+
+TEST(PulseConnectionTest, LeavesNoMemoryBehind) {
+  setenv("PULSE_SERVER", "unix:/dev/null/native", 1);
+  Client client;
+  const auto connectOften = [&] {
+    for (int i = 0; i < 200; ++i) const PulseConnection connection(mainLoop(), client);
+    return mallinfo2().uordblks;
+  };
+  connectOften();
+  const auto before = connectOften();
+  // Less than a hundred bytes for each.
+  EXPECT_LT(connectOften(), before + 20'000);
+  unsetenv("PULSE_SERVER");
+}
+
+/// An observer on a thread of its own.
+class PulseObserverTest : public testing::Test {
+ protected:
+  void start() {
+    thread_ = std::thread([this] { observer_.run(); });
+  }
+  ~PulseObserverTest() override {
+    observer_.stop();
+    if (thread_.joinable()) thread_.join();
+    reports_->close();
+  }
+
+  std::shared_ptr<PulseReportQueue> reports_ = std::make_shared<PulseReportQueue>([] {});
+  PulseObserver observer_{reports_};
+  std::thread thread_;
+};
+
+TEST_F(PulseObserverTest, ReportsNothingWhileAServerHasNotReplied) {
+  FakeServerSocket server(FakeServerSocket::Behaviour::NeverReplies);
+  server.open();
+  start();
+  EXPECT_TRUE(server.waitForAttempts(1));
+  reports_->waitForReport(100ms);
+  EXPECT_FALSE(reports_->takeUntil(Instant::max()).has_value());
+}
+
+TEST_F(PulseObserverTest, ReportsTheFirstFailureToConnectOnce) {
+  FakeServerSocket server(FakeServerSocket::Behaviour::Closes);
+  server.open();
+  start();
+  EXPECT_TRUE(server.waitForAttempts(2));
+  const auto loss = reports_->takeUntil(Instant::max());
+  ASSERT_TRUE(loss.has_value());
+  EXPECT_TRUE(std::holds_alternative<PulseServerLoss>(loss->content));
+  EXPECT_FALSE(reports_->takeUntil(Instant::max()).has_value());
 }
 
 }  // namespace
