@@ -45,7 +45,7 @@ Milliseconds percentile(std::vector<Milliseconds> times, std::size_t percent) {
 }
 
 long memoryOf(const ProcessFigures& figures) {
-  return figures.privateKibibytes;
+  return figures.writtenKibibytes;
 }
 long descriptorsOf(const ProcessFigures& figures) {
   return static_cast<long>(figures.descriptors);
@@ -113,7 +113,7 @@ void ServerRestarts::restart(const Server& server, int count) {
   const std::chrono::duration<double> time = Clock::now() - start;
   std::printf(
       "servers: %s killed and restarted %d times, back after %lld ms at the median and %lld ms at "
-      "the 99th percentile, at most %ld log lines each, private memory %ld to %ld KiB, "
+      "the 99th percentile, at most %ld log lines each, written memory %ld to %ld KiB, "
       "descriptors %ld to %ld, threads %ld to %ld, %.0f s, %d failures\n",
       server.name.c_str(), count, static_cast<long long>(percentile(times_, 50).count()),
       static_cast<long long>(percentile(times_, 99).count()), *std::ranges::max_element(records_),
@@ -144,7 +144,7 @@ void ServerRestarts::sampleFigures() {
     const ProcessFigures now = ProcessFigures::of(hushbox_.pid());
     // The allocator gives memory back once: what counts is that it does not grow after that.
     std::erase_if(figures_, [&](const ProcessFigures& earlier) {
-      return earlier.privateKibibytes > now.privateKibibytes + maxMemorySpread;
+      return memoryOf(earlier) > memoryOf(now) + maxMemorySpread;
     });
     figures_.push_back(now);
     const auto memory = rangeOf(figures_, memoryOf);
@@ -165,9 +165,9 @@ void ServerRestarts::sampleFigures() {
   if (figures_.empty()) waitUntil(isSettled, readingTimeout, "the end of a battery reading");
   if (holdsWithin(isInRange, readingTimeout)) return;
   const ProcessFigures now = ProcessFigures::of(hushbox_.pid());
-  throw DeskError("holds more or less than before: " + std::to_string(now.privateKibibytes) +
-                  " KiB, " + std::to_string(now.descriptors) + " descriptors, " +
-                  std::to_string(now.threads) + " threads");
+  throw DeskError("holds more or less than before: " + std::to_string(memoryOf(now)) + " KiB, " +
+                  std::to_string(now.descriptors) + " descriptors, " + std::to_string(now.threads) +
+                  " threads");
 }
 
 void ServerRestarts::checkPress() {
