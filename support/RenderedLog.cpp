@@ -7,7 +7,7 @@
 namespace hushbox {
 
 RenderedLog::RenderedLog(std::string_view format, std::initializer_list<LogArgument> arguments) {
-  setp(usual_.data(), usual_.data() + usual_.size());
+  setp(buffer_.data(), buffer_.data() + buffer_.size());
   std::ostream text(this);
   // The process's locale could have a decimal comma.
   text.imbue(std::locale::classic());
@@ -30,7 +30,7 @@ std::string_view RenderedLog::text() const {
 
 RenderedLog::int_type RenderedLog::overflow(int_type character) {
   longer_.append(pbase(), pptr());
-  setp(usual_.data(), usual_.data() + usual_.size());
+  setp(buffer_.data(), buffer_.data() + buffer_.size());
   if (!traits_type::eq_int_type(character, traits_type::eof()))
     sputc(traits_type::to_char_type(character));
   return traits_type::not_eof(character);

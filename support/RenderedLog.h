@@ -27,7 +27,7 @@ class RenderedLog : private std::streambuf {
  private:
   int_type overflow(int_type character) override;
 
-  std::array<char, 256> usual_;
+  std::array<char, 256> buffer_;
   /// All of the text once it is longer than that.
   std::string longer_;
 };

@@ -1,8 +1,8 @@
 #include "platform/linux/menubar/CairoCanvas.h"
 
-#include "platform/linux/menubar/Rgb.h"
-
 #include <cstddef>
+
+#include "platform/linux/menubar/Rgb.h"
 
 namespace hushbox {
 namespace {
