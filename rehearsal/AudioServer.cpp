@@ -76,10 +76,7 @@ void AudioServer::start() {
   observer_.connect(address_);
   client_->loadModule("module-null-sink",
                       "sink_name=jabra_speaker " + descriptionProperty(speakerphoneName));
-  for (Plugged& plugged : plugged_) {
-    load(plugged);
-    makeWritable(plugged.source);
-  }
+  for (Plugged& plugged : plugged_) loadWritable(plugged);
 }
 
 void AudioServer::startPulseAudio() {
@@ -145,6 +142,22 @@ void AudioServer::load(Plugged& plugged) {
             "the source " + plugged.source);
 }
 
+void AudioServer::loadWritable(Plugged& plugged) {
+  // On a busy machine a source that is loaded while WirePlumber starts sometimes stays silent.
+  constexpr int maxAttempts = 2;
+  for (int attempt = 1;; ++attempt) {
+    load(plugged);
+    try {
+      return makeWritable(plugged.source);
+    } catch (const DeskError&) {
+      if (attempt == maxAttempts) throw;
+    }
+    client_->unloadModule(plugged.module);
+    waitUntil([&] { return !client_->source(plugged.source); }, serverTimeout,
+              plugged.source + " to be gone");
+  }
+}
+
 void AudioServer::setToFullVolume(const std::string& source) {
   // WirePlumber restores what the source was left at, a moment after it has appeared. It need not:
   // the versions differ in the sources that they restore.
@@ -181,9 +194,8 @@ void AudioServer::plug(const std::string& source, const std::string& name) {
     if (one.source == source) throw DeskError(source + " is plugged in already");
   }
   Plugged plugged{source, name, PA_INVALID_INDEX};
-  load(plugged);
-  // In this order: PipeWire 1.4 reports what was restored only once a stream has run.
-  makeWritable(source);
+  // Before the volume is set: PipeWire 1.4 reports what was restored only once a stream has run.
+  loadWritable(plugged);
   if (flavour_ == AudioFlavour::PipeWire) setToFullVolume(source);
   plugged_.push_back(plugged);
 }

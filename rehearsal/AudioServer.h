@@ -93,6 +93,8 @@ class AudioServer {
   void startPulseAudio();
   void startPipeWire();
   void load(Plugged& plugged);
+  /// Loads it again once if no sound arrives from it.
+  void loadWritable(Plugged& plugged);
   void setToFullVolume(const std::string& source);
   SourceState speakerphone() const;
   std::unique_ptr<RecordingStream> stream(RecordingStream::Kind kind);
