@@ -1,6 +1,6 @@
 // Draws the icons of a Linux installation from the mask of the menu bar: the application's icon and
-// its symbolic version, a symbolic icon for each state that has no colour of its own, and a
-// coloured icon for each of the others.
+// its symbolic version, an icon for each state that has no colour of its own, symbolic and in the
+// tones for dark and light panels, and a coloured icon for each of the others.
 //
 //   hushbox-icons FOLDER     FOLDER is a folder of themes, such as share/icons
 
@@ -14,6 +14,7 @@
 #include "app/LuchadorArt.h"
 #include "packaging/linux/icons/SvgCanvas.h"
 #include "platform/linux/menubar/Rgb.h"
+#include "platform/linux/menubar/TonedIcon.h"
 
 namespace hushbox {
 namespace {
@@ -41,11 +42,27 @@ std::string symbolic(const Image& image) {
          paths(image, 100, "class=\"ColorScheme-Text\" style=\"fill:currentColor\"") + "</svg>\n";
 }
 
+std::string attribute(const char* name, Rgb color) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%s=\"#%02x%02x%02x\" ", name, color.red, color.green,
+                color.blue);
+  return text;
+}
+
 std::string coloured(const Image& image, Color color) {
-  const Rgb rgb = rgbOf(color);
-  char fill[32];
-  std::snprintf(fill, sizeof fill, "fill=\"#%02x%02x%02x\"", rgb.red, rgb.green, rgb.blue);
-  return header("16", "100") + paths(image, 100, fill) + "</svg>\n";
+  return header("16", "100") + paths(image, 100, attribute("fill", rgbOf(color))) + "</svg>\n";
+}
+
+/// Of the stroke, the half outside the fill shows. So the edge is half as wide as that of pixels,
+/// which is softer.
+std::string toned(const Image& image, const TonedIcon& icon) {
+  char stroke[96];
+  std::snprintf(stroke, sizeof stroke,
+                "stroke-opacity=\"%g\" stroke-width=\"%g\" paint-order=\"stroke\"",
+                TonedIcon::edgeOpacity, TonedIcon::edgeWidth * 100);
+  return header("16", "100") +
+         paths(image, 100, attribute("fill", icon.fill) + attribute("stroke", icon.edge) + stroke) +
+         "</svg>\n";
 }
 
 /// The mask on a dark tile.
@@ -75,6 +92,11 @@ int writeAll(const std::filesystem::path& themes) {
       const Image image = LuchadorArt::menuBarImage(muted, connected, std::nullopt);
       const std::string name = image.name + "-symbolic.svg";
       written &= write(theme / "symbolic/apps" / name, symbolic(image));
+      for (const PanelTone panel : {PanelTone::dark, PanelTone::light}) {
+        const TonedIcon icon = *TonedIcon::on(panel);
+        const std::string file = image.name + std::string(icon.suffix) + ".svg";
+        written &= write(theme / "scalable/apps" / file, toned(image, icon));
+      }
     }
   }
   // A call that is live, and one that is muted.

@@ -6,42 +6,28 @@
 #include <memory>
 
 #include "platform/linux/menubar/CairoCanvas.h"
+#include "platform/linux/menubar/Rgb.h"
+#include "platform/linux/menubar/TonedIcon.h"
 
 namespace hushbox {
 namespace {
 
-struct Tone {
-  std::uint8_t red, green, blue;
-};
-
-constexpr Tone white{0xff, 0xff, 0xff};
-constexpr Tone black{0x00, 0x00, 0x00};
-/// The colour of symbolic icons on light panels in the Adwaita theme.
-constexpr Tone darkGrey{0x2e, 0x34, 0x36};
-constexpr Tone middleGrey{0x90, 0x90, 0x90};
-
 struct Colouring {
-  Tone fill;
-  Tone edge;
+  Rgb fill;
+  Rgb edge;
   double edgeOpacity;
 };
 
 Colouring colouringFor(PanelTone panel) {
-  // Not quite opaque, which looks softer on a panel that is neither dark nor light.
-  switch (panel) {
-    case PanelTone::dark:
-      return {white, black, 0.8};
-    case PanelTone::light:
-      return {darkGrey, white, 0.8};
-    case PanelTone::unknown:
-      break;
-  }
-  return {middleGrey, middleGrey, 0};
+  constexpr Rgb middleGrey{0x90, 0x90, 0x90};
+  const auto toned = TonedIcon::on(panel);
+  if (!toned) return {middleGrey, middleGrey, 0};
+  return {toned->fill, toned->edge, TonedIcon::edgeOpacity};
 }
 
 /// In pixels; thinner than one would be invisible.
 double edgeWidth(int size) {
-  return std::max(1.0, size / 20.0);
+  return std::max(1.0, size * TonedIcon::edgeWidth);
 }
 
 struct SurfaceDestroy {

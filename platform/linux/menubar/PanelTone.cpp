@@ -36,4 +36,8 @@ bool recoloursSymbolicIcons(std::string_view desktop) {
          namesDesktop(desktop, "XFCE");
 }
 
+bool enlargesPixels(std::string_view desktop) {
+  return namesDesktop(desktop, "MATE");
+}
+
 }  // namespace hushbox

@@ -23,4 +23,8 @@ PanelTone guessPanelTone(ColorScheme scheme, std::string_view desktop,
 /// GNOME, KDE Plasma and Xfce. Those of MATE and LXQt and waybar show the colour in the file.
 bool recoloursSymbolicIcons(std::string_view desktop);
 
+/// Whether the desktop's own panel is known to show an item's pixels at scale 1 and enlarge them on
+/// a screen of a higher scale, where it draws icons by name sharply: MATE's.
+bool enlargesPixels(std::string_view desktop);
+
 }  // namespace hushbox

@@ -7,6 +7,7 @@
 #include "platform/linux/menubar/PanelText.h"
 #include "platform/linux/menubar/RightClick.h"
 #include "platform/linux/menubar/StatusNotifierItemIntrospection.h"
+#include "platform/linux/menubar/TonedIcon.h"
 
 namespace hushbox {
 namespace {
@@ -77,9 +78,10 @@ void StatusNotifierItem::setIcon(const Image& icon, const std::string& descripti
   if (hasNewWords) object_->emit("NewToolTip");
 }
 
-void StatusNotifierItem::setPanelTone(PanelTone tone, bool recolours) {
+void StatusNotifierItem::setPanelTone(PanelTone tone, bool recolours, bool enlargesPixels) {
   tone_ = tone;
   panelRecolours_ = recolours;
+  panelEnlargesPixels_ = enlargesPixels;
   renderAndSignal();
 }
 
@@ -93,10 +95,16 @@ void StatusNotifierItem::renderAndSignal() {
 }
 
 std::string StatusNotifierItem::chooseName() const {
-  const bool suitsPanel = icon_->isTemplate && (tone_ == PanelTone::unknown || panelRecolours_);
-  if (!(suitsPanel || needsNames_) || icon_->name.empty() || iconFolder_.empty()) return {};
-  const std::string name = icon_->name + (icon_->isTemplate ? "-symbolic" : "");
-  const auto folder = iconFolder_ / "hicolor" / (icon_->isTemplate ? "symbolic" : "scalable");
+  const auto toned = TonedIcon::on(tone_);
+  const bool isSymbolic = icon_->isTemplate && (!toned || panelRecolours_ || needsNames_);
+  const bool isNamed = isSymbolic || needsNames_ || panelEnlargesPixels_;
+  if (!isNamed || icon_->name.empty() || iconFolder_.empty()) return {};
+  std::string name = icon_->name;
+  if (isSymbolic)
+    name += "-symbolic";
+  else if (icon_->isTemplate)
+    name += toned->suffix;
+  const auto folder = iconFolder_ / "hicolor" / (isSymbolic ? "symbolic" : "scalable");
   std::error_code error;
   // An uninstalled program may still run.
   return std::filesystem::exists(folder / "apps" / (name + ".svg"), error) ? name : std::string();

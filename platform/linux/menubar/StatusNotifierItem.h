@@ -26,7 +26,8 @@ namespace hushbox {
 /// most panels recolour symbolic icons like those beside them. Pixels are sent as well, for panels
 /// that don't find the name. Only pixels are sent for icons with a colour of their own, and where
 /// the panel's tone is known but not that it recolours icons. To a panel that needs names, every
-/// icon is sent by name if it is installed.
+/// icon is sent by name if it is installed; also to one that enlarges pixels, where a template has
+/// an icon in the tone for the panel (see TonedIcon).
 ///
 /// Once it has an icon, the item registers with the watcher (`org.kde.StatusNotifierWatcher`), and
 /// again each time that a watcher appears.
@@ -61,8 +62,9 @@ class StatusNotifierItem {
   void setIcon(const Image& icon, const std::string& description);
 
   /// Recolours a template icon; see IconPixmap. `recolours` says whether the panel recolours
-  /// symbolic icons by itself. The tone is unknown until this is called.
-  void setPanelTone(PanelTone tone, bool recolours);
+  /// symbolic icons by itself, and `enlargesPixels` whether it draws only named icons sharply at
+  /// each scale. The tone is unknown until this is called.
+  void setPanelTone(PanelTone tone, bool recolours, bool enlargesPixels);
 
   /// Whether the panel shows icons by name only; false until this is called.
   void setNeedsNames(bool needsNames);
@@ -99,6 +101,7 @@ class StatusNotifierItem {
   std::string description_;
   PanelTone tone_ = PanelTone::unknown;
   bool panelRecolours_ = false;
+  bool panelEnlargesPixels_ = false;
   bool needsNames_ = false;
   Lifetime lifetime_;
 };

@@ -81,7 +81,8 @@ void StatusNotifierMenuBar::lost(const std::string& reason) {
 void StatusNotifierMenuBar::guessPanel() {
   const std::string_view desktop = currentDesktop();
   const PanelTone theme = theme_ ? theme_->tone() : PanelTone::unknown;
-  item_.setPanelTone(guessPanelTone(preferred_, desktop, theme), recoloursSymbolicIcons(desktop));
+  item_.setPanelTone(guessPanelTone(preferred_, desktop, theme), recoloursSymbolicIcons(desktop),
+                     enlargesPixels(desktop));
 }
 
 void StatusNotifierMenuBar::panelTimedOut() {

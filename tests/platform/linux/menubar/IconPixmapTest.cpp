@@ -181,6 +181,12 @@ TEST(PanelTone, SomeDesktopsAreKnownToRecolourIcons) {
     EXPECT_FALSE(recoloursSymbolicIcons(desktop)) << desktop;
 }
 
+TEST(PanelTone, MatesPanelEnlargesPixels) {
+  EXPECT_TRUE(enlargesPixels("MATE"));
+  for (const char* desktop : {"", "GNOME", "KDE", "XFCE", "LXQt", "sway"})
+    EXPECT_FALSE(enlargesPixels(desktop)) << desktop;
+}
+
 TEST(PanelTone, GnomesBarIsDarkInBothSchemes) {
   for (const char* desktop : {"GNOME", "ubuntu:GNOME", "GNOME-Classic:GNOME"})
     EXPECT_EQ(guessPanelTone(ColorScheme::preferLight, desktop), PanelTone::dark) << desktop;

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/menubar/IconPixmap.h"
@@ -120,6 +121,39 @@ TEST_F(StatusNotifierItemTest, TemplateIsShownByNameWhereItsIconIsInstalled) {
   EXPECT_EQ(ofItem("IconName").text(), "''");
   menuBar_->setIcon(LuchadorArt::menuBarImage(false, false, {}), "Jabra not connected");
   EXPECT_EQ(ofItem("IconName").text(), "''") << "its icon is not installed";
+}
+
+// The icons are those that the build draws.
+TEST_F(StatusNotifierItemTest, PanelThatEnlargesPixelsGetsEveryIconByNameInItsTone) {
+  start();
+  StatusNotifierItem named(
+      *sessionBus_, [](const std::string&) {}, HUSHBOX_ICONS);
+  const Subscription connection = sessionBus_->observe(
+      [&](GDBusConnection* bus) {
+        menuBar_.reset();  // which has an item on the same path
+        named.exportOn(bus);
+      },
+      [](const std::string&) {});
+  const std::pair<PanelTone, std::string> suffixes[] = {{PanelTone::dark, ".white"},
+                                                        {PanelTone::light, ".darkgrey"},
+                                                        {PanelTone::unknown, "-symbolic"}};
+  for (const auto& [tone, suffix] : suffixes) {
+    named.setPanelTone(tone, false, true);
+    for (const bool muted : {false, true}) {
+      for (const bool connected : {false, true}) {
+        const Image mask = LuchadorArt::menuBarImage(muted, connected, {});
+        named.setIcon(mask, "Not on a call");
+        EXPECT_EQ(ofItem("IconName").text(), "'" + mask.name + suffix + "'");
+      }
+    }
+  }
+  named.setPanelTone(PanelTone::dark, false, true);
+  named.setIcon(icon(Color::systemGreen), "On a call — live");
+  EXPECT_EQ(ofItem("IconName").text(), "'org.hushbox.Hushbox.green'");
+  named.setIcon(icon(Color::systemRed, true), "On a call — muted");
+  EXPECT_EQ(ofItem("IconName").text(), "'org.hushbox.Hushbox.red-muted'");
+  named.setPanelTone(PanelTone::dark, false, false);
+  EXPECT_EQ(ofItem("IconName").text(), "''");
 }
 
 TEST_F(StatusNotifierItemTest, StateIsTheFirstLineOfTheToolTip) {
