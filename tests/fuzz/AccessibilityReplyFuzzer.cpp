@@ -23,6 +23,14 @@ void checkObject(const std::optional<BusObject>& object) {
   HUSHBOX_REQUIRE(object->path != "/org/a11y/atspi/null");
 }
 
+void checkNodes(GVariant* reply) {
+  constexpr std::size_t maxCount = 10;
+  const auto nodes = atspi_value::nodes(reply, maxCount);
+  HUSHBOX_REQUIRE(nodes.size() <= maxCount);
+  for (const std::string& node : nodes)
+    HUSHBOX_REQUIRE(g_variant_is_object_path(("/" + node).c_str()));
+}
+
 void checkObjects(GVariant* reply) {
   constexpr std::size_t maxCount = 10;
   const auto all = atspi_value::objects(reply, {}, maxCount);
@@ -56,6 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       break;
     case 1:
       checkText(atspi_value::text(reply.get()));
+      checkNodes(reply.get());
       break;
     case 2:
       checkObjects(reply.get());

@@ -11,10 +11,10 @@ namespace {
 
 constexpr std::chrono::seconds attemptInterval{1};
 constexpr const char* statusInterface = "org.a11y.Status";
+using atspi_calls::busDaemon;
 using atspi_calls::properties;
 constexpr const char* launcherName = "org.a11y.Bus";
 
-const BusObject busDaemon{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
 const BusObject launcher{launcherName, "/org/a11y/bus"};
 
 }  // namespace

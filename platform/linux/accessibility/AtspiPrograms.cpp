@@ -8,10 +8,18 @@
 #include "platform/linux/accessibility/AtspiCalls.h"
 #include "platform/linux/accessibility/AtspiValue.h"
 #include "platform/linux/accessibility/TeamsSigns.h"
+#include "support/Text.h"
 
 namespace hushbox {
 
 namespace {
+
+/// Whether a program of that name embeds pages of other processes: Epiphany, which has the name of
+/// its program file or its application identifier.
+bool isEmbedderName(std::string_view name) {
+  const std::string lowercased = text::lowercased(name);
+  return lowercased == "epiphany" || lowercased.starts_with("org.gnome.epiphany");
+}
 
 /// The calls that tell what a program is.
 struct Introduction {
@@ -23,10 +31,7 @@ struct Introduction {
 
 Introduction introduce(CallBatch& batch, const BusObject& root, std::chrono::milliseconds timeout) {
   using namespace atspi_calls;
-  const BusObject busDaemon{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
-  return {root,
-          batch.add({busDaemon, "org.freedesktop.DBus", "GetConnectionUnixProcessID", "(u)",
-                     timeout, takeArguments(g_variant_new("(s)", root.busName.c_str()))}),
+  return {root, batch.add(processOf(root.busName, timeout)),
           batch.add(property(root, accessible, "Name", timeout)),
           batch.add(property(root, application, "ToolkitName", timeout))};
 }
@@ -41,7 +46,9 @@ std::optional<AtspiProgram> read(const CallBatch& batch, const Introduction& int
   guint32 processIdentifier = 0;
   g_variant_get(process.value.get(), "(u)", &processIdentifier);
   program.processIdentifier = static_cast<std::int32_t>(processIdentifier);
-  program.isClient = teams_signs::isClientName(atspi_value::text(name.value.get()));
+  const std::string called = atspi_value::text(name.value.get());
+  program.isClient = teams_signs::isClientName(called);
+  program.embedsPages = isEmbedderName(called);
   const std::string builtOn = toolkit ? atspi_value::text(toolkit.value.get()) : std::string();
   program.labelsLag = builtOn == "Chromium";
   program.isBrowser = program.labelsLag || builtOn == "Gecko" || builtOn.starts_with("WebKit");
@@ -58,13 +65,35 @@ bool AtspiPrograms::refresh() {
   std::set<std::string_view> present;
   for (const BusObject& root : roots) present.insert(root.busName);
   for (const auto& [busName, entry] : programs_)
-    if (present.count(busName) == 0) exited_->insert(busName);
+    if (present.count(busName) == 0 && !entry.program.isEmbedded()) exited_->insert(busName);
   forgetExited();
   std::erase_if(lateStrangers_, [&](const auto& name) { return present.count(name) == 0; });
   std::vector<BusObject> strangers;
   for (const BusObject& root : roots)
     if (programs_.count(root.busName) == 0) strangers.push_back(root);
-  return identify(strangers);
+  const bool metBrowser = identify(strangers);
+  refreshEmbedded();
+  return metBrowser;
+}
+
+void AtspiPrograms::refreshEmbedded() {
+  std::vector<AtspiProgram> browsers;
+  for (const auto& [busName, entry] : programs_)
+    if (entry.program.embedsPages) browsers.push_back(entry.program);
+  const std::vector<AtspiProgram> found = embedded_.find(browsers);
+  std::set<std::string_view> present;
+  for (const AtspiProgram& program : found) {
+    const std::string& busName = program.root.busName;
+    present.insert(busName);
+    const auto known = programs_.find(busName);
+    if (known == programs_.end())
+      add(program);
+    else if (known->second.program.isEmbedded())
+      known->second.program = program;
+  }
+  for (const auto& [busName, entry] : programs_)
+    if (entry.program.isEmbedded() && present.count(busName) == 0) exited_->insert(busName);
+  forgetExited();
 }
 
 bool AtspiPrograms::identify(const std::vector<BusObject>& roots) {
@@ -113,6 +142,7 @@ bool AtspiPrograms::forgetExited() {
 void AtspiPrograms::clear() {
   programs_.clear();
   exited_->clear();
+  embedded_.clear();
   lateStrangers_.clear();
 }
 
@@ -132,6 +162,7 @@ void AtspiPrograms::connectDirectly(const std::string& busName) {
   const auto found = programs_.find(busName);
   if (found == programs_.end() || std::exchange(found->second.triedDirectConnection, true)) return;
   const AtspiProgram& program = found->second.program;
+  if (program.isEmbedded()) return;
   const BusReply address = bus_.ask({program.root, atspi_calls::application,
                                      "GetApplicationBusAddress", "(s)", bus_.timeout(), nullptr});
   if (!address) return;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <map>
 #include <memory>
 #include <set>
@@ -9,25 +8,11 @@
 #include <vector>
 
 #include "platform/linux/accessibility/AtspiBus.h"
+#include "platform/linux/accessibility/AtspiProgram.h"
+#include "platform/linux/accessibility/EmbeddedPages.h"
 #include "platform/linux/bus/BusObject.h"
 
 namespace hushbox {
-
-/// A program on the accessibility bus. None of this changes while it runs.
-struct AtspiProgram {
-  /// The application object, which is the root of the program's tree.
-  BusObject root;
-  std::int32_t processIdentifier = 0;
-  /// Whether it has the name of a Teams client.
-  bool isClient = false;
-  /// Whether it is built on Chromium, Gecko or WebKit, so that it may present documents.
-  bool isBrowser = false;
-  /// Whether it is built on Chromium, which lets labels grow stale: see LabelRefresher.
-  bool labelsLag = false;
-
-  /// Whether it may present documents of Teams.
-  bool isHost() const { return isBrowser || isClient; }
-};
 
 /// The programs on the accessibility bus. Main thread only.
 ///
@@ -37,12 +22,13 @@ class AtspiPrograms {
   /// No sane desktop has more. Programs beyond this are ignored.
   static constexpr std::size_t maxPrograms = 256;
 
-  explicit AtspiPrograms(AtspiBus& bus) : bus_(bus) {}
+  explicit AtspiPrograms(AtspiBus& bus) : bus_(bus), embedded_(bus) {}
 
   /// Lists the programs on the bus (one call), asks the new ones what they are (three calls each)
   /// and forgets those that have exited. Returns whether it met a new browser. A program that does
   /// not reply in time is new again the next time, and then has the time of other calls: it has
-  /// replied late, or this was long ago.
+  /// replied late, or this was long ago. If a browser embeds pages of other processes, looks for
+  /// those too: see EmbeddedPages::find().
   bool refresh();
 
   /// Forgets the hosts that have exited, as far as the bus has reported it. Returns whether there
@@ -73,8 +59,10 @@ class AtspiPrograms {
 
   void add(const AtspiProgram& program);
   bool identify(const std::vector<BusObject>& roots);
+  void refreshEmbedded();
 
   AtspiBus& bus_;
+  EmbeddedPages embedded_;
   /// The names of those that have not replied in time.
   Names lateStrangers_;
   /// The names of the hosts that have exited since forgetExited(). Handlers of the bus's signals

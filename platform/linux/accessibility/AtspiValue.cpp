@@ -1,6 +1,7 @@
 #include "platform/linux/accessibility/AtspiValue.h"
 
 #include <cstring>
+#include <string_view>
 
 namespace hushbox::atspi_value {
 
@@ -60,6 +61,38 @@ std::vector<BusObject> objects(GVariant* reply, const std::string& owner, std::s
   while (result.size() < maxCount && g_variant_iter_next(&iterator, "(&s&o)", &busName, &path)) {
     if ((owner.empty() || busName == owner) && std::strcmp(path, nullPath) != 0)
       result.push_back({busName, path});
+  }
+  return result;
+}
+
+std::optional<BusObject> plainObject(GVariant* reply) {
+  return reference(VariantPointer(g_variant_get_child_value(reply, 0)).get());
+}
+
+std::vector<std::string> textsWith(GVariant* reply, const char* part, std::size_t maxCount) {
+  std::vector<std::string> result;
+  const VariantPointer list(g_variant_get_child_value(reply, 0));
+  GVariantIter iterator;
+  g_variant_iter_init(&iterator, list.get());
+  const char* item = nullptr;
+  while (result.size() < maxCount && g_variant_iter_next(&iterator, "&s", &item))
+    if (std::strstr(item, part) != nullptr) result.emplace_back(item);
+  return result;
+}
+
+std::vector<std::string> nodes(GVariant* reply, std::size_t maxCount) {
+  constexpr std::string_view start = "<node name=\"";
+  std::vector<std::string> result;
+  const std::string xml = text(reply);
+  for (std::size_t at = xml.find(start); at != xml.npos && result.size() < maxCount;
+       at = xml.find(start, at)) {
+    at += start.size();
+    const std::size_t end = xml.find('"', at);
+    if (end == xml.npos) break;
+    const std::string name = xml.substr(at, end - at);
+    if (g_variant_is_object_path(("/" + name).c_str()) && name.find('/') == name.npos &&
+        !name.empty())
+      result.push_back(name);
   }
   return result;
 }

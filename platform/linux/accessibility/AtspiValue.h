@@ -29,6 +29,16 @@ std::string text(GVariant* reply);
 /// programs are left out: a program must not pass another's objects off as its own.
 std::vector<BusObject> objects(GVariant* reply, const std::string& owner, std::size_t maxCount);
 
+/// The object in a "((so))" reply; nullopt for AT-SPI's null object.
+std::optional<BusObject> plainObject(GVariant* reply);
+
+/// The texts in an "(as)" reply that contain `part`, at most `maxCount`.
+std::vector<std::string> textsWith(GVariant* reply, const char* part, std::size_t maxCount);
+
+/// The names of the objects directly below another in the "(s)" reply to an introspection, at most
+/// `maxCount`. Names that are not part of a valid path are left out.
+std::vector<std::string> nodes(GVariant* reply, std::size_t maxCount);
+
 /// The object in a "(v)" reply. Returns nullopt for a missing value, for a non-object and for
 /// AT-SPI's null object, as does the next function.
 std::optional<BusObject> object(GVariant* reply);

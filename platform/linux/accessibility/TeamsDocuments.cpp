@@ -41,10 +41,10 @@ std::vector<TeamsDocumentRef> TeamsDocuments::findCandidates(
     const std::vector<const AtspiProgram*>& programs) {
   CallBatch batch;
   std::vector<std::pair<const AtspiProgram*, CallBatch::Ticket>> searches;
-  for (const AtspiProgram* program : programs) {
-    searches.emplace_back(program,
-                          batch.add(atspi_calls::matches(program->root, {atspi_role::documentWeb},
-                                                         maxDocuments, bus_.timeout())));
+  for (const auto& [program, root] : searchRoots(programs)) {
+    searches.emplace_back(program, batch.add(atspi_calls::matches(root, {atspi_role::documentWeb},
+                                                                  maxDocuments, bus_.timeout())));
+    if (program->isEmbedded()) continue;
     // Chromium presents its pages only once an assistive program has read an object's attributes,
     // and hides them again after a while without such calls. The reply does not matter.
     batch.add(atspi_calls::attributes(program->root, bus_.timeout()));
@@ -60,7 +60,7 @@ std::vector<TeamsDocumentRef> TeamsDocuments::findCandidates(
       objects = atspi_value::objects(reply.value.get(), program->root.busName, maxDocuments);
     if (!objects.empty())
       awake_.insert(program->root.busName);
-    else if (reply && wereAwake.count(program->root.busName) != 0)
+    else if (reply && !program->isEmbedded() && wereAwake.count(program->root.busName) != 0)
       hasFallenAsleep_ = true;
     for (const BusObject& object : objects) found.push_back(findOrMake(object, *program, true));
     if (program->isClient && objects.empty() && reply.outcome != BusReply::Outcome::timedOut)
@@ -69,6 +69,28 @@ std::vector<TeamsDocumentRef> TeamsDocuments::findCandidates(
   for (const TeamsDocumentRef& known : documents_)
     if (std::find(found.begin(), found.end(), known) == found.end()) found.push_back(known);
   return found;
+}
+
+std::vector<TeamsDocuments::SearchRoot> TeamsDocuments::searchRoots(
+    const std::vector<const AtspiProgram*>& programs) {
+  std::vector<SearchRoot> result;
+  CallBatch batch;
+  std::vector<std::pair<const AtspiProgram*, CallBatch::Ticket>> pages;
+  for (const AtspiProgram* program : programs) {
+    if (!program->isEmbedded()) result.emplace_back(program, program->root);
+    // The root of an embedded page cannot be searched, unlike what is directly below it.
+    for (const BusObject& page : program->pages)
+      pages.emplace_back(program, batch.add(atspi_calls::children(page, bus_.timeout())));
+  }
+  bus_.send(batch);
+  for (const auto& [program, ticket] : pages) {
+    const BusReply& reply = batch[ticket];
+    if (!reply) continue;
+    for (BusObject& child :
+         atspi_value::objects(reply.value.get(), program->root.busName, maxPageChildren))
+      result.emplace_back(program, std::move(child));
+  }
+  return result;
 }
 
 TeamsDocuments::Probe TeamsDocuments::addProbe(CallBatch& batch,

@@ -28,6 +28,8 @@ class TeamsDocuments {
  public:
   /// Documents beyond this many per program are ignored.
   static constexpr std::size_t maxDocuments = 256;
+  /// An embedded page has one child.
+  static constexpr std::size_t maxPageChildren = 4;
 
   /// The calls that tell whether a document is still there and belongs to Teams.
   struct Probe {
@@ -42,8 +44,8 @@ class TeamsDocuments {
   const std::vector<TeamsDocumentRef>& all() const { return documents_; }
   bool contains(const TeamsDocumentRef& document) const;
 
-  /// The documents that the programs present now (two calls per program), whether or not they
-  /// belong to Teams, and those that were kept last.
+  /// The documents that the programs present now (two calls per program or embedded page), whether
+  /// or not they belong to Teams, and those that were kept last.
   std::vector<TeamsDocumentRef> findCandidates(const std::vector<const AtspiProgram*>& programs);
 
   /// Whether, in the last findCandidates(), a program presented no document that had presented some
@@ -63,6 +65,10 @@ class TeamsDocuments {
   void keep(std::vector<TeamsDocumentRef> documents) { documents_ = std::move(documents); }
 
  private:
+  /// A program and the object below which to search for its documents.
+  using SearchRoot = std::pair<const AtspiProgram*, BusObject>;
+  std::vector<SearchRoot> searchRoots(const std::vector<const AtspiProgram*>& programs);
+
   TeamsDocumentRef findOrMake(const BusObject& object, const AtspiProgram& program,
                               bool isDocument) const;
 

@@ -31,9 +31,6 @@ const std::set<std::string> browserNames{
     "brave",       "chrome",    "chromium", "electron",        "epiphany", "firefox",
     "firefox-esr", "librewolf", "msedge",   "teams-for-linux", "opera",    "vivaldi-bin"};
 
-/// A program on GTK, whose pages are in processes that the accessibility bus does not list.
-constexpr const char* unsupportedBrowser = "epiphany";
-
 /// The name of the process's program file; empty for a process that may not be read.
 std::string nameOf(const fs::path& process) {
   std::error_code error;
@@ -76,10 +73,6 @@ ReportLines browserLines(AtspiBus& bus, bool hasBus) {
   for (const AtspiProgram* program : programs.hosts()) onBus.insert(program->processIdentifier);
   ReportLines lines;
   for (const Browser& browser : runningBrowsers()) {
-    if (browser.name == unsupportedBrowser) {
-      lines.push_back("Browser: " + browser.name + ", whose pages Hushbox does not find");
-      continue;
-    }
     const bool isThere = onBus.contains(browser.process);
     lines.push_back("Browser: " + browser.name +
                     (isThere ? ", on the accessibility bus"

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/linux/accessibility/AtspiFacts.h"
 
@@ -53,6 +55,32 @@ TEST(AtspiValueTest, RepliesWithoutExactlyOneValueAreNoText) {
        {g_variant_new("()"), g_variant_new("(ss)", "Mute", "Mute"), g_variant_new("(u)", 1U)}) {
     EXPECT_EQ(atspi_value::text(VariantPointer(g_variant_ref_sink(reply)).get()), "");
   }
+}
+
+TEST(AtspiValueTest, TakesOnlyNodesThatArePartOfAPath) {
+  const VariantPointer reply(g_variant_ref_sink(g_variant_new(
+      "(s)",
+      "<node>\n <node name=\"a_1\"/><node name=\"\"/><node name=\"b/c\"/><node name=\"d-e\"/>"
+      "<node name=\"f\"></node><node name=\"g\"/><node name=\"h")));
+  EXPECT_EQ(atspi_value::nodes(reply.get(), 10), (std::vector<std::string>{"a_1", "f", "g"}));
+  EXPECT_EQ(atspi_value::nodes(reply.get(), 2), (std::vector<std::string>{"a_1", "f"}));
+  EXPECT_TRUE(atspi_value::nodes(reply.get(), 0).empty());
+}
+
+TEST(AtspiValueTest, TakesTheFirstTextsThatContainThePart) {
+  const char* const texts[] = {"a.x.1", "b.y.2", "c.x.3", "d.x.4", nullptr};
+  const VariantPointer reply(g_variant_ref_sink(g_variant_new("(^as)", texts)));
+  EXPECT_EQ(atspi_value::textsWith(reply.get(), ".x.", 2),
+            (std::vector<std::string>{"a.x.1", "c.x.3"}));
+}
+
+TEST(AtspiValueTest, NullObjectIsNoObject) {
+  const auto object = [](const char* path) {
+    const VariantPointer reply(g_variant_ref_sink(g_variant_new("((so))", ":1.5", path)));
+    return atspi_value::plainObject(reply.get());
+  };
+  EXPECT_EQ(object("/a"), (BusObject{":1.5", "/a"}));
+  EXPECT_EQ(object("/org/a11y/atspi/null"), std::nullopt);
 }
 
 }  // namespace
