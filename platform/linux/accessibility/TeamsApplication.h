@@ -44,8 +44,9 @@ class TeamsApplication {
   bool isRunning();
 
   /// Looks for everything that belongs to Teams: one call to the registry, two per browser, two per
-  /// document, and once per program that has one, one for a direct connection. It searches once per
-  /// snapshot; later calls do nothing.
+  /// document, and once per program that has one, one for a direct connection. With Epiphany, those
+  /// of EmbeddedPages::find() and two per page are added. It searches once per snapshot; later
+  /// calls do nothing.
   void search();
 
   /// Grows whenever another document was chosen: what was found before it no longer counts.
