@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/linux/accessibility/AtspiCalls.h"
+#include "platform/linux/bus/BusDaemonCalls.h"
 #include "platform/linux/bus/SessionBusAddress.h"
 
 namespace hushbox {
@@ -11,7 +12,6 @@ namespace {
 
 constexpr std::chrono::seconds attemptInterval{1};
 constexpr const char* statusInterface = "org.a11y.Status";
-using atspi_calls::busDaemon;
 using atspi_calls::properties;
 constexpr const char* launcherName = "org.a11y.Bus";
 
@@ -48,9 +48,9 @@ bool AtspiBus::reach(const std::string& busName, const std::string& address, std
 
 unsigned AtspiBus::watch(const std::string& busName, std::function<void()> exited) {
   // The owner of a unique name changes once: when the program has exited.
-  return accessibility_.subscribe(busDaemon.busName.c_str(), busDaemon.busName.c_str(),
-                                  "NameOwnerChanged", busName.c_str(),
-                                  [exited = std::move(exited)](GVariant*) { exited(); });
+  return accessibility_.subscribe(
+      bus_daemon::object.busName.c_str(), bus_daemon::object.busName.c_str(), "NameOwnerChanged",
+      busName.c_str(), [exited = std::move(exited)](GVariant*) { exited(); });
 }
 
 void AtspiBus::unwatch(const std::string& busName, unsigned subscription) {
@@ -102,8 +102,8 @@ bool AtspiBus::connectSession() {
   // When the switch or its owner changes, the next isEnabled() asks again.
   const auto forget = [this](GVariant*) { enabled_.reset(); };
   session_.subscribe(launcherName, properties, "PropertiesChanged", statusInterface, forget);
-  session_.subscribe(busDaemon.busName.c_str(), busDaemon.busName.c_str(), "NameOwnerChanged",
-                     launcherName, forget);
+  session_.subscribe(bus_daemon::object.busName.c_str(), bus_daemon::object.busName.c_str(),
+                     "NameOwnerChanged", launcherName, forget);
   return true;
 }
 

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
-#include <string>
 
 #include "platform/linux/accessibility/AtspiValue.h"
 #include "platform/linux/bus/BusCall.h"
@@ -20,7 +19,6 @@ inline constexpr const char* accessible = "org.a11y.atspi.Accessible";
 inline constexpr const char* application = "org.a11y.atspi.Application";
 inline constexpr const char* action = "org.a11y.atspi.Action";
 inline constexpr const char* properties = "org.freedesktop.DBus.Properties";
-inline const BusObject busDaemon{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
 
 /// One property of an interface of the object. The reply is "(v)".
 inline BusCall property(const BusObject& object, const char* interface, const char* name,
@@ -69,28 +67,6 @@ inline BusCall childAt(const BusObject& object, std::int32_t index, Timeout time
 /// The objects of a program at and directly below a path, as XML. The reply is "(s)".
 inline BusCall introspect(const BusObject& object, Timeout timeout) {
   return {object, "org.freedesktop.DBus.Introspectable", "Introspect", "(s)", timeout, nullptr};
-}
-
-/// All names on the bus. The reply is "(as)".
-inline BusCall busNames(Timeout timeout) {
-  return {busDaemon, "org.freedesktop.DBus", "ListNames", "(as)", timeout, nullptr};
-}
-
-/// The unique name of the program that owns the name. The reply is "(s)".
-inline BusCall nameOwner(const std::string& name, Timeout timeout) {
-  return {busDaemon,      "org.freedesktop.DBus",
-          "GetNameOwner", "(s)",
-          timeout,        takeArguments(g_variant_new("(s)", name.c_str()))};
-}
-
-/// The process of the program with that unique name. The reply is "(u)".
-inline BusCall processOf(const std::string& busName, Timeout timeout) {
-  return {busDaemon,
-          "org.freedesktop.DBus",
-          "GetConnectionUnixProcessID",
-          "(u)",
-          timeout,
-          takeArguments(g_variant_new("(s)", busName.c_str()))};
 }
 
 /// The first `maxCount` objects below this one that have one of the roles. The reply is "(a(so))".

@@ -8,6 +8,7 @@
 #include "platform/linux/accessibility/AtspiCalls.h"
 #include "platform/linux/accessibility/AtspiValue.h"
 #include "platform/linux/accessibility/TeamsSigns.h"
+#include "platform/linux/bus/BusDaemonCalls.h"
 #include "support/Text.h"
 
 namespace hushbox {
@@ -31,7 +32,7 @@ struct Introduction {
 
 Introduction introduce(CallBatch& batch, const BusObject& root, std::chrono::milliseconds timeout) {
   using namespace atspi_calls;
-  return {root, batch.add(processOf(root.busName, timeout)),
+  return {root, batch.add(bus_daemon::processOf(root.busName, timeout)),
           batch.add(property(root, accessible, "Name", timeout)),
           batch.add(property(root, application, "ToolkitName", timeout))};
 }

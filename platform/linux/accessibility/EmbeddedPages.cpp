@@ -6,6 +6,7 @@
 
 #include "platform/linux/accessibility/AtspiCalls.h"
 #include "platform/linux/accessibility/AtspiValue.h"
+#include "platform/linux/bus/BusDaemonCalls.h"
 
 namespace hushbox {
 
@@ -51,7 +52,7 @@ std::vector<AtspiProgram> EmbeddedPages::find(const std::vector<AtspiProgram>& b
 }
 
 bool EmbeddedPages::listProcesses() {
-  const BusReply reply = bus_.ask(atspi_calls::busNames(bus_.timeout()));
+  const BusReply reply = bus_.ask(bus_daemon::names(bus_.timeout()));
   if (!reply) return false;
   const auto list = atspi_value::textsWith(reply.value.get(), namePart, maxProcesses);
   const std::set<std::string> names(list.begin(), list.end());
@@ -60,7 +61,7 @@ bool EmbeddedPages::listProcesses() {
   std::vector<std::pair<std::string, CallBatch::Ticket>> strangers;
   for (const std::string& name : names) {
     if (!processes_.contains(name))
-      strangers.emplace_back(name, batch.add(atspi_calls::nameOwner(name, bus_.timeout())));
+      strangers.emplace_back(name, batch.add(bus_daemon::ownerOf(name, bus_.timeout())));
   }
   bus_.send(batch);
   for (const auto& [name, ticket] : strangers) {

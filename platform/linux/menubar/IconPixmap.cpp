@@ -144,7 +144,7 @@ void recolour(std::vector<std::uint8_t>& argb, int size, const Colouring& colour
   for (int y = 0; y < size; ++y) {
     for (int x = 0; x < size; ++x) {
       const double inner = shape.at(x, y);
-      // Inside the shape there is no room for the edge.
+      // An opaque pixel shows nothing of the edge.
       const double outer =
           inner < 1 ? std::max(shape.grown(x, y, edge) - inner, 0.0) * colouring.edgeOpacity : 0;
       const double alpha = inner + outer;

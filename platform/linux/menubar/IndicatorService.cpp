@@ -2,11 +2,11 @@
 
 #include <utility>
 
+#include "platform/linux/bus/BusDaemonCalls.h"
+
 namespace hushbox {
 namespace {
 
-constexpr const char* bus = "org.freedesktop.DBus";
-constexpr const char* busPath = "/org/freedesktop/DBus";
 constexpr std::chrono::milliseconds timeout{5000};
 
 }  // namespace
@@ -44,12 +44,7 @@ void IndicatorService::setOwner(Name& name, const char* owner) {
   if (indicators_.owner.empty()) return;
   for (Name* const each : {&indicators_, &watcher_}) {
     if (each->owner.empty() || each->process) continue;
-    bus_.call({{bus, busPath},
-               bus,
-               "GetConnectionUnixProcessID",
-               "(u)",
-               timeout,
-               takeArguments(g_variant_new("(s)", each->owner.c_str()))},
+    bus_.call(bus_daemon::processOf(each->owner, timeout),
               lifetime_.weakly([this, each, asked = each->owner](const BusReply& reply) {
                 noteProcess(*each, asked, reply);
               }));

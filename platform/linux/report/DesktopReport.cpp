@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "platform/linux/Descriptor.h"
+#include "platform/linux/bus/BusDaemonCalls.h"
 #include "platform/linux/bus/SessionBusConnection.h"
 #include "platform/linux/session/AutostartLoginItem.h"
 #include "platform/linux/session/JournalLog.h"
@@ -43,19 +44,9 @@ std::string sessionLine() {
   return "Desktop: " + desktop + ", " + display;
 }
 
-BusReply callBus(SessionBusConnection& bus, const char* method, const char* replyType,
-                 const char* name) {
-  return bus.callAndWait({{"org.freedesktop.DBus", "/org/freedesktop/DBus"},
-                          "org.freedesktop.DBus",
-                          method,
-                          replyType,
-                          replyTimeout,
-                          takeArguments(g_variant_new("(s)", name))});
-}
-
 /// The program that owns a name on the bus, by its file; nullopt if nothing owns it.
-std::optional<std::string> ownerOf(SessionBusConnection& bus, const char* name) {
-  const BusReply reply = callBus(bus, "GetConnectionUnixProcessID", "(u)", name);
+std::optional<std::string> ownerOf(SessionBusConnection& bus, const std::string& name) {
+  const BusReply reply = bus.callAndWait(bus_daemon::processOf(name, replyTimeout));
   if (!reply) return std::nullopt;
   guint32 process = 0;
   g_variant_get(reply.value.get(), "(u)", &process);
@@ -102,9 +93,10 @@ std::string notificationLine(SessionBusConnection& bus) {
 ReportLines busLines() {
   SessionBusConnection bus;
   const std::string id(bundleIdentifier);
-  const BusReply reply = callBus(bus, "NameHasOwner", "(b)", id.c_str());
+  const BusReply reply = bus.callAndWait(bus_daemon::call(
+      "NameHasOwner", "(b)", replyTimeout, takeArguments(g_variant_new("(s)", id.c_str()))));
   if (!reply) return {"Session bus: " + text::escapedForTerminal(reply.error)};
-  const auto running = ownerOf(bus, id.c_str());
+  const auto running = ownerOf(bus, id);
   return {"Session bus: replies",
           "Hushbox: " + (running ? "running, " + withoutHome(*running) : "not running"),
           hostLine(bus), notificationLine(bus)};

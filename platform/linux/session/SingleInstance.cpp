@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/linux/bus/BusDaemonCalls.h"
 #include "support/BundleIdentifier.h"
 
 namespace hushbox {
@@ -31,14 +32,9 @@ void SingleInstance::keep(std::function<void()> displaced) {
 }
 
 BusCall SingleInstance::requestName() {
-  return {
-      {"org.freedesktop.DBus", "/org/freedesktop/DBus"},
-      "org.freedesktop.DBus",
-      "RequestName",
-      "(u)",
-      timeout,
-      takeArguments(g_variant_new("(su)", std::string(bundleIdentifier).c_str(), doNotQueue)),
-  };
+  return bus_daemon::call(
+      "RequestName", "(u)", timeout,
+      takeArguments(g_variant_new("(su)", std::string(bundleIdentifier).c_str(), doNotQueue)));
 }
 
 void SingleInstance::noteReply(const BusReply& reply) {
