@@ -36,9 +36,13 @@ GVariant* toArray(const std::vector<std::int32_t>& numbers) {
                                    sizeof(std::int32_t));
 }
 
-void refuse(GDBusMethodInvocation* invocation, std::int32_t id) {
-  g_dbus_method_invocation_return_error(invocation, G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS,
-                                        "The menu has no item %d", id);
+/// Takes over a floating value.
+DBusMenu::Reply success(GVariant* value) {
+  return {.value = VariantPointer(g_variant_ref_sink(value))};
+}
+
+DBusMenu::Reply noSuchItem(std::int32_t id) {
+  return {.error = "The menu has no item " + std::to_string(id)};
 }
 
 GVariant* interfaceProperty(std::string_view name) {
@@ -125,7 +129,17 @@ void DBusMenu::announce(PropertyChanges& changes) {
 
 void DBusMenu::call(const std::string& method, GVariant* arguments,
                     GDBusMethodInvocation* invocation) {
-  using Handler = void (DBusMenu::*)(GVariant*, GDBusMethodInvocation*);
+  Reply reply = replyTo(method, arguments);
+  if (!reply.error.empty()) {
+    return g_dbus_method_invocation_return_error_literal(
+        invocation, G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS, reply.error.c_str());
+  }
+  g_dbus_method_invocation_return_value(invocation, reply.value.get());
+  if (!reply.clicked.empty()) chooseWhenAnswered(std::move(reply.clicked));
+}
+
+DBusMenu::Reply DBusMenu::replyTo(const std::string& method, GVariant* arguments) const {
+  using Handler = Reply (DBusMenu::*)(GVariant*) const;
   static const std::map<std::string, Handler> handlers{
       {"GetLayout", &DBusMenu::getLayout},
       {"GetGroupProperties", &DBusMenu::getGroupProperties},
@@ -134,17 +148,16 @@ void DBusMenu::call(const std::string& method, GVariant* arguments,
       {"EventGroup", &DBusMenu::eventGroup},
       {"AboutToShow", &DBusMenu::aboutToShow},
       {"AboutToShowGroup", &DBusMenu::aboutToShowGroup}};
-  // GDBus passes only the methods of the interface.
-  (this->*handlers.at(method))(arguments, invocation);
+  return (this->*handlers.at(method))(arguments);
 }
 
-void DBusMenu::getLayout(GVariant* arguments, GDBusMethodInvocation* invocation) {
+DBusMenu::Reply DBusMenu::getLayout(GVariant* arguments) const {
   std::int32_t parent = 0, depth = 0;
   GVariant* names = nullptr;
   g_variant_get(arguments, "(ii@as)", &parent, &depth, &names);
   const std::vector<std::string> wanted = strings(VariantPointer(names).get());
   const auto properties = propertiesOf(parent);
-  if (!properties) return refuse(invocation, parent);
+  if (!properties) return noSuchItem(parent);
   GVariantBuilder children;
   g_variant_builder_init(&children, G_VARIANT_TYPE("av"));
   // A negative depth requests all levels.
@@ -156,12 +169,11 @@ void DBusMenu::getLayout(GVariant* arguments, GDBusMethodInvocation* invocation)
                         nullptr));
     }
   }
-  g_dbus_method_invocation_return_value(
-      invocation, g_variant_new("(u(i@a{sv}av))", revision_, parent, properties->dictionary(wanted),
-                                &children));
+  return success(g_variant_new("(u(i@a{sv}av))", revision_, parent, properties->dictionary(wanted),
+                               &children));
 }
 
-void DBusMenu::getGroupProperties(GVariant* arguments, GDBusMethodInvocation* invocation) {
+DBusMenu::Reply DBusMenu::getGroupProperties(GVariant* arguments) const {
   GVariant *idArray = nullptr, *names = nullptr;
   g_variant_get(arguments, "(@ai@as)", &idArray, &names);
   std::vector<std::int32_t> ids = integers(VariantPointer(idArray).get());
@@ -176,34 +188,31 @@ void DBusMenu::getGroupProperties(GVariant* arguments, GDBusMethodInvocation* in
     if (const auto properties = propertiesOf(id))
       g_variant_builder_add(&builder, "(i@a{sv})", id, properties->dictionary(wanted));
   }
-  g_dbus_method_invocation_return_value(invocation, g_variant_new("(a(ia{sv}))", &builder));
+  return success(g_variant_new("(a(ia{sv}))", &builder));
 }
 
-void DBusMenu::getProperty(GVariant* arguments, GDBusMethodInvocation* invocation) {
+DBusMenu::Reply DBusMenu::getProperty(GVariant* arguments) const {
   std::int32_t id = 0;
   const char* name = nullptr;
   g_variant_get(arguments, "(i&s)", &id, &name);
   const auto properties = propertiesOf(id);
-  if (!properties) return refuse(invocation, id);
+  if (!properties) return noSuchItem(id);
   GVariant* value = properties->find(name);
-  if (!value) {
-    return g_dbus_method_invocation_return_error(invocation, G_DBUS_ERROR,
-                                                 G_DBUS_ERROR_INVALID_ARGS,
-                                                 "Item %d has no property \"%s\"", id, name);
-  }
-  g_dbus_method_invocation_return_value(invocation, g_variant_new("(v)", value));
+  if (value) return success(g_variant_new("(v)", value));
+  return {.error = "Item " + std::to_string(id) + " has no property \"" + name + '"'};
 }
 
-void DBusMenu::event(GVariant* arguments, GDBusMethodInvocation* invocation) {
+DBusMenu::Reply DBusMenu::event(GVariant* arguments) const {
   std::int32_t id = 0;
   const char* event = nullptr;
   g_variant_get(arguments, "(i&svu)", &id, &event, nullptr, nullptr);
-  if (!has(id)) return refuse(invocation, id);
-  g_dbus_method_invocation_return_value(invocation, nullptr);
-  if (std::string_view(event) == "clicked") chooseWhenAnswered({id});
+  if (!has(id)) return noSuchItem(id);
+  Reply reply;
+  if (std::string_view(event) == "clicked") reply.clicked.push_back(id);
+  return reply;
 }
 
-void DBusMenu::eventGroup(GVariant* arguments, GDBusMethodInvocation* invocation) {
+DBusMenu::Reply DBusMenu::eventGroup(GVariant* arguments) const {
   const VariantPointer events(g_variant_get_child_value(arguments, 0));
   std::vector<std::int32_t> clicked, unknown;
   GVariantIter iterator;
@@ -219,24 +228,24 @@ void DBusMenu::eventGroup(GVariant* arguments, GDBusMethodInvocation* invocation
   }
   // By the protocol, an error only when no event at all has an item.
   if (!unknown.empty() && unknown.size() == g_variant_n_children(events.get()))
-    return refuse(invocation, unknown.front());
-  g_dbus_method_invocation_return_value(invocation, g_variant_new("(@ai)", toArray(unknown)));
-  if (!clicked.empty()) chooseWhenAnswered(std::move(clicked));
+    return noSuchItem(unknown.front());
+  Reply reply = success(g_variant_new("(@ai)", toArray(unknown)));
+  reply.clicked = std::move(clicked);
+  return reply;
 }
 
-void DBusMenu::aboutToShow(GVariant* arguments, GDBusMethodInvocation* invocation) {
+DBusMenu::Reply DBusMenu::aboutToShow(GVariant* arguments) const {
   std::int32_t id = 0;
   g_variant_get(arguments, "(i)", &id);
-  if (!has(id)) return refuse(invocation, id);
-  g_dbus_method_invocation_return_value(invocation, g_variant_new("(b)", FALSE));
+  if (!has(id)) return noSuchItem(id);
+  return success(g_variant_new("(b)", FALSE));
 }
 
-void DBusMenu::aboutToShowGroup(GVariant* arguments, GDBusMethodInvocation* invocation) {
+DBusMenu::Reply DBusMenu::aboutToShowGroup(GVariant* arguments) const {
   const VariantPointer array(g_variant_get_child_value(arguments, 0));
   std::vector<std::int32_t> unknown = integers(array.get());
   std::erase_if(unknown, [this](std::int32_t id) { return has(id); });
-  g_dbus_method_invocation_return_value(invocation,
-                                        g_variant_new("(@ai@ai)", toArray({}), toArray(unknown)));
+  return success(g_variant_new("(@ai@ai)", toArray({}), toArray(unknown)));
 }
 
 void DBusMenu::chooseWhenAnswered(std::vector<std::int32_t> ids) {

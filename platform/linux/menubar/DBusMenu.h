@@ -38,19 +38,32 @@ class DBusMenu {
   /// removed, else the changed properties.
   void setRows(std::vector<MenuRow> rows);
 
+  struct Reply {
+    /// The tuple of results; null for a method without results and for an error.
+    VariantPointer value = {};
+    /// Empty unless the call is refused.
+    std::string error = {};
+    /// The items that the panel's user has clicked, in order. Each of them is in the menu.
+    std::vector<std::int32_t> clicked = {};
+  };
+
+  /// Returns the reply to a method call; changes nothing and runs no action. The interface must
+  /// have the method, and the arguments must have its types: GDBus refuses all other calls.
+  Reply replyTo(const std::string& method, GVariant* arguments) const;
+
  private:
   class PropertyChanges;
 
   static const GDBusInterfaceVTable vtable;
 
   void call(const std::string& method, GVariant* arguments, GDBusMethodInvocation* invocation);
-  void getLayout(GVariant* arguments, GDBusMethodInvocation* invocation);
-  void getGroupProperties(GVariant* arguments, GDBusMethodInvocation* invocation);
-  void getProperty(GVariant* arguments, GDBusMethodInvocation* invocation);
-  void event(GVariant* arguments, GDBusMethodInvocation* invocation);
-  void eventGroup(GVariant* arguments, GDBusMethodInvocation* invocation);
-  void aboutToShow(GVariant* arguments, GDBusMethodInvocation* invocation);
-  void aboutToShowGroup(GVariant* arguments, GDBusMethodInvocation* invocation);
+  Reply getLayout(GVariant* arguments) const;
+  Reply getGroupProperties(GVariant* arguments) const;
+  Reply getProperty(GVariant* arguments) const;
+  Reply event(GVariant* arguments) const;
+  Reply eventGroup(GVariant* arguments) const;
+  Reply aboutToShow(GVariant* arguments) const;
+  Reply aboutToShowGroup(GVariant* arguments) const;
 
   /// Returns nullopt when there is no such item.
   std::optional<MenuItemProperties> propertiesOf(std::int32_t id) const;
