@@ -11,7 +11,6 @@ using namespace hushbox;
 
 void check(SimulatedDesk& desk, SimulatedElement& button) {
   const auto muted = TeamsUI::currentMuteState();
-  HUSHBOX_REQUIRE(TeamsUI::currentMuteState() == muted);
   std::size_t presses = 0;
   button.perform = [&presses](std::string_view) {
     ++presses;
