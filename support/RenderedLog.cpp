@@ -31,9 +31,7 @@ std::string_view RenderedLog::text() const {
 RenderedLog::int_type RenderedLog::overflow(int_type character) {
   longer_.append(pbase(), pptr());
   setp(buffer_.data(), buffer_.data() + buffer_.size());
-  if (!traits_type::eq_int_type(character, traits_type::eof()))
-    sputc(traits_type::to_char_type(character));
-  return traits_type::not_eof(character);
+  return sputc(traits_type::to_char_type(character));
 }
 
 }  // namespace hushbox

@@ -25,6 +25,7 @@ class RenderedLog : private std::streambuf {
   std::string_view text() const;
 
  private:
+  /// Called only with a character: nothing but this class uses the stream buffer.
   int_type overflow(int_type character) override;
 
   std::array<char, 256> buffer_;

@@ -268,6 +268,23 @@ TEST_F(BatteryMonitorTest, CompletionMayStartAnotherReading) {
   EXPECT_EQ(completions, 2);
 }
 
+TEST_F(BatteryMonitorTest, WaitingReadingWaitsOnWhenACompletionStartsAnother) {
+  makeAndRead();
+  desk.loop.holdUtilityQueue();
+  monitor->refresh([this] { refresh(); });
+  refresh();
+  refresh();
+  desk.loop.releaseUtilityBlock(0);
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(desk.loop.waitingUtilityBlocks(), 2U);
+  desk.loop.resumeUtilityQueue();
+  desk.loop.runUntilIdle();
+  Lines heard = desk.journal.take("monitor");
+  EXPECT_EQ(std::count_if(heard.begin(), heard.end(),
+                          [](const auto& line) { return line.starts_with("completion"); }),
+            3);
+}
+
 // Destruction
 
 TEST_F(BatteryMonitorTest, ReadingInProgressKeepsAReleasedMonitorButPublishesNothing) {
