@@ -34,7 +34,10 @@ AtspiAccessibilityTree::AtspiAccessibilityTree(std::function<void()> switchedOn,
 AtspiAccessibilityTree::~AtspiAccessibilityTree() = default;
 
 bool AtspiAccessibilityTree::isProcessTrusted() {
-  return bus_.isEnabled() && bus_.connect();
+  if (bus_.readSwitch() == AtspiBus::Switch::off) return false;
+  // Connected ahead of the first read. Without a connection no application is found.
+  bus_.connect();
+  return true;
 }
 
 bool AtspiAccessibilityTree::isProcessTrustedWithOptions(bool prompt) {

@@ -52,7 +52,9 @@ class AtspiAccessibilityTree final : public AccessibilityTree {
                                   std::chrono::milliseconds freshness = LabelRefresher::freshness);
   ~AtspiAccessibilityTree() override;
 
-  /// Whether accessibility is switched on for the session and the accessibility bus is there.
+  /// Whether accessibility is switched on for the session. While the switch does not reply, the
+  /// last answer holds, and true before the first: what is not known to be missing is not asked of
+  /// the user.
   bool isProcessTrusted() override;
   /// With `prompt`, switches accessibility on; that takes effect after the call. Browsers on
   /// Chromium then have to be started again.

@@ -58,10 +58,11 @@ void AtspiBus::unwatch(const std::string& busName, unsigned subscription) {
   accessibility_.leave(busName);
 }
 
-bool AtspiBus::isEnabled() {
-  if (!connectSession()) return false;
-  if (!enabled_) enabled_ = askEnabled();
-  return enabled_.value_or(false);
+AtspiBus::Switch AtspiBus::readSwitch() {
+  if (!connectSession()) return Switch::off;
+  // A change signal that arrives while it is asked makes it stale again.
+  if (std::exchange(isSwitchStale_, false)) askSwitch();
+  return switch_;
 }
 
 void AtspiBus::enable() {
@@ -92,35 +93,43 @@ bool AtspiBus::connectSession() {
     session_.dispatch();
     if (session_.isOpen()) return true;
   }
-  enabled_.reset();
+  switch_ = Switch::unknown;
+  isSwitchStale_ = true;
   if (std::chrono::steady_clock::now() < nextSessionAttempt_) return false;
   const std::string address = sessionBusAddress();
   if (address.empty() || !session_.open(address, busTimeout)) {
     nextSessionAttempt_ = std::chrono::steady_clock::now() + attemptInterval;
     return false;
   }
-  // When the switch or its owner changes, the next isEnabled() asks again.
-  const auto forget = [this](GVariant*) { enabled_.reset(); };
+  // When the switch or its owner changes, the next readSwitch() asks again.
+  const auto forget = [this](GVariant*) { isSwitchStale_ = true; };
   session_.subscribe(launcherName, properties, "PropertiesChanged", statusInterface, forget);
   session_.subscribe(bus_daemon::object.busName.c_str(), bus_daemon::object.busName.c_str(),
                      "NameOwnerChanged", launcherName, forget);
   return true;
 }
 
-std::optional<bool> AtspiBus::askEnabled() {
+void AtspiBus::askSwitch() {
   CallBatch batch;
   const auto isEnabled =
       batch.add(atspi_calls::property(launcher, statusInterface, "IsEnabled", busTimeout));
   batch.send(session_);
   const BusReply& reply = batch[isEnabled];
+  if (reply.outcome == BusReply::Outcome::timedOut) {
+    isSwitchStale_ = true;
+    return;
+  }
+  switch_ = Switch::off;
   // If nothing owns org.a11y.Bus, accessibility is off; NameOwnerChanged reports when that changes.
-  if (reply.outcome == BusReply::Outcome::unreachable) return false;
-  if (!reply) return {};
+  if (reply.outcome == BusReply::Outcome::unreachable) return;
   GVariant* value = nullptr;
-  g_variant_get(reply.value.get(), "(v)", &value);
+  if (reply) g_variant_get(reply.value.get(), "(v)", &value);
   const VariantPointer owned(value);
-  if (!g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN)) return {};
-  return g_variant_get_boolean(value) != FALSE;
+  // A launcher that is starting up may refuse.
+  if (!value || !g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN))
+    isSwitchStale_ = true;
+  else if (g_variant_get_boolean(value))
+    switch_ = Switch::on;
 }
 
 std::optional<std::string> AtspiBus::askAddress() {

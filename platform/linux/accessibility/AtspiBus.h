@@ -22,9 +22,20 @@ class AtspiBus {
   /// The bus daemons and the switch reply within a millisecond unless something is badly wrong.
   static constexpr std::chrono::milliseconds busTimeout{1000};
 
-  /// Whether accessibility is switched on; false when that cannot be read. The switch's change
-  /// signals keep the answer up to date, so asking again costs no call.
-  bool isEnabled();
+  /// The switch that turns accessibility on. Off also when nothing provides it, or when there is no
+  /// session bus to ask.
+  enum class Switch {
+    off,
+    on,
+    unknown,  ///< Its owner has not replied in time, and never has before.
+  };
+
+  /// Reads the switch. Its change signals keep the answer up to date, so asking again costs no
+  /// call. While its owner does not reply, the last answer holds.
+  Switch readSwitch();
+
+  /// Whether accessibility is known to be switched on.
+  bool isEnabled() { return readSwitch() == Switch::on; }
 
   /// Turns the switch on, starting the program that provides it, and does not wait for that. A
   /// desktop keeps the setting for later sessions. Chromium reads the switch only when it starts.
@@ -74,13 +85,15 @@ class AtspiBus {
   using Moment = std::chrono::steady_clock::time_point;
 
   bool connectSession();
-  std::optional<bool> askEnabled();
+  void askSwitch();
   std::optional<std::string> askAddress();
 
   BoundedBusConnection session_;
   BoundedBusConnection accessibility_;
   CallBudget budget_;
-  std::optional<bool> enabled_;
+  /// The last answer on this connection to the session bus, and whether it may have changed since.
+  Switch switch_ = Switch::unknown;
+  bool isSwitchStale_ = true;
   Moment nextSessionAttempt_{};
   Moment nextAttempt_{};
   std::uint64_t generation_ = 0;

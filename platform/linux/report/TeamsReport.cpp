@@ -133,10 +133,13 @@ ReportLines pageLines() {
 
 ReportLines teamsReport() {
   AtspiBus bus;
-  const bool isEnabled = bus.isEnabled();
-  const bool hasBus = isEnabled && bus.connect();
+  using Switch = AtspiBus::Switch;
+  const Switch accessibility = bus.readSwitch();
+  const bool hasBus = accessibility == Switch::on && bus.connect();
   ReportLines lines;
-  if (!isEnabled)
+  if (accessibility == Switch::unknown)
+    lines.emplace_back("Accessibility: unknown; org.a11y.Bus does not reply");
+  else if (accessibility == Switch::off)
     lines.emplace_back("Accessibility: off; \"Grant Accessibility…\" in the menu turns it on");
   else
     lines.emplace_back(hasBus ? "Accessibility: on" : "Accessibility: on, but its bus is missing");

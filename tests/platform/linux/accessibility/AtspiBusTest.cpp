@@ -10,6 +10,7 @@
 #include "rehearsal/Session.h"
 #include "rehearsal/Waiting.h"
 #include "tests/platform/linux/fixtures/AccessibleProgram.h"
+#include "tests/platform/linux/fixtures/StoppedProcess.h"
 #include "tests/platform/linux/fixtures/TeamsReader.h"
 
 namespace hushbox {
@@ -26,6 +27,15 @@ class AtspiBusTest : public testing::Test {
 
   bool launcherRuns() const {
     return rehearsal::BusConnection(session_.busAddress()).hasOwner("org.a11y.Bus");
+  }
+
+  /// The process of org.a11y.Bus, which has the switch.
+  int launcher() const {
+    return rehearsal::BusConnection(session_.busAddress()).processOf("org.a11y.Bus");
+  }
+  /// The daemon of the accessibility bus.
+  int daemon() const {
+    return rehearsal::BusConnection(accessibility_.address()).processOf("org.freedesktop.DBus");
   }
 
   rehearsal::Session session_;
@@ -109,6 +119,56 @@ TEST_F(AtspiBusTest, FrozenSessionBusCostsOneTimeout) {
   session_.bus().thaw();
   accessibility_.setEnabled(true);
   EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, serverTimeout));
+}
+
+// Under load the launcher took more than a second to reply, and the menu offered to turn on what
+// was on already.
+TEST_F(AtspiBusTest, StaysTrustedWhileTheSwitchDoesNotReply) {
+  accessibility_.setEnabled(true);
+  ASSERT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, serverTimeout));
+  // Has the switch read again.
+  accessibility_.setEnabled(false);
+  accessibility_.setEnabled(true);
+  const StoppedProcess stopped(launcher());
+  EXPECT_TRUE(tree_.isProcessTrusted());
+  EXPECT_TRUE(tree_.isProcessTrusted());
+}
+
+TEST_F(AtspiBusTest, StaysUntrustedWhileTheSwitchDoesNotReply) {
+  accessibility_.setEnabled(false);
+  ASSERT_FALSE(tree_.isProcessTrusted());
+  accessibility_.setEnabled(true);
+  accessibility_.setEnabled(false);
+  const StoppedProcess stopped(launcher());
+  EXPECT_FALSE(tree_.isProcessTrusted());
+}
+
+TEST_F(AtspiBusTest, SwitchThatHasNeverRepliedIsNotAMissingPermission) {
+  accessibility_.setEnabled(false);
+  {
+    const StoppedProcess stopped(launcher());
+    EXPECT_TRUE(holdsWithin([&] { return tree_.isProcessTrusted(); }, serverTimeout));
+    EXPECT_TRUE(tree_.isProcessTrusted());
+    EXPECT_FALSE(AtspiBus().isEnabled());
+  }
+  EXPECT_TRUE(holdsWithin([&] { return !tree_.isProcessTrusted(); }, serverTimeout));
+}
+
+TEST_F(AtspiBusTest, BusThatDoesNotReplyIsNotAMissingPermission) {
+  accessibility_.setEnabled(true);
+  TeamsReader reader(tree_, tree_.workspace());
+  {
+    const StoppedProcess stopped(daemon());
+    EXPECT_TRUE(
+        holdsWithin([&] { return reader.read() == TeamsReader::notRunning; }, serverTimeout));
+    // At once: it does not connect again for a second.
+    EXPECT_EQ(reader.read(), TeamsReader::notRunning);
+  }
+  AccessibleProgram program(accessibility_.address(), "Browser", "Gecko");
+  program.put("/document",
+              {.role = 95, .documentAttributes = {{"URI", "https://teams.microsoft.com/v2/"}}});
+  program.put(AccessibleProgram::root, {.role = 75, .children = {"/document"}});
+  EXPECT_TRUE(holdsWithin([&] { return reader.read() == TeamsReader::noMeeting; }, serverTimeout));
 }
 
 TEST(AtspiBusWithoutSession, IsNotTrusted) {

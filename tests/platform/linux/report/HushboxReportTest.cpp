@@ -12,10 +12,13 @@
 #include <string>
 #include <vector>
 
+#include "rehearsal/AccessibilityBus.h"
+#include "rehearsal/BusConnection.h"
 #include "rehearsal/Desk.h"
 #include "rehearsal/HushboxProcess.h"
 #include "rehearsal/PowerDaemon.h"
 #include "rehearsal/Waiting.h"
+#include "tests/platform/linux/fixtures/StoppedProcess.h"
 
 namespace hushbox {
 namespace {
@@ -159,6 +162,14 @@ TEST(HushboxReportBrokenDeskTest, EveryLineIsThereWithoutAnyServer) {
   EXPECT_THAT(lines, Contains(StartsWith("Accessibility: off")));
   EXPECT_THAT(lines, Contains("Battery: UPower does not reply"));
   EXPECT_THAT(lines, Contains(StartsWith("Journal: ")));
+}
+
+TEST(HushboxReportBrokenDeskTest, DoesNotGuessASwitchThatDoesNotReply) {
+  const Session session;
+  rehearsal::AccessibilityBus(session).setEnabled(true);
+  const StoppedProcess stopped(
+      rehearsal::BusConnection(session.busAddress()).processOf("org.a11y.Bus"));
+  EXPECT_THAT(reportIn(session), Contains("Accessibility: unknown; org.a11y.Bus does not reply"));
 }
 
 TEST(HushboxReportBrokenDeskTest, SaysHowToBringABrowserOntoTheBus) {
