@@ -14,8 +14,10 @@ namespace {
 
 using namespace hushbox;
 
-/// For the whole program: UPower replies within milliseconds unless something is wrong.
-constexpr unsigned timeoutSeconds = 2;
+/// For the whole program. UPower replies within milliseconds, but a call starts when the machine is
+/// busiest, and a reading that fails then costs the warning of a low battery. Less than the ten
+/// seconds after which Hushbox kills this program.
+constexpr unsigned timeoutSeconds = 5;
 
 constexpr const char* upower = "org.freedesktop.UPower";
 
