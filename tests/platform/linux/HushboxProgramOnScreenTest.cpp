@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -75,14 +76,30 @@ class HushboxProgramOnScreenTest : public testing::Test {
     waitUntil([&] { return !panel_->items().empty() && panel_->toolTip() == text; }, serverTimeout,
               "the tool tip \"" + text + "\"");
   }
+  static bool hasRow(const std::string& text) {
+    return std::ranges::any_of(panel_->itemMenu().rows(),
+                               [&](const ItemMenu::Row& row) { return row.text.ends_with(text); });
+  }
   static void waitForRow(const std::string& text) {
-    waitUntil(
-        [&] {
-          for (const ItemMenu::Row& row : panel_->itemMenu().rows())
-            if (row.text.ends_with(text)) return true;
-          return false;
-        },
-        serverTimeout, "the row \"" + text + "\"");
+    waitUntil([&] { return hasRow(text); }, serverTimeout, "the row \"" + text + "\"");
+  }
+  /// Waits for a row that a reading of the battery causes. On a busy machine a reading may time
+  /// out, which warns of nothing and empties the battery's row; the next call has it read again.
+  void waitForReading(const std::string& text) {
+    // A reading is over after ten seconds.
+    constexpr std::chrono::seconds maxReadingTime{12};
+    for (int attempt = 0; attempt < 2; ++attempt) {
+      if (holdsWithin([&] { return hasRow(text); }, maxReadingTime)) return;
+      const bool wasOnACall = call_ != nullptr;
+      call_.reset();
+      waitForToolTip("Hushbox: Not on a call");
+      call_ = desk_->audio().record();
+      waitForToolTip("Hushbox: On a call — live");
+      if (wasOnACall) continue;
+      call_.reset();
+      waitForToolTip("Hushbox: Not on a call");
+    }
+    waitForRow(text);
   }
   static std::vector<std::string> rowTexts() {
     std::vector<std::string> texts;
@@ -114,7 +131,7 @@ class HushboxProgramOnScreenTest : public testing::Test {
 };
 
 TEST_F(HushboxProgramOnScreenTest, MenuShowsTheCallAndTheBattery) {
-  waitForRow("Battery: 84%");
+  waitForReading("Battery: 84%");
   pictureMenu("program-connected");
   EXPECT_THAT(rowTexts(), ElementsAre("Not on a call", "Battery: 84%", "Waiting for Jabra button…",
                                       "", "Launch at login", "", "Quit Hushbox"));
@@ -136,7 +153,7 @@ TEST_F(HushboxProgramOnScreenTest, CallOnALowBatteryShowsAWarning) {
   panel_->picture(corner, file);
   EXPECT_EQ(Picture(file).standingOut(), 0);
   startCall();
-  waitForRow("Call started — battery 21%, notified");
+  waitForReading("Call started — battery 21%, notified");
   const auto shown = desk_->notifications().waitForShown(1);
   EXPECT_EQ(shown.back().title, "Jabra battery low: 21%");
   EXPECT_EQ(shown.back().body,
@@ -156,7 +173,7 @@ TEST_F(HushboxProgramOnScreenTest, CallOnAChargingBatteryShowsNoWarning) {
   desk_->notifications().clear();
   power_->change(21, "Charging");
   startCall();
-  waitForRow("Battery: 21% (charging)");
+  waitForReading("Battery: 21% (charging)");
   // Enough time for a warning.
   rehearsal::letPass(std::chrono::milliseconds{500});
   EXPECT_TRUE(desk_->notifications().notifications().empty());
