@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <vector>
 
 namespace hushbox::rehearsal {
 namespace {
@@ -22,10 +23,21 @@ std::string lineWith(const std::string& log, const std::string& text, int count)
   return end == std::string::npos ? std::string() : log.substr(start, end - start);
 }
 
+/// The command that runs the program in that environment.
+std::vector<std::string> commandFor(const std::string& program, const Environment& additions) {
+  if (additions.empty()) return {program};
+  std::vector<std::string> command{"env"};
+  for (const auto& [name, value] : additions) command.push_back(name + "=" + value);
+  command.push_back(program);
+  return command;
+}
+
 }  // namespace
 
-HushboxProcess::HushboxProcess(const Session& session, const std::string& program)
-    : path_((session.folder() / logName).string()), process_(session.start(logName, {program})) {
+HushboxProcess::HushboxProcess(const Session& session, const std::string& program,
+                               const Environment& additions)
+    : path_((session.folder() / logName).string()),
+      process_(session.start(logName, commandFor(program, additions))) {
   process_->waitUntilReady([this] { return !log().empty(); }, "Hushbox's first log record");
 }
 

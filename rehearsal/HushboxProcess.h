@@ -11,9 +11,10 @@ namespace hushbox::rehearsal {
 /// The Hushbox program, running in a session, and the log that it writes to standard error.
 class HushboxProcess {
  public:
-  /// Starts the program and waits for its first log record. Throws DeskError if the program exits
-  /// or logs nothing.
-  HushboxProcess(const Session& session, const std::string& program);
+  /// Starts the program, with `additions` to the session's environment, and waits for its first log
+  /// record. Throws DeskError if the program exits or logs nothing.
+  HushboxProcess(const Session& session, const std::string& program,
+                 const Environment& additions = {});
 
   /// Everything logged so far.
   std::string log() const;

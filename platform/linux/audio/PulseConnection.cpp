@@ -34,8 +34,8 @@ void PulseConnection::open() {
   if (context_ == nullptr ||
       pa_context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0 ||
       !PA_CONTEXT_IS_GOOD(pa_context_get_state(context_))) {
-    close();
     openAfterDelay();
+    close();
     return;
   }
   // Set only now, or an immediate failure would be handled twice: above and in the callback.
@@ -62,22 +62,28 @@ void PulseConnection::stateChanged() {
     client_.connected(*context_);
   } else if (!PA_CONTEXT_IS_GOOD(state)) {
     const bool wasReady = ready_;
-    close();
     openAfterDelay();
+    close();
     if (wasReady) client_.disconnected();
   }
 }
 
 void PulseConnection::openAfterDelay() {
-  timeval due{};
-  pa_timeval_add(pa_gettimeofday(&due), static_cast<pa_usec_t>(delay_.count()) * PA_USEC_PER_MSEC);
   const auto retry = [](pa_mainloop_api* loop, pa_time_event* event, const timeval*, void* self) {
     auto& connection = *static_cast<PulseConnection*>(self);
     loop->time_free(event);
     connection.retry_ = nullptr;
     connection.open();
   };
-  retry_ = loop_.time_new(&loop_, &due, retry, this);
+  const auto delay = static_cast<pa_usec_t>(delay_.count()) * PA_USEC_PER_MSEC;
+  if (context_ != nullptr) {
+    // Counts elapsed time. A time of day would be converted with a second reading of the clock, and
+    // one that is set back in between would put the attempt off by as much.
+    retry_ = pa_context_rttime_new(context_, pa_rtclock_now() + delay, retry, this);
+  } else {
+    timeval due{};
+    retry_ = loop_.time_new(&loop_, pa_timeval_add(pa_gettimeofday(&due), delay), retry, this);
+  }
   delay_ = std::min(2 * delay_, maxRetryDelay);
 }
 

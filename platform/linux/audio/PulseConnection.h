@@ -50,6 +50,7 @@ class PulseConnection {
   void open();
   void close();
   void stateChanged();
+  /// Call it before `close()`: the delay is the context's to count.
   void openAfterDelay();
 
   pa_mainloop_api& loop_;
