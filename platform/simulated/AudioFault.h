@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "platform/AudioHardware.h"
+#include "platform/Time.h"
 
 namespace hushbox {
 
@@ -18,7 +19,7 @@ enum class AudioOperation {
   removePropertyListener
 };
 
-/// A failure to inject into the simulated audio hardware.
+/// A failure or a delay to inject into the simulated audio hardware.
 struct AudioFault {
   AudioOperation operation = AudioOperation::getPropertyData;
   AudioPropertyAddress address = audio::inputVolume;
@@ -31,6 +32,8 @@ struct AudioFault {
   std::optional<std::uint32_t> size = std::nullopt;
   /// How many calls fail; absent for all of them.
   std::optional<int> times = std::nullopt;
+  /// How long the call blocks before it fails or does the work.
+  TimeInterval duration{};
 };
 
 }  // namespace hushbox

@@ -130,7 +130,8 @@ void SimulatedAudioHardware::putBackLater(AudioObjectID id, float volume) {
 }
 
 void SimulatedAudioHardware::setRunning(AudioObjectID id, bool running) {
-  if (std::exchange(require(id).data.running, running) != running) {
+  const std::uint32_t value = running ? 1 : 0;
+  if (std::exchange(require(id).data.running, value) != value) {
     announce(id, audio::runningSomewhere);
   }
 }
@@ -188,6 +189,7 @@ std::optional<AudioFault> SimulatedAudioHardware::takeFault(AudioOperation opera
     if (fault.operation != operation || fault.address != address) continue;
     if (fault.object.value_or(object) != object || fault.times == 0) continue;
     if (fault.times) --*fault.times;
+    loop_.sleep(fault.duration);
     return fault;
   }
   return std::nullopt;
@@ -198,8 +200,7 @@ std::vector<std::byte> SimulatedAudioHardware::valueOf(AudioObjectID object,
   if (address == audio::deviceList) return bytesOf(order_.data(), order_.size());
   const SimulatedDevice& device = require(object).data;
   if (address == audio::inputVolume) return bytesOf(&*device.inputVolume, 1);
-  const std::uint32_t running = device.running ? 1 : 0;
-  return bytesOf(&running, 1);
+  return bytesOf(&device.running, 1);
 }
 
 bool SimulatedAudioHardware::hasProperty(AudioObjectID object,

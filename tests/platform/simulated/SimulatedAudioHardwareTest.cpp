@@ -264,6 +264,16 @@ TEST_F(SimulatedAudioHardwareTest, FaultAffectsItsOperationAndObjectForAFixedNum
   EXPECT_THAT(journal.take("audio"), testing::Contains("get 2 input volume (4 bytes): -> -50"));
 }
 
+TEST_F(SimulatedAudioHardwareTest, FaultMayOnlyDelayTheCall) {
+  const AudioObjectID device = plug();
+  audio.addFault({.times = 1, .duration = 200ms});
+  float volume = 0;
+  EXPECT_EQ(read(device, volume), 0);
+  EXPECT_EQ(read(device, volume), 0);
+  EXPECT_EQ(volume, 0.8F);
+  EXPECT_EQ(loop.now().time_since_epoch(), 200ms);
+}
+
 TEST_F(SimulatedAudioHardwareTest, FaultCanAffectEveryOperation) {
   const AudioObjectID device = plug();
   for (const AudioOperation operation :
