@@ -67,6 +67,13 @@ TEST_F(JabraMonitorAttachmentTest, UnpluggingTakesItsStepsInOrder) {
   EXPECT_FALSE(monitor->isInCall());
 }
 
+TEST_F(JabraMonitorAttachmentTest, UnpluggingAnnouncesEvenWhatWasUnknown) {
+  startWithUnknownState();
+  desk.audio.unplug(speakerphone);
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(desk.journal.take("monitor"), Lines(3, "will change"));
+}
+
 TEST_F(JabraMonitorAttachmentTest, MissingDeviceIsReportedOnce) {
   startWithSpeakerphone();
   desk.audio.unplug(speakerphone);
@@ -108,7 +115,7 @@ TEST_F(JabraMonitorAttachmentTest, ListChangeWithTheSameDeviceChangesAndLogsNoth
 TEST_F(JabraMonitorAttachmentTest, DeviceEarlierInTheListReplacesTheAttachedOne) {
   startWithSpeakerphone(0);
   journalMembers();
-  desk.audio.plug({"Jabra next", 0.5F, true}, 0);
+  desk.audio.plug({"Jabra next", 0.5F, 1}, 0);
   desk.journal.take();
   desk.loop.runUntilIdle();
   EXPECT_THAT(
@@ -137,6 +144,17 @@ TEST_F(JabraMonitorAttachmentTest, ListenerThatCouldNotBeAddedIsNotRemoved) {
   EXPECT_THAT(desk.journal.take("audio"),
               ElementsAre("size 1 device list: 0 bytes -> 0", "get 1 device list (0 bytes):  -> 0",
                           "remove listener 2 running -> !obj"));
+  desk.audio.clearFaults();
+  desk.audio.addFault(
+      {.operation = AudioOperation::addPropertyListener, .address = audio::runningSomewhere});
+  speakerphone = desk.plugSpeakerphone();
+  desk.loop.runUntilIdle();
+  desk.journal.take();
+  desk.audio.unplug(speakerphone);
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take("audio"),
+              ElementsAre("size 1 device list: 0 bytes -> 0", "get 1 device list (0 bytes):  -> 0",
+                          "remove listener 3 input volume -> !obj"));
 }
 
 TEST_F(JabraMonitorAttachmentTest, LateNotificationOfTheFormerDeviceReadsTheCurrentOne) {
@@ -162,6 +180,13 @@ TEST_F(JabraMonitorAttachmentTest, UseOfTheDeviceIsACall) {
   EXPECT_THAT(desk.journal.take(),
               ElementsAre("audio: get 2 running (4 bytes): 1 -> 0", "monitor: will change",
                           "log: jabra info: Jabra mic in use -> true", "monitor: call started"));
+  EXPECT_TRUE(monitor->isInCall());
+}
+
+TEST_F(JabraMonitorAttachmentTest, AnyNumberButZeroMeansInUse) {
+  start();
+  desk.audio.plug({.name = "Jabra Speak2 75", .inputVolume = 0.8F, .running = 2});
+  desk.loop.runUntilIdle();
   EXPECT_TRUE(monitor->isInCall());
 }
 

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <limits>
 #include <vector>
 
 #include "tests/headset/JabraMonitorFixture.h"
@@ -121,6 +122,19 @@ TEST_F(JabraMonitorButtonTest, BounceKeepsAnUnknownState) {
   EXPECT_EQ(monitor->isMuted(), std::nullopt);
 }
 
+TEST_F(JabraMonitorButtonTest, BounceKeepsAMutedState) {
+  startWithSpeakerphone();
+  setVolume(0);
+  // The next device is muted, so the state is muted while the mute is pending.
+  desk.audio.unplug(speakerphone);
+  speakerphone = desk.plugSpeakerphone(0);
+  desk.loop.runUntilIdle();
+  ASSERT_EQ(monitor->isMuted(), true);
+  setVolume(0.5F);
+  EXPECT_THAT(takeEvents(), ElementsAre("button toggled"));
+  EXPECT_EQ(monitor->isMuted(), true);
+}
+
 TEST_F(JabraMonitorButtonTest, BounceJustInsideTheWindowIsAToggle) {
   startWithSpeakerphone();
   setVolume(0);
@@ -211,6 +225,70 @@ TEST_F(JabraMonitorButtonTest, AnyLevelAboveZeroIsUnmuted) {
   EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
   EXPECT_THAT(desk.log.texts("jabra"),
               testing::Contains("Jabra input volume 0.000000 -> muted=false selfInitiated=false"));
+}
+
+TEST_F(JabraMonitorButtonTest, LevelBelowZeroIsUnmutedAndNeverRestored) {
+  startWithUnknownState(-0.5F);
+  announceVolume();
+  EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
+  EXPECT_EQ(monitor->isMuted(), false);
+  EXPECT_EQ(lastRecord(), "Jabra input volume -0.500000 -> muted=false selfInitiated=false");
+  monitor->setMuted(true);
+  desk.journal.take();
+  monitor->setMuted(false);
+  EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.6 -> 0"));
+}
+
+TEST_F(JabraMonitorButtonTest, LevelThatIsNotANumberIsUnmuted) {
+  startWithUnknownState(std::numeric_limits<float>::quiet_NaN());
+  announceVolume();
+  EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
+  EXPECT_THAT(lastRecord(), testing::EndsWith("-> muted=false selfInitiated=false"));
+}
+
+// What a callback or a subscriber finds. Listeners called from it see the state of that moment.
+
+TEST_F(JabraMonitorButtonTest, NoMuteIsPendingWhenTheStateBecomesMuted) {
+  startWithSpeakerphone();
+  setVolume(0);
+  subscription = monitor->objectWillChange.subscribe([this] {
+    subscription = {};
+    desk.audio.setInputVolume(speakerphone, 0.8F);
+    desk.audio.fireListenersOnce();
+  });
+  desk.advance(300ms);
+  // With a mute still pending it would be a bounce. The state was unmuted before.
+  EXPECT_THAT(takeEvents(), ElementsAre("button muted", "button unmuted"));
+}
+
+TEST_F(JabraMonitorButtonTest, NoMuteIsPendingWhenMutedIsRaised) {
+  startWithSpeakerphone();
+  setVolume(0);
+  monitor->onButton = [this](ButtonEvent event) {
+    hear("button " + nameOf(event));
+    if (event != ButtonEvent::muted) return;
+    desk.audio.setInputVolume(speakerphone, 0.8F);
+    desk.audio.fireListenersOnce();
+  };
+  desk.advance(300ms);
+  EXPECT_THAT(takeEvents(), ElementsAre("button muted", "button unmuted"));
+}
+
+TEST_F(JabraMonitorButtonTest, NoMuteIsPendingWhenToggledIsRaised) {
+  startWithSpeakerphone();
+  monitor->onButton = [this](ButtonEvent event) {
+    hear("button " + nameOf(event));
+    if (event != ButtonEvent::toggled) return;
+    desk.audio.setAnnouncementDelay(1h);
+    desk.audio.setInputVolume(speakerphone, 0);
+    desk.audio.fireListenersOnce();
+  };
+  setVolume(0);
+  setVolume(0.8F);
+  desk.advance(299ms);
+  EXPECT_THAT(takeEvents(), ElementsAre("button toggled"));
+  desk.advance(1ms);
+  EXPECT_THAT(takeEvents(), ElementsAre("button muted"));
 }
 
 // Every transition
@@ -329,6 +407,20 @@ TEST_F(JabraMonitorButtonTest, PendingMuteSurvivesUnplugging) {
   EXPECT_THAT(takeEvents(), ElementsAre("button muted"));
   EXPECT_EQ(monitor->isMuted(), true);
   EXPECT_EQ(monitor->deviceName(), std::nullopt);
+}
+
+TEST_F(JabraMonitorButtonTest, PendingMuteOfAnUnpluggedDeviceBouncesOnTheNextOne) {
+  startWithSpeakerphone();
+  setVolume(0);
+  desk.audio.unplug(speakerphone);
+  desk.loop.runUntilIdle();
+  ASSERT_EQ(monitor->deviceName(), std::nullopt);
+  speakerphone = desk.plugSpeakerphone(0.5F);
+  desk.loop.runUntilIdle();
+  setVolume(0.4F);
+  EXPECT_THAT(takeEvents(), ElementsAre("button toggled"));
+  desk.advance(10s);
+  EXPECT_THAT(takeEvents(), IsEmpty());
 }
 
 TEST_F(JabraMonitorButtonTest, PendingMuteSurvivesAChangeOfDevice) {

@@ -163,7 +163,8 @@ TEST_F(JabraMonitorDiscoveryTest, DeviceListHasAsManyEntriesAsItsSizeHolds) {
 // Values read when attaching
 
 TEST_F(JabraMonitorDiscoveryTest, OnlyAVolumeOfExactlyZeroIsMuted) {
-  for (const auto& [volume, muted] : {std::pair{0.0F, true}, {1e-30F, false}, {1.0F, false}}) {
+  for (const auto& [volume, muted] :
+       {std::pair{0.0F, true}, {-0.0F, true}, {1e-30F, false}, {1.0F, false}, {-0.5F, false}}) {
     const AudioObjectID id = desk.plugSpeakerphone(volume);
     start();
     EXPECT_EQ(monitor->isMuted(), muted) << volume;
@@ -181,8 +182,20 @@ TEST_F(JabraMonitorDiscoveryTest, UnmutingRestoresTheVolumeSeenWhenAttaching) {
   EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.3F);
 }
 
-TEST_F(JabraMonitorDiscoveryTest, UnreadableVolumeLeavesTheStateUnknown) {
-  startWithUnknownState(0.3F);
+TEST_F(JabraMonitorDiscoveryTest, UnmutingNeverRestoresAVolumeBelowZero) {
+  startWithSpeakerphone(-0.5F);
+  monitor->setMuted(true);
+  monitor->setMuted(false);
+  EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.6F);
+}
+
+TEST_F(JabraMonitorDiscoveryTest, UnreadableVolumeLeavesTheStateUnknownAndUnannounced) {
+  start();
+  desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
+  speakerphone = desk.plugSpeakerphone(0.3F);
+  desk.loop.runUntilIdle();
+  // The name and the use.
+  EXPECT_EQ(desk.journal.take("monitor"), Lines(2, "will change"));
   EXPECT_EQ(monitor->isMuted(), std::nullopt);
   EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
   monitor->setMuted(false);

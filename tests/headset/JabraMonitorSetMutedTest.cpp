@@ -75,6 +75,15 @@ TEST_F(JabraMonitorSetMutedTest, DoesNothingWithoutADevice) {
   EXPECT_EQ(monitor->isMuted(), std::nullopt);
 }
 
+TEST_F(JabraMonitorSetMutedTest, CallWithoutADeviceStartsNoEchoWindow) {
+  start();
+  monitor->setMuted(true);
+  speakerphone = desk.plugSpeakerphone(0);
+  desk.loop.runUntilIdle();
+  setVolume(0.8F);
+  EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
+}
+
 TEST_F(JabraMonitorSetMutedTest, NeverRaisesAButtonEvent) {
   startWithSpeakerphone();
   for (const bool muted : {true, false, true}) {
@@ -139,6 +148,24 @@ TEST_F(JabraMonitorSetMutedTest, ChangeInsideTheEchoWindowUpdatesTheLevel) {
   EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.4 -> 0"));
 }
 
+TEST_F(JabraMonitorSetMutedTest, LevelOfTheFormerDeviceIsRestoredOnAMutedOrUnreadableOne) {
+  for (const bool isReadable : {true, false}) {
+    SCOPED_TRACE(isReadable);
+    startWithSpeakerphone(0.8F);
+    desk.audio.unplug(speakerphone);
+    desk.loop.runUntilIdle();
+    if (!isReadable) desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
+    speakerphone = desk.plugSpeakerphone(0);
+    desk.loop.runUntilIdle();
+    ASSERT_EQ(monitor->isMuted(), isReadable ? std::optional(true) : std::nullopt);
+    monitor->setMuted(false);
+    EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0.8F);
+    release();
+    desk.audio.unplug(speakerphone);
+    desk.loop.runUntilIdle();
+  }
+}
+
 // The echo of the write
 
 TEST_F(JabraMonitorSetMutedTest, EchoOfItsOwnWriteIsLoggedAndIgnored) {
@@ -196,6 +223,45 @@ TEST_F(JabraMonitorSetMutedTest, EchoWindowStartsBeforeTheAnnouncementAndTheWrit
   EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
 }
 
+TEST_F(JabraMonitorSetMutedTest, EchoWindowStartsAfterTheVolumeIsRead) {
+  startWithSpeakerphone(0.8F);
+  desk.audio.addFault({.times = 1, .duration = 200ms});
+  monitor->setMuted(true);
+  desk.loop.runUntilIdle();
+  desk.advance(499ms);
+  setVolume(0.8F);
+  EXPECT_THAT(takeEvents(), IsEmpty());
+  desk.advance(1ms);
+  setVolume(0.7F);
+  EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
+}
+
+TEST_F(JabraMonitorSetMutedTest, EchoWindowEndsWhileAChangedVolumeIsRead) {
+  startWithSpeakerphone(0.8F);
+  monitor->setMuted(true);
+  desk.loop.runUntilIdle();
+  desk.advance(400ms);
+  desk.audio.addFault({.times = 1, .duration = 100ms});
+  setVolume(0.8F);
+  EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
+}
+
+TEST_F(JabraMonitorSetMutedTest, EchoWindowContinuesAcrossReplugging) {
+  startWithSpeakerphone(0.8F);
+  monitor->setMuted(true);
+  desk.audio.unplug(speakerphone);
+  desk.loop.runUntilIdle();
+  speakerphone = desk.plugSpeakerphone(0);
+  desk.advance(499ms);
+  takeEvents();
+  setVolume(0.7F);
+  EXPECT_THAT(takeEvents(), IsEmpty());
+  EXPECT_EQ(monitor->isMuted(), true);
+  desk.advance(1ms);
+  setVolume(0.8F);
+  EXPECT_THAT(takeEvents(), ElementsAre("button unmuted"));
+}
+
 TEST_F(JabraMonitorSetMutedTest, CallWithoutEffectStartsNoEchoWindow) {
   startWithSpeakerphone(0);
   monitor->setMuted(true);
@@ -211,6 +277,8 @@ TEST_F(JabraMonitorSetMutedTest, FailedWriteIsOnlyLogged) {
   monitor->setMuted(true);
   EXPECT_EQ(lastRecord(), "Set Jabra input volume to 0.000000 (status -50)");
   EXPECT_EQ(monitor->isMuted(), true);
+  EXPECT_THAT(desk.journal.take("audio"), ElementsAre("get 2 input volume (4 bytes): 0.8 -> 0",
+                                                      "set 2 input volume (4 bytes): 0 -> -50"));
   desk.journal.take();
   desk.advance(10s);
   EXPECT_THAT(desk.journal.take(), IsEmpty());
