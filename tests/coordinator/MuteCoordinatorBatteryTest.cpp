@@ -62,9 +62,11 @@ TEST_F(MuteCoordinatorBatteryTest, WarnsOnlyBelow30Percent) {
                           {"", nullptr, noStatus}}) {
     SCOPED_TRACE(one.report);
     const std::size_t before = desk.notifications.requests().size();
+    const std::size_t records = desk.log.texts("coordinator").size();
     startCallWith(one.report);
     const auto& requests = desk.notifications.requests();
     ASSERT_EQ(requests.size(), before + (one.title ? 1 : 0));
+    EXPECT_EQ(desk.log.texts("coordinator").size(), records + (one.title ? 1 : 0));
     if (one.title) {
       EXPECT_EQ(requests.back().title, one.title);
       EXPECT_EQ(requests.back().body,
@@ -120,6 +122,19 @@ TEST_F(MuteCoordinatorBatteryTest, WarnsWhenTheReadingArrivesHoweverLongItTakes)
   desk.advance(7s);
   EXPECT_THAT(desk.notifications.requests(), IsEmpty());
   desk.advance(1s);
+  EXPECT_EQ(coordinator->lastEvent(), "10:42  Call started — battery 12%, notified");
+}
+
+TEST_F(MuteCoordinatorBatteryTest, WarnsEvenIfTheHeadsetWasUnpluggedMeanwhile) {
+  desk.setBattery(90);
+  startWithSpeakerphone();
+  desk.loop.setUtilityLatency(8s);
+  desk.setBattery(12);
+  setInCall(true);
+  desk.audio.unplug(speakerphone);
+  desk.loop.runUntilIdle();
+  ASSERT_FALSE(coordinator->jabra().isInCall());
+  desk.advance(8s);
   EXPECT_EQ(coordinator->lastEvent(), "10:42  Call started — battery 12%, notified");
 }
 

@@ -198,6 +198,19 @@ TEST_F(MuteCoordinatorPollTest, ChangeThatMatchesTheHeadsetIsOnlyStored) {
   EXPECT_EQ(coordinator->lastEvent(), "10:42  Mute — no Teams meeting found");
 }
 
+TEST_F(MuteCoordinatorPollTest, HeadsetThatDiffersFromAnUnchangedStateIsLeftAlone) {
+  startCall(0.8F, false);
+  desk.advance(1s);
+  desk.teams.setPressStatus(accessibility::failure);
+  press(ButtonEvent::muted);
+  desk.journal.take();
+  desk.advance(10s);
+  EXPECT_EQ(takeAnnouncements(), 0U);
+  EXPECT_THAT(desk.journal.take("audio"), IsEmpty());
+  EXPECT_EQ(coordinator->jabra().isMuted(), true);
+  EXPECT_EQ(coordinator->lastEvent(), "10:42  Mute — no Teams meeting found");
+}
+
 TEST_F(MuteCoordinatorPollTest, HeadsetInAnUnknownStateFollowsTeams) {
   desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
   startCall(0.8F, false);
@@ -291,6 +304,18 @@ TEST_F(MuteCoordinatorPollTest, PressDuringThePauseReachesTeams) {
   EXPECT_THAT(secondsOfTeamsCalls(6), testing::SizeIs(2));
 }
 
+TEST_F(MuteCoordinatorPollTest, EndOfTheCallIsNoticedDuringThePause) {
+  startWithSpeakerphone();
+  setInCall(true);
+  desk.advance(1s);
+  desk.teams.joinMeeting(false);
+  press(ButtonEvent::muted);
+  setInCall(false);
+  ASSERT_EQ(coordinator->teamsMuted(), true);
+  desk.advance(700ms);
+  EXPECT_EQ(coordinator->teamsMuted(), std::nullopt);
+}
+
 TEST_F(MuteCoordinatorPollTest, PauseStartsWhenAFrozenTeamsHasTimedOut) {
   startCall(0.8F, false);
   desk.teams.freeze();
@@ -317,6 +342,13 @@ TEST_F(MuteCoordinatorPollTest, WakingRunsOnePoll) {
 TEST(MuteCoordinatorPollDeathTest, PollOffTheMainThreadAborts) {
   SimulatedDesk desk;
   const MuteCoordinator coordinator;
+  desk.loop.runUntilIdle();
+  EXPECT_DEATH(desk.loop.runInBackground([&] { desk.advance(1s); }), "");
+}
+
+TEST(MuteCoordinatorPollDeathTest, PollOffTheMainThreadAbortsEvenWithoutACoordinator) {
+  SimulatedDesk desk;
+  { const MuteCoordinator coordinator; }
   desk.loop.runUntilIdle();
   EXPECT_DEATH(desk.loop.runInBackground([&] { desk.advance(1s); }), "");
 }

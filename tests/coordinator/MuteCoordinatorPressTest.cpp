@@ -174,6 +174,20 @@ TEST_F(MuteCoordinatorPressTest, MuteWhileTeamsIsMutedAssignsNothing) {
   EXPECT_EQ(takeAnnouncements(), 2U);
 }
 
+TEST_F(MuteCoordinatorPressTest, PressAssignsEvenAnEqualState) {
+  startInMeeting(false);
+  desk.teams.setPressStatus(accessibility::failure);
+  press(ButtonEvent::muted);
+  desk.teams.setPressStatus(accessibility::success);
+  desk.teams.setMuted(true);
+  desk.journal.take();
+  press(ButtonEvent::unmuted);
+  EXPECT_EQ(coordinator->lastEvent(), "10:42  Unmute → Teams");
+  EXPECT_EQ(coordinator->teamsMuted(), false);
+  // The headset's state, Teams' state and the status line.
+  EXPECT_EQ(takeAnnouncements(), 3U);
+}
+
 // The whole press
 
 TEST_F(MuteCoordinatorPressTest, PressTakesItsStepsInOrder) {
@@ -265,6 +279,15 @@ TEST_F(MuteCoordinatorPressTest, StatusStartsWithTheTimeInTheUsersStyle) {
   desk.locale.setShortTime("21.06");
   press(ButtonEvent::unmuted);
   EXPECT_EQ(coordinator->lastEvent(), "21.06  Unmute — Teams not running");
+}
+
+TEST_F(MuteCoordinatorPressTest, RepeatedStatusIsLoggedAndAnnouncedAgain) {
+  startWithSpeakerphone();
+  for (int i = 1; i <= 2; ++i) {
+    press(ButtonEvent::toggled);
+    EXPECT_EQ(desk.log.texts("coordinator"), Lines(i, "Toggle — Teams not running"));
+    EXPECT_EQ(takeAnnouncements(), 1U);
+  }
 }
 
 TEST_F(MuteCoordinatorPressTest, StatusGoesToTheLogWithoutTheTime) {

@@ -65,10 +65,20 @@ TEST_F(MuteCoordinatorTest, OwnsBothMonitors) {
 
 TEST_F(MuteCoordinatorTest, CallInProgressAtTheStartIsNotACallStart) {
   desk.setBattery(5);
-  desk.audio.plug({.name = "Jabra Speak2 75", .inputVolume = 0.8F, .running = true});
+  desk.audio.plug({.name = "Jabra Speak2 75", .inputVolume = 0.8F, .running = 1});
   start();
   desk.advance(10s);
   EXPECT_THAT(desk.notifications.requests(), IsEmpty());
+}
+
+TEST_F(MuteCoordinatorTest, FirstPollIsOneSecondAfterTheStart) {
+  desk.audio.plug({.name = "Jabra Speak2 75", .inputVolume = 0.8F, .running = 1});
+  desk.teams.joinMeeting(false);
+  start();
+  desk.advance(999'999'999ns);
+  EXPECT_EQ(takeTeamsCalls(), 0U);
+  desk.advance(1ns);
+  EXPECT_EQ(takeTeamsCalls(), 1U);
 }
 
 // Am I muted?
@@ -124,6 +134,31 @@ TEST_F(MuteCoordinatorTest, IconIsGreenOrRedDuringACall) {
   expectIcon(true, true, Color::systemRed);
   setInCall(false);
   expectIcon(true, true, std::nullopt);
+}
+
+TEST_F(MuteCoordinatorTest, IconShowsTeamsStateRatherThanTheHeadsets) {
+  startWithSpeakerphone(0.8F);
+  desk.teams.joinMeeting(false);
+  setInCall(true);
+  desk.advance(1s);
+  desk.teams.setPressStatus(accessibility::failure);
+  press(ButtonEvent::muted);
+  ASSERT_EQ(coordinator->jabra().isMuted(), true);
+  expectIcon(false, true, Color::systemGreen);
+}
+
+TEST_F(MuteCoordinatorTest, IconOfAHeadsetWithAnEmptyNameIsNotFaint) {
+  // The first read, by the search, succeeds; the second fails.
+  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
+                       .address = audio::deviceName,
+                       .status = audio::noError,
+                       .times = 1});
+  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
+                       .address = audio::deviceName,
+                       .status = audio::badObject});
+  startWithSpeakerphone(0.8F);
+  ASSERT_EQ(coordinator->jabra().deviceName(), "");
+  expectIcon(false, true, std::nullopt);
 }
 
 TEST_F(MuteCoordinatorTest, IconOfAnUnpluggedHeadsetHasNoTint) {
