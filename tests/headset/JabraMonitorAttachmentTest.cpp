@@ -99,6 +99,17 @@ TEST_F(JabraMonitorAttachmentTest, DeviceThatLosesItsInputVolumeIsDetached) {
   EXPECT_EQ(desk.audio.listenerCount(), 1U);
 }
 
+TEST_F(JabraMonitorAttachmentTest, DeviceWhoseNameBecomesUnreadableIsDetached) {
+  startWithSpeakerphone();
+  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
+                       .address = audio::deviceName,
+                       .status = audio::badObject});
+  desk.audio.announce(audio::systemObject, audio::deviceList);
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(monitor->deviceName(), std::nullopt);
+  EXPECT_EQ(lastRecord(), "Jabra input not present");
+}
+
 TEST_F(JabraMonitorAttachmentTest, ListChangeWithTheSameDeviceChangesAndLogsNothing) {
   startWithSpeakerphone(0);
   setVolume(0.5F);
@@ -132,6 +143,15 @@ TEST_F(JabraMonitorAttachmentTest, DeviceEarlierInTheListReplacesTheAttachedOne)
           "monitor: name Jabra next, muted 0, in call 0", "audio: add listener 3 running -> added",
           "log: jabra info: Attached to Jabra next (id 3)"));
   EXPECT_TRUE(monitor->isInCall());
+}
+
+TEST_F(JabraMonitorAttachmentTest, DeviceLikeTheFormerOneIsAnnouncedInFull) {
+  startWithSpeakerphone(0.8F);
+  desk.audio.plug({"Jabra Speak2 75", 0.8F}, 0);
+  desk.loop.runUntilIdle();
+  // The name, the mute state and the use.
+  EXPECT_EQ(desk.journal.take("monitor"), Lines(3, "will change"));
+  EXPECT_EQ(lastRecord(), "Attached to Jabra Speak2 75 (id 3)");
 }
 
 TEST_F(JabraMonitorAttachmentTest, ListenerThatCouldNotBeAddedIsNotRemoved) {

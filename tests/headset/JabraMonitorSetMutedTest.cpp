@@ -115,8 +115,10 @@ TEST_F(JabraMonitorSetMutedTest, MutingAtZeroKeepsTheEarlierLevel) {
   startWithSpeakerphone(0.8F);
   // The mute is pending: the volume is zero, but the state is not muted yet.
   setVolume(0);
-  monitor->setMuted(true);
   desk.journal.take();
+  monitor->setMuted(true);
+  EXPECT_THAT(desk.journal.take("audio"), ElementsAre("get 2 input volume (4 bytes): 0 -> 0",
+                                                      "set 2 input volume (4 bytes): 0 -> 0"));
   monitor->setMuted(false);
   EXPECT_THAT(desk.journal.take("audio"), ElementsAre("set 2 input volume (4 bytes): 0.8 -> 0"));
 }
@@ -197,6 +199,35 @@ TEST_F(JabraMonitorSetMutedTest, EchoWindowEndsAt500Milliseconds) {
     desk.audio.unplug(speakerphone);
     desk.loop.runUntilIdle();
   }
+}
+
+TEST_F(JabraMonitorSetMutedTest, EchoWindowOfAnUnmuteEndsAt500Milliseconds) {
+  for (const auto& [after, events] :
+       {std::pair<TimeInterval, Lines>{499'999'999ns, {}}, {500ms, {"button muted"}}}) {
+    startWithSpeakerphone(0);
+    monitor->setMuted(false);
+    desk.loop.runUntilIdle();
+    desk.advance(after);
+    setVolume(0);
+    desk.advance(300ms);
+    EXPECT_EQ(takeEvents(), events) << after.count() << " s";
+    release();
+    desk.audio.unplug(speakerphone);
+    desk.loop.runUntilIdle();
+  }
+}
+
+TEST_F(JabraMonitorSetMutedTest, EachWriteStartsTheEchoWindowAgain) {
+  startWithSpeakerphone(0.8F);
+  monitor->setMuted(true);
+  desk.advance(400ms);
+  monitor->setMuted(false);
+  desk.advance(499ms);
+  setVolume(0.7F);
+  EXPECT_EQ(lastRecord(), "Jabra input volume 0.700000 -> muted=false selfInitiated=true");
+  desk.advance(1ms);
+  setVolume(0.6F);
+  EXPECT_EQ(lastRecord(), "Jabra input volume 0.600000 -> muted=false selfInitiated=false");
 }
 
 TEST_F(JabraMonitorSetMutedTest, DropInsideTheEchoWindowStartsNoPendingMute) {
