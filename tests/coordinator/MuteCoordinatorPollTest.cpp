@@ -72,6 +72,17 @@ TEST_F(MuteCoordinatorPollTest, ForgetsTeamsStateAtTheFirstPollAfterTheCall) {
   EXPECT_EQ(coordinator->teamsMuted(), std::nullopt);
 }
 
+TEST_F(MuteCoordinatorPollTest, HeadsetKeepsItsStateAfterTheCall) {
+  startCall(0.8F, true);
+  desk.advance(1s);
+  ASSERT_EQ(coordinator->jabra().isMuted(), true);
+  setInCall(false);
+  desk.journal.take();
+  desk.advance(10s);
+  EXPECT_THAT(desk.journal.take("audio"), IsEmpty());
+  EXPECT_EQ(coordinator->jabra().isMuted(), true);
+}
+
 TEST_F(MuteCoordinatorPollTest, ForgetsThePressedStateAtTheNextPollOutsideACall) {
   startWithSpeakerphone();
   desk.teams.joinMeeting(false);
@@ -240,6 +251,19 @@ TEST_F(MuteCoordinatorPollTest, ReadsTeamsAgainExactlyFiveSecondsAfterEachFailur
   setInCall(true);
   EXPECT_THAT(secondsOfTeamsCalls(22), ElementsAre(1, 6, 11, 16, 21));
   EXPECT_EQ(coordinator->teamsMuted(), std::nullopt);
+}
+
+TEST_F(MuteCoordinatorPollTest, FailedReadLeavesTheHeadsetAndTheStatusLineAlone) {
+  startCall(0.8F, true);
+  desk.advance(1s);
+  ASSERT_EQ(coordinator->jabra().isMuted(), true);
+  desk.teams.leaveMeeting();
+  desk.journal.take();
+  desk.advance(10s);
+  EXPECT_EQ(coordinator->teamsMuted(), std::nullopt);
+  EXPECT_THAT(desk.journal.take("audio"), IsEmpty());
+  EXPECT_EQ(coordinator->jabra().isMuted(), true);
+  EXPECT_EQ(coordinator->lastEvent(), "10:42  Teams muted → Jabra");
 }
 
 TEST_F(MuteCoordinatorPollTest, EachFailureAnnouncesOnceAndThePauseDoesNot) {

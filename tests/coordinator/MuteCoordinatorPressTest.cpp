@@ -138,6 +138,8 @@ TEST_F(MuteCoordinatorPressTest, ToggleNegatesAKnownState) {
   startInMeeting(false);
   press(ButtonEvent::toggled);
   EXPECT_EQ(coordinator->teamsMuted(), true);
+  // Teams' state and the status line.
+  EXPECT_EQ(takeAnnouncements(), 2U);
   // The press does not touch the headset's state; a poll would, if Teams' state differed.
   EXPECT_EQ(coordinator->jabra().isMuted(), false);
   press(ButtonEvent::toggled);
