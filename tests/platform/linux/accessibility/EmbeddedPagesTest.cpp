@@ -72,7 +72,7 @@ class EmbeddedPagesTest : public AccessibleProgramsFixture {
   }
 
   std::vector<BusObject> found() {
-    EXPECT_TRUE(bus_.connect());
+    EXPECT_TRUE(connects(bus_));
     bus_.beginBudget();
     programs_.refresh();
     std::vector<BusObject> result;
@@ -193,7 +193,7 @@ TEST_F(EmbeddedPagesOtherBrowserTest, PagesAreNotLookedFor) {
   const auto browser = meeting();
   AtspiBus bus;
   AtspiPrograms programs(bus);
-  ASSERT_TRUE(bus.connect());
+  ASSERT_TRUE(connects(bus));
   programs.refresh();
   ASSERT_EQ(programs.hosts().size(), 1U);
   const auto before = bus.callCount();

@@ -16,7 +16,7 @@ class FollowedControlTest : public AccessibleProgramsFixture {
   using Clock = std::chrono::steady_clock;
 
   FollowedControlTest() {
-    EXPECT_TRUE(bus_.connect());
+    EXPECT_TRUE(connects(bus_));
     bus_.beginBudget();
     control_.follow(std::make_shared<TeamsDocument>(), {browser_->busName(), "/b"});
   }

@@ -245,7 +245,7 @@ TEST_F(LabelRefresherTest, ReadsWithoutWaitingFromProgramsThatKeepLabelsCurrent)
 
 TEST_F(LabelRefresherTest, PageOfAProgramThatHasExitedIsNotInFront) {
   AtspiBus bus;
-  ASSERT_TRUE(bus.connect());
+  ASSERT_TRUE(connects(bus));
   // The list of programs no longer has this one.
   const AtspiPrograms programs(bus);
   LabelRefresher labels(bus, programs);
