@@ -63,6 +63,14 @@ TEST_F(MuteCoordinatorTest, OwnsBothMonitors) {
   EXPECT_EQ(coordinator->battery().level(), 62);
 }
 
+TEST_F(MuteCoordinatorTest, BatteryIsTheOneNamedJabra) {
+  desk.setBatteryReport(
+      " -Jab 5%; discharging\n -JABRA 6%; discharging\n -Jabra Link 62%; discharging\n"
+      " -Jabra Speak2 75 63%; discharging");
+  startWithSpeakerphone();
+  EXPECT_EQ(coordinator->battery().level(), 62);
+}
+
 TEST_F(MuteCoordinatorTest, CallInProgressAtTheStartIsNotACallStart) {
   desk.setBattery(5);
   desk.audio.plug({.name = "Jabra Speak2 75", .inputVolume = 0.8F, .running = 1});
