@@ -135,6 +135,16 @@ TEST_F(HushboxAppTest, SwitchIsRedrawnWhenItReverts) {
   EXPECT_EQ(desk.menuBar.rowLines()[3], "[x] Launch at login");
 }
 
+TEST_F(HushboxAppTest, PendingRedrawDoesNothingAfterDestruction) {
+  build();
+  desk.loop.runUntilIdle();
+  desk.menuBar.choose("Launch at login");
+  app_.reset();
+  desk.journal.take();
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(desk.journal.take(), Lines{});
+}
+
 TEST_F(HushboxAppTest, ChoosingARowAfterDestructionDoesNothing) {
   build();
   app_.reset();
