@@ -290,14 +290,24 @@ TEST_F(JabraMonitorDiscoveryTest, OutputOfAFailedReadIsNotUsed) {
                              desk.childProcesses, desk.notifications, desk.loginItem, desk.menuBar,
                              desk.log, desk.locale});
   desk.audio.plug({.name = std::nullopt, .inputVolume = 0.5F});
-  desk.audio.addFault({.status = audio::hardwareNotRunning, .times = 1});
-  desk.audio.addFault({.address = audio::runningSomewhere, .status = audio::hardwareNotRunning});
+  const AudioObjectID broken = plug("Jabra broken");
   desk.plugSpeakerphone();
-  start();
-  EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
-  EXPECT_EQ(monitor->isMuted(), std::nullopt);
-  EXPECT_FALSE(monitor->isInCall());
-  release();
+  // The codes of failures are positive numbers; other failures are negative ones.
+  for (const AudioStatus status : {audio::hardwareNotRunning, AudioStatus{-50}}) {
+    SCOPED_TRACE(status);
+    desk.audio.clearFaults();
+    desk.audio.addFault({.operation = AudioOperation::getPropertyText,
+                         .address = audio::deviceName,
+                         .status = status,
+                         .object = broken});
+    desk.audio.addFault({.status = status, .times = 1});
+    desk.audio.addFault({.address = audio::runningSomewhere, .status = status});
+    start();
+    EXPECT_EQ(monitor->deviceName(), "Jabra Speak2 75");
+    EXPECT_EQ(monitor->isMuted(), std::nullopt);
+    EXPECT_FALSE(monitor->isInCall());
+    release();
+  }
 }
 
 }  // namespace
