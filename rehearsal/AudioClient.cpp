@@ -13,7 +13,7 @@ constexpr Milliseconds replyTimeout{10'000};
 
 SourceState stateOf(const pa_source_info& info) {
   return {static_cast<double>(pa_cvolume_max(&info.volume)) / PA_VOLUME_NORM, info.mute != 0,
-          info.state == PA_SOURCE_RUNNING};
+          info.state == PA_SOURCE_RUNNING, info.index};
 }
 
 /// One request to the server. Sends it with the client's thread locked and waits for the reply with

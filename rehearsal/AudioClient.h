@@ -16,6 +16,8 @@ struct SourceState {
   double volume = 0.0;
   bool muteSwitch = false;
   bool running = false;
+  /// The server's number for the source, which the next server may give to another one.
+  uint32_t index = PA_INVALID_INDEX;
 };
 
 /// A connection to a sound server, with its own thread.

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <cstdlib>
 #include <memory>
+#include <string>
+#include <variant>
 
 #include "tests/platform/linux/fixtures/PulseAudioFixture.h"
 
@@ -11,9 +13,13 @@ namespace hushbox {
 namespace {
 
 using namespace std::chrono_literals;
+using rehearsal::AudioClient;
+using rehearsal::AudioFlavour;
 using rehearsal::holdsWithin;
 using testing::Contains;
+using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 
 using Clock = std::chrono::steady_clock;
 
@@ -23,6 +29,8 @@ constexpr auto maxCallTime = 3s;
 
 class PulseAudioServerTest : public PulseAudioFixture {
  protected:
+  static constexpr const char* microphoneName = "Built-in Microphone";
+
   /// How long a step blocks the main loop.
   template <typename Step>
   static Clock::duration timeOf(Step step) {
@@ -30,6 +38,14 @@ class PulseAudioServerTest : public PulseAudioFixture {
     step();
     return Clock::now() - before;
   }
+
+  /// Makes the server load the microphone after the speakerphone when it is restarted.
+  static void loadMicrophoneLast() {
+    server_->unplug(AudioServer::decoySource);
+    server_->plug(AudioServer::decoySource, microphoneName);
+  }
+
+  static AudioClient mixer() { return {session_->environment().at("PULSE_SERVER"), "Mixer"}; }
 
   /// How many times the loop wakes up within a second.
   static int wakeUpsInASecond() {
@@ -75,6 +91,64 @@ TEST_P(PulseAudioServerTest, DevicesDisappearWithTheServerAndReturnWithNewIdenti
   eventually([&] { return volumeOf(second) == 0.5F; });
 }
 
+// PulseAudio's indices count from 0 again, in the order in which the sources are loaded. PipeWire's
+// do as well, but other objects are numbered in between.
+TEST_P(PulseAudioServerTest, AnotherSourceWithTheSpeakerphonesFormerIndexIsAnotherDevice) {
+  server_->restart();
+  const AudioObjectID former = start();
+  const auto formerDevices = devices();
+  const std::uint32_t formerIndex = mixer().source(AudioServer::speakerphoneSource)->index;
+  recordVolumes(former);
+  loadMicrophoneLast();
+  server_->restart();
+  AudioClient client = mixer();
+  // For the speakerphone, that would be a press.
+  client.setVolume(AudioServer::decoySource, 0.0);
+  eventually([&] {
+    const AudioObjectID device = find(AudioServer::speakerphoneName);
+    return device != 0 && device != former && volumeOf(find(microphoneName)) == 0.0F;
+  });
+  if (GetParam() == AudioFlavour::PulseAudio) {
+    EXPECT_EQ(client.source(AudioServer::decoySource)->index, formerIndex);
+  }
+  for (const AudioObjectID device : devices()) EXPECT_THAT(formerDevices, Not(Contains(device)));
+  EXPECT_THAT(volumes_, IsEmpty());
+
+  const AudioObjectID speakerphone = find(AudioServer::speakerphoneName);
+  EXPECT_EQ(volumeOf(speakerphone), 1.0F);
+  recordVolumes(speakerphone);
+  for (const float volume : {0.5F, 0.0F, 0.5F}) {
+    EXPECT_EQ(write(speakerphone, volume), audio::noError);
+    // PipeWire's clients see a change at different moments.
+    eventually([&] {
+      return volumeOf(speakerphone) == volume && static_cast<float>(server_->volume()) == volume;
+    });
+  }
+  EXPECT_THAT(volumes_, ElementsAre(0.5F, 0.0F, 0.5F));
+  EXPECT_EQ(client.source(AudioServer::decoySource)->volume, 0.0);
+}
+
+TEST_P(PulseAudioServerTest, WriteForAFormerConnectionChangesNothing) {
+  const auto reports = std::make_shared<PulseReportQueue>([] {});
+  PulseThread thread(reports);
+  reports->waitForReport(rehearsal::serverTimeout);
+  const auto report = reports->takeUntil(Instant::max());
+  ASSERT_TRUE(report);
+  const std::uint32_t connection = std::get<PulseServerReport>(report->content).connection;
+  AudioClient client = mixer();
+  const auto write = [&](const char* source, float volume, std::uint32_t itsConnection) {
+    pa_cvolume level{};
+    pa_cvolume_set(&level, 1, static_cast<pa_volume_t>(volume * PA_VOLUME_NORM));
+    thread.write({client.source(source)->index, level, false, itsConnection});
+  };
+  write(AudioServer::speakerphoneSource, 0.0F, connection - 1);
+  write(AudioServer::decoySource, 0.5F, connection);
+  eventually([&] { return client.source(AudioServer::decoySource)->volume == 0.5; });
+  EXPECT_EQ(server_->volume(), 1.0);
+  client.setVolume(AudioServer::decoySource, 1.0);
+  reports->close();
+}
+
 TEST_P(PulseAudioServerTest, SurvivesRepeatedServerCrashes) {
   AudioObjectID last = start();
   for (int crash = 0; crash < 3; ++crash) {
@@ -112,7 +186,7 @@ TEST_P(PulseAudioServerTest, FrozenServerDoesNotBlockReadsAndWrites) {
   EXPECT_EQ(volumeOf(device), 1.0F);
   server_->thaw();
   eventually([&] { return volumeOf(device) == 0.5F; });
-  EXPECT_THAT(volumes_, testing::ElementsAre(0.5F));
+  EXPECT_THAT(volumes_, ElementsAre(0.5F));
 }
 
 TEST_P(PulseAudioServerTest, WaitsForAFrozenServerUpToTheStartTimeout) {

@@ -447,6 +447,25 @@ TEST_F(PulseSourceWriteTest, SwitchThatMovesAfterTheServersRestartUndoesOurMute)
   expectSwitchToUndoOurMuteAfter([&] { table_.clear(); });
 }
 
+TEST_F(PulseSourceWriteTest, OurMuteIsLeftToTheSourceAndNotToItsIndex) {
+  write(0.0F);
+  table_.clear();
+  info_.name = "alsa_input.pci";
+  plug();
+  moveSwitch(true);
+  EXPECT_EQ(level(), 0U);
+  EXPECT_EQ(info_.mute, 1);
+
+  table_.clear();
+  info_.name = usbName;
+  info_.index = 8;
+  info_.mute = 0;
+  plug();
+  moveSwitch(true);
+  EXPECT_EQ(level(), PA_VOLUME_NORM);
+  EXPECT_EQ(info_.mute, 0);
+}
+
 TEST_F(PulseSourceWriteTest, LevelThatDropsAfterAReplugUndoesOurMuteByTheSwitch) {
   moveSwitch(true);
   moveSwitch(false);
