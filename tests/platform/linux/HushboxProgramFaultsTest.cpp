@@ -16,6 +16,7 @@
 #include "rehearsal/ItemMenu.h"
 #include "rehearsal/Waiting.h"
 #include "tests/platform/linux/fixtures/PanelFixture.h"
+#include "tests/platform/linux/fixtures/Sanitized.h"
 
 namespace hushbox {
 namespace {
@@ -85,20 +86,8 @@ TEST_F(HushboxProgramFaultsTest, SurvivesRunningOutOfDescriptors) {
   EXPECT_EQ(program_->quit(), 0);
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define HUSHBOX_SANITIZED
-#endif
-#endif
-#else
-#define HUSHBOX_SANITIZED
-#endif
-
 TEST_F(HushboxProgramFaultsTest, RunsInSixtyFourMebibytes) {
-#ifdef HUSHBOX_SANITIZED
-  GTEST_SKIP() << "A sanitizer needs more memory than that.";
-#endif
+  if (isSanitized) GTEST_SKIP() << "A sanitizer needs more memory than that.";
   startProgram();
   // Its data and its threads' stacks; the libraries' code is shared with other programs.
   const rlimit limit{64 * 1024 * 1024, 64 * 1024 * 1024};

@@ -17,6 +17,7 @@
 #include <sstream>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/processes/SpawnedChildProcessFactory.h"
@@ -24,8 +25,10 @@
 #include "rehearsal/HushboxProcess.h"
 #include "rehearsal/ItemMenu.h"
 #include "rehearsal/NotificationMonitor.h"
+#include "rehearsal/soak/ProcessFigures.h"
 #include "tests/platform/linux/fixtures/NotificationDaemonMock.h"
 #include "tests/platform/linux/fixtures/PanelFixture.h"
+#include "tests/platform/linux/fixtures/Sanitized.h"
 
 namespace hushbox {
 namespace {
@@ -35,6 +38,7 @@ using namespace std::chrono_literals;
 using rehearsal::holdsWithin;
 using rehearsal::ItemMenu;
 using rehearsal::letPass;
+using rehearsal::ProcessFigures;
 using rehearsal::serverTimeout;
 using rehearsal::waitUntil;
 using testing::ElementsAre;
@@ -393,6 +397,26 @@ class HushboxProgramChildTest : public HushboxProgramTest {
     return slowest;
   }
 
+  /// The memory that the program has written, once that has not changed for a while.
+  long steadyKibibytes() const {
+    const auto now = [this] { return ProcessFigures::of(program_->pid()).writtenKibibytes; };
+    long kibibytes = now();
+    for (int unchanged = 0; unchanged < 6; ++unchanged) {
+      letPass(50ms);
+      if (std::exchange(kibibytes, now()) != kibibytes) unchanged = 0;
+    }
+    return kibibytes;
+  }
+
+  /// How many descriptors of the program the kernel describes with that text.
+  std::ptrdiff_t descriptorsOf(const std::string& text) const {
+    const fs::path folder = fs::path("/proc") / std::to_string(program_->pid()) / "fd";
+    return std::ranges::count_if(fs::directory_iterator(folder), [&](const fs::path& entry) {
+      std::error_code closedMeanwhile;
+      return fs::read_symlink(entry, closedMeanwhile).string().find(text) != std::string::npos;
+    });
+  }
+
   const fs::path note_ = session_.folder() / "child";
 };
 
@@ -419,6 +443,28 @@ TEST_F(HushboxProgramChildTest, ChildThatFloodsIsKilled) {
   // Because of its output, well before the timeout.
   EXPECT_TRUE(holdsWithin([&] { return childIsGone(); }, 8s));
   EXPECT_FALSE(hasBatteryRow());
+  EXPECT_EQ(program_->quit(), 0);
+}
+
+TEST_F(HushboxProgramChildTest, FloodOf256MebibytesLeavesNothingBehind) {
+  const fs::path go = session_.folder() / "go";
+  const fs::path written = session_.folder() / "written";
+  startProgramWithChild("until [ -e " + go.string() +
+                        " ]; do sleep 0.01; done\n"
+                        "head -c 268435456 /dev/zero && echo >" +
+                        written.string());
+  const long before = steadyKibibytes();
+  const std::string pipe = fs::read_symlink("/proc/" + std::to_string(child()) + "/fd/1");
+  EXPECT_EQ(descriptorsOf(pipe), 1);
+  std::ofstream{go};
+  EXPECT_TRUE(holdsWithin([&] { return childIsGone(); }, 8s));
+  EXPECT_FALSE(fs::exists(written));
+  EXPECT_TRUE(holdsWithin([&] { return descriptorsOf(pipe) + descriptorsOf("pidfd") == 0; },
+                          serverTimeout));
+  if (!isSanitized) {
+    // It is about 70 KiB more: the output that the program held was 1 MiB.
+    EXPECT_LT(steadyKibibytes(), before + 256);
+  }
   EXPECT_EQ(program_->quit(), 0);
 }
 
