@@ -10,8 +10,9 @@ namespace hushbox {
 ///
 /// Runs on a main loop of libpulse's, on the thread of that loop. The server is the one that
 /// libpulse finds through the environment (PULSE_SERVER and its defaults): PulseAudio or PipeWire's
-/// PulseAudio server. It never starts one. Nothing here waits for the server; libpulse closes the
-/// connection to a hung server 30 s after a request that got no reply.
+/// PulseAudio server. It never starts one. Nothing here waits for the server. While it connects,
+/// libpulse gives up after 30 s without a reply; later, only the request without a reply fails, and
+/// the connection stays open.
 class PulseConnection {
  public:
   using Delay = std::chrono::milliseconds;
