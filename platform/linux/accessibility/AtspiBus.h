@@ -34,9 +34,6 @@ class AtspiBus {
   /// call. While its owner does not reply, the last answer holds.
   Switch readSwitch();
 
-  /// Whether accessibility is known to be switched on.
-  bool isEnabled() { return readSwitch() == Switch::on; }
-
   /// Turns the switch on, starting the program that provides it, and does not wait for that. A
   /// desktop keeps the setting for later sessions. Chromium reads the switch only when it starts.
   void enable();
