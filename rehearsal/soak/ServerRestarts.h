@@ -10,7 +10,7 @@
 #include "rehearsal/HushboxProcess.h"
 #include "rehearsal/MeetingPage.h"
 #include "rehearsal/Panel.h"
-#include "rehearsal/soak/ProcessFigures.h"
+#include "rehearsal/ProcessFigures.h"
 
 namespace hushbox::rehearsal {
 

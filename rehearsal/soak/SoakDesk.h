@@ -8,8 +8,8 @@
 #include "rehearsal/BusConnection.h"
 #include "rehearsal/Desk.h"
 #include "rehearsal/HushboxProcess.h"
+#include "rehearsal/ProcessFigures.h"
 #include "rehearsal/ProcessorWait.h"
-#include "rehearsal/soak/ProcessFigures.h"
 #include "rehearsal/soak/SoakState.h"
 
 namespace hushbox::rehearsal {

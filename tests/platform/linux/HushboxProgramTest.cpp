@@ -25,7 +25,7 @@
 #include "rehearsal/HushboxProcess.h"
 #include "rehearsal/ItemMenu.h"
 #include "rehearsal/NotificationMonitor.h"
-#include "rehearsal/soak/ProcessFigures.h"
+#include "rehearsal/ProcessFigures.h"
 #include "tests/platform/linux/fixtures/NotificationDaemonMock.h"
 #include "tests/platform/linux/fixtures/PanelFixture.h"
 #include "tests/platform/linux/fixtures/Sanitized.h"

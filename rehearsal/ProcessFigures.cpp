@@ -1,4 +1,4 @@
-#include "rehearsal/soak/ProcessFigures.h"
+#include "rehearsal/ProcessFigures.h"
 
 #include <filesystem>
 #include <fstream>
