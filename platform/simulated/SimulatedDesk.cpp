@@ -32,6 +32,15 @@ AudioObjectID SimulatedDesk::plugSpeakerphone(float volume) {
   return audio.plug({.name = speakerphoneName, .inputVolume = volume});
 }
 
+void SimulatedDesk::makeNameReadableOnce() {
+  AudioFault fault{.operation = AudioOperation::getPropertyText, .address = audio::deviceName};
+  fault.times = 1;
+  audio.addFault(fault);
+  fault.times = std::nullopt;
+  fault.status = audio::badObject;
+  audio.addFault(fault);
+}
+
 void SimulatedDesk::setBattery(int level, const std::string& state) {
   setBatteryReport("Now drawing from 'AC Power'\n -" + std::string(speakerphoneName) +
                    " (id=1234)\t" + std::to_string(level) + "%; " + state +

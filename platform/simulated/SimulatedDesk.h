@@ -40,6 +40,10 @@ class SimulatedDesk {
   /// Plugs the speakerphone in, not in use, with that input volume.
   AudioObjectID plugSpeakerphone(float volume = 0.8F);
 
+  /// Makes the first read of a device's name succeed, which is that of the search, and all others
+  /// fail.
+  void makeNameReadableOnce();
+
   /// Makes the power-management tool report the speakerphone's battery at `level` percent.
   void setBattery(int level, const std::string& state = "discharging");
   /// Makes the power-management tool print `report`.

@@ -28,6 +28,14 @@ class MuteCoordinatorFixture : public testing::Test {
     desk.journal.take();
   }
 
+  /// Starts a call with a Teams meeting, before the first poll.
+  void startCall(float volume, bool teamsMuted) {
+    startWithSpeakerphone(volume);
+    desk.teams.joinMeeting(teamsMuted);
+    setInCall(true);
+    desk.journal.take();
+  }
+
   void release() {
     subscription = {};
     coordinator.reset();
@@ -52,6 +60,12 @@ class MuteCoordinatorFixture : public testing::Test {
     setVolume(0);
     if (event == ButtonEvent::toggled) setVolume(0.8F);
     desk.advance(std::chrono::milliseconds{300});
+  }
+
+  /// A press while Teams' button cannot be pressed, neither now nor later.
+  void muteOnlyTheHeadset() {
+    desk.teams.setPressStatus(accessibility::failure);
+    press(ButtonEvent::muted);
   }
 
   std::size_t takeAnnouncements() { return desk.journal.take("coordinator").size(); }

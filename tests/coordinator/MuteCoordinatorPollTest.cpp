@@ -15,14 +15,6 @@ using testing::IsEmpty;
 
 class MuteCoordinatorPollTest : public MuteCoordinatorFixture {
  protected:
-  /// Starts a call with a Teams meeting, before the first poll.
-  void startCall(float volume, bool teamsMuted) {
-    startWithSpeakerphone(volume);
-    desk.teams.joinMeeting(teamsMuted);
-    setInCall(true);
-    desk.journal.take();
-  }
-
   /// Advances by `seconds` and returns the times, in seconds, at which Teams was looked for.
   std::vector<double> secondsOfTeamsCalls(int seconds) {
     std::vector<double> found;
@@ -198,8 +190,7 @@ TEST_F(MuteCoordinatorPollTest, StateThatMatchesTheHeadsetIsOnlyStored) {
 TEST_F(MuteCoordinatorPollTest, ChangeThatMatchesTheHeadsetIsOnlyStored) {
   startCall(0.8F, false);
   desk.advance(1s);
-  desk.teams.setPressStatus(accessibility::failure);
-  press(ButtonEvent::muted);
+  muteOnlyTheHeadset();
   desk.teams.setMuted(true);
   desk.journal.take();
   desk.advance(700ms);
@@ -212,8 +203,7 @@ TEST_F(MuteCoordinatorPollTest, ChangeThatMatchesTheHeadsetIsOnlyStored) {
 TEST_F(MuteCoordinatorPollTest, HeadsetThatDiffersFromAnUnchangedStateIsLeftAlone) {
   startCall(0.8F, false);
   desk.advance(1s);
-  desk.teams.setPressStatus(accessibility::failure);
-  press(ButtonEvent::muted);
+  muteOnlyTheHeadset();
   desk.journal.take();
   desk.advance(10s);
   EXPECT_EQ(takeAnnouncements(), 0U);

@@ -159,8 +159,7 @@ TEST_F(MuteCoordinatorPressTest, ToggleOfAnUnknownStateAssignsNothing) {
 
 TEST_F(MuteCoordinatorPressTest, ResultsOtherThanPressedKeepAKnownState) {
   startInMeeting(false);
-  desk.teams.setPressStatus(accessibility::failure);
-  press(ButtonEvent::muted);
+  muteOnlyTheHeadset();
   EXPECT_EQ(coordinator->teamsMuted(), false);
   desk.accessibility.setTrusted(false);
   press(ButtonEvent::unmuted);
@@ -178,8 +177,7 @@ TEST_F(MuteCoordinatorPressTest, MuteWhileTeamsIsMutedAssignsNothing) {
 
 TEST_F(MuteCoordinatorPressTest, PressAssignsEvenAnEqualState) {
   startInMeeting(false);
-  desk.teams.setPressStatus(accessibility::failure);
-  press(ButtonEvent::muted);
+  muteOnlyTheHeadset();
   desk.teams.setPressStatus(accessibility::success);
   desk.teams.setMuted(true);
   desk.journal.take();

@@ -109,12 +109,9 @@ TEST_F(MuteCoordinatorTest, IsMutedIsFalseWhileNothingIsKnown) {
 }
 
 TEST_F(MuteCoordinatorTest, TeamsStateTakesPrecedenceOverTheHeadsets) {
-  startWithSpeakerphone(0.8F);
-  desk.teams.joinMeeting(false);
-  setInCall(true);
+  startCall(0.8F, false);
   desk.advance(1s);
-  desk.teams.setPressStatus(accessibility::failure);
-  press(ButtonEvent::muted);
+  muteOnlyTheHeadset();
   EXPECT_EQ(coordinator->jabra().isMuted(), true);
   EXPECT_EQ(coordinator->teamsMuted(), false);
   EXPECT_FALSE(coordinator->isMuted());
@@ -145,25 +142,15 @@ TEST_F(MuteCoordinatorTest, IconIsGreenOrRedDuringACall) {
 }
 
 TEST_F(MuteCoordinatorTest, IconShowsTeamsStateRatherThanTheHeadsets) {
-  startWithSpeakerphone(0.8F);
-  desk.teams.joinMeeting(false);
-  setInCall(true);
+  startCall(0.8F, false);
   desk.advance(1s);
-  desk.teams.setPressStatus(accessibility::failure);
-  press(ButtonEvent::muted);
+  muteOnlyTheHeadset();
   ASSERT_EQ(coordinator->jabra().isMuted(), true);
   expectIcon(false, true, Color::systemGreen);
 }
 
 TEST_F(MuteCoordinatorTest, IconOfAHeadsetWithAnEmptyNameIsNotFaint) {
-  // The first read, by the search, succeeds; the second fails.
-  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
-                       .address = audio::deviceName,
-                       .status = audio::noError,
-                       .times = 1});
-  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
-                       .address = audio::deviceName,
-                       .status = audio::badObject});
+  desk.makeNameReadableOnce();
   startWithSpeakerphone(0.8F);
   ASSERT_EQ(coordinator->jabra().deviceName(), "");
   expectIcon(false, true, std::nullopt);

@@ -255,8 +255,7 @@ TEST_F(JabraMonitorButtonTest, NoMuteIsPendingWhenTheStateBecomesMuted) {
   setVolume(0);
   subscription = monitor->objectWillChange.subscribe([this] {
     subscription = {};
-    desk.audio.setInputVolume(speakerphone, 0.8F);
-    desk.audio.fireListenersOnce();
+    setVolumeAtOnce(0.8F);
   });
   desk.advance(300ms);
   // With a mute still pending it would be a bounce. The state was unmuted before.
@@ -268,9 +267,7 @@ TEST_F(JabraMonitorButtonTest, NoMuteIsPendingWhenMutedIsRaised) {
   setVolume(0);
   monitor->onButton = [this](ButtonEvent event) {
     hear("button " + nameOf(event));
-    if (event != ButtonEvent::muted) return;
-    desk.audio.setInputVolume(speakerphone, 0.8F);
-    desk.audio.fireListenersOnce();
+    if (event == ButtonEvent::muted) setVolumeAtOnce(0.8F);
   };
   desk.advance(300ms);
   EXPECT_THAT(takeEvents(), ElementsAre("button muted", "button unmuted"));
@@ -282,8 +279,7 @@ TEST_F(JabraMonitorButtonTest, NoMuteIsPendingWhenToggledIsRaised) {
     hear("button " + nameOf(event));
     if (event != ButtonEvent::toggled) return;
     desk.audio.setAnnouncementDelay(1h);
-    desk.audio.setInputVolume(speakerphone, 0);
-    desk.audio.fireListenersOnce();
+    setVolumeAtOnce(0);
   };
   setVolume(0);
   setVolume(0.8F);

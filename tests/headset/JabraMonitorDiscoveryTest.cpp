@@ -228,14 +228,7 @@ TEST_F(JabraMonitorDiscoveryTest, UnreadableUseIsNotACall) {
 }
 
 TEST_F(JabraMonitorDiscoveryTest, NameThatBecomesUnreadableIsEmpty) {
-  // The first read, by the search, succeeds; the second fails.
-  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
-                       .address = audio::deviceName,
-                       .status = audio::noError,
-                       .times = 1});
-  desk.audio.addFault({.operation = AudioOperation::getPropertyText,
-                       .address = audio::deviceName,
-                       .status = audio::badObject});
+  desk.makeNameReadableOnce();
   desk.plugSpeakerphone();
   start();
   EXPECT_EQ(monitor->deviceName(), "");

@@ -52,6 +52,12 @@ class JabraMonitorFixture : public testing::Test {
     desk.loop.runUntilIdle();
   }
 
+  /// Does the same before it returns, even when called from a callback of the monitor.
+  void setVolumeAtOnce(float volume) {
+    desk.audio.setInputVolume(speakerphone, volume);
+    desk.audio.fireListenersOnce();
+  }
+
   /// Calls the volume's listeners without a change.
   void announceVolume() {
     desk.audio.announce(speakerphone, audio::inputVolume);

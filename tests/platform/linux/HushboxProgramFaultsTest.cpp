@@ -5,7 +5,6 @@
 #include <sys/resource.h>
 
 #include <chrono>
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -17,6 +16,7 @@
 #include "rehearsal/Waiting.h"
 #include "tests/platform/linux/fixtures/PanelFixture.h"
 #include "tests/platform/linux/fixtures/Sanitized.h"
+#include "tests/platform/linux/fixtures/StoppedProcess.h"
 
 namespace hushbox {
 namespace {
@@ -60,11 +60,12 @@ class HushboxProgramFaultsTest : public PanelFixture {
 
 TEST_F(HushboxProgramFaultsTest, ContinuesAfterItWasStopped) {
   startProgram();
-  kill(program_->pid(), SIGSTOP);
-  // Longer than a poll, so that its timer is overdue. script/torture stops it for a minute.
-  const char* const seconds = std::getenv("HUSHBOX_STOPPED_SECONDS");
-  letPass(seconds ? std::chrono::seconds{std::atoi(seconds)} : 1500ms);
-  kill(program_->pid(), SIGCONT);
+  {
+    const StoppedProcess stopped(program_->pid());
+    // Longer than a poll, so that its timer is overdue. script/torture stops it for a minute.
+    const char* const seconds = std::getenv("HUSHBOX_STOPPED_SECONDS");
+    letPass(seconds ? std::chrono::seconds{std::atoi(seconds)} : 1500ms);
+  }
   toggleLaunchAtLogin();
   EXPECT_TRUE(holdsWithin([this] { return hasEntry(); }, serverTimeout));
   EXPECT_EQ(program_->quit(), 0);
