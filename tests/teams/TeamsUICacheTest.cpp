@@ -74,13 +74,36 @@ TEST_F(TeamsUICacheTest, CachedButtonIsKeptWhilePermissionOrTeamsIsMissing) {
   TeamsUI::currentMuteState();
   desk.accessibility.setTrusted(false);
   TeamsUI::currentMuteState();
+  TeamsUI::setMuted(true);
   desk.accessibility.setTrusted(true);
   desk.workspace.quit(501);
   TeamsUI::currentMuteState();
+  TeamsUI::setMuted(true);
   desk.workspace.launch({"com.microsoft.teams2", 501});
   desk.journal.take();
   EXPECT_EQ(TeamsUI::currentMuteState(), false);
   EXPECT_EQ(desk.journal.take(), joined(approach(), sixReads("Mute")));
+}
+
+TEST_F(TeamsUICacheTest, CachedButtonIsKeptAfterAFailedPressAndWithoutAPress) {
+  show("Mute", accessibility::cannotComplete);
+  for (const bool wanted : {true, false}) {
+    TeamsUI::setMuted(wanted);
+    desk.journal.take();
+    TeamsUI::currentMuteState();
+    EXPECT_EQ(desk.journal.take(), joined(approach(), sixReads("Mute")));
+  }
+}
+
+TEST_F(TeamsUICacheTest, CachedButtonOfAnotherTeamsIsKeptWhileThatOneRuns) {
+  show("Unmute");
+  TeamsUI::currentMuteState();
+  desk.workspace.quit(501);
+  desk.workspace.launch({"com.microsoft.teams", 502});
+  desk.accessibility.launch(502)->append("other", button("Mute"));
+  EXPECT_EQ(TeamsUI::currentMuteState(), true);
+  desk.accessibility.quit(501);
+  EXPECT_EQ(TeamsUI::currentMuteState(), false);
 }
 
 TEST(TeamsUICacheScopeTest, ButtonIsDroppedWhenThePlatformCloses) {

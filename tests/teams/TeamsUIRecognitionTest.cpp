@@ -76,6 +76,7 @@ TEST_F(TeamsUIRecognitionTest, LabelOfAnotherMuteIsNotTheButton) {
 
 TEST_F(TeamsUIRecognitionTest, WordMustBeAtTheStart) {
   expectStates({{"Please mute mic", notTheButton},
+                {"Please unmute mic", notTheButton},
                 {" Mute mic", notTheButton},
                 {"(Un)mute mic", notTheButton},
                 {"Turn mic off (⌘+Shift+M), mute", notTheButton},
@@ -87,6 +88,10 @@ TEST_F(TeamsUIRecognitionTest, WordMustBeAtTheStart) {
 
 TEST_F(TeamsUIRecognitionTest, PrefixNeedNotBeAWholeWord) {
   expectStates({{"Muted mic", unmuted}, {"Mutex mic", unmuted}, {"Unmuted mic", muted}});
+}
+
+TEST_F(TeamsUIRecognitionTest, OnlyTheStartOfTheLabelTellsTheState) {
+  expectStates({{"Mute mic, unmute", unmuted}, {"Unmute mic, mute", muted}});
 }
 
 TEST_F(TeamsUIRecognitionTest, CombiningMarksMakeOtherCharacters) {
@@ -140,8 +145,9 @@ TEST_F(TeamsUIRecognitionTest, RoleMustBeButtonOrCheckBox) {
   };
   EXPECT_EQ(withRole("AXButton"), unmuted);
   EXPECT_EQ(withRole("AXCheckBox"), unmuted);
-  for (const char* role : {"AXMenuItem", "AXGroup", "axbutton", "AXButton ", "AXCheckbox", "",
-                           "AXButton\u0301", "AXRadioButton", "AXStaticText"}) {
+  for (const char* role :
+       {"AXMenuItem", "AXGroup", "axbutton", "AXButton ", "AXCheckbox", "AXCheckBoxes",
+        "MyAXCheckBox", "", "AXButton\u0301", "AXRadioButton", "AXStaticText"}) {
     EXPECT_EQ(withRole(role), notTheButton) << role;
   }
   EXPECT_EQ(withRole(OtherAttributeValue()), notTheButton);
@@ -177,6 +183,8 @@ TEST_F(TeamsUIRecognitionTest, FirstMatchingLabelDecides) {
       {"Microphone", "On", "Unmute (⌘+Shift+M)", absent, muted},
       {"Mute all", absent, absent, "microphone-button", unmuted},
       {"Microphone", "Unmute all", absent, "microphone-button", muted},
+      {"Mute all", "Unmute mic", absent, "microphone-button", unmuted},
+      {"Mute mic", "Unmute all", absent, "microphone-button", unmuted},
   };
   for (const Case& one : cases) {
     EXPECT_EQ(stateWith({{"AXRole", std::string("AXButton")},

@@ -6,6 +6,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "tests/teams/TeamsUIFixture.h"
 
@@ -109,6 +110,18 @@ TEST_F(TeamsUITest, StatusesOfTheAttributeWritesAreIgnored) {
   EXPECT_EQ(TeamsUI::setMuted(true), Result::pressed);
 }
 
+TEST_F(TeamsUITest, TeamsThatCannotBeReachedStillCountsAsRunning) {
+  desk.accessibility.quit(501);
+  EXPECT_EQ(TeamsUI::setMuted(true), Result::noMeeting);
+  EXPECT_THAT(
+      desk.journal.take("accessibility"),
+      ElementsAre("trusted -> true", "application 501", "timeout application 501: 1 s -> -25202",
+                  "set application 501 AXManualAccessibility: true -> -25202",
+                  "set application 501 AXEnhancedUserInterface: true -> -25202",
+                  "copy application 501 AXRole -> -25202",
+                  "copy application 501 AXChildren -> -25202"));
+}
+
 // Pressing
 
 TEST_F(TeamsUITest, PressTakesItsStepsInOrder) {
@@ -116,6 +129,17 @@ TEST_F(TeamsUITest, PressTakesItsStepsInOrder) {
   EXPECT_EQ(TeamsUI::setMuted(std::nullopt), Result::pressed);
   EXPECT_EQ(desk.journal.take(),
             joined(joined(joined(approach(), walkToTheMicrophone()), sixReads("Mute mic")),
+                   {"accessibility: perform microphone AXPress -> 0",
+                    "log: teams-ui info: Pressed Teams mic button 'Mute mic' -> 0"}));
+}
+
+TEST_F(TeamsUITest, PressIntoAWantedStateTakesTheSameSteps) {
+  show("Mute mic");
+  TeamsUI::currentMuteState();
+  desk.journal.take();
+  EXPECT_EQ(TeamsUI::setMuted(true), Result::pressed);
+  EXPECT_EQ(desk.journal.take(),
+            joined(joined(approach(), sixReads("Mute mic")),
                    {"accessibility: perform microphone AXPress -> 0",
                     "log: teams-ui info: Pressed Teams mic button 'Mute mic' -> 0"}));
 }
@@ -207,6 +231,78 @@ TEST_F(TeamsUITest, SlowTeamsSucceedsWithinTheTimeout) {
   EXPECT_EQ(TeamsUI::setMuted(true), Result::pressed);
   desk.accessibility.setResponseTime(501, 1001ms);
   EXPECT_EQ(TeamsUI::setMuted(true), Result::noMeeting);
+}
+
+// Failed reads
+
+/// The desk's user interfaces, except that a failed read leaves a value in its output.
+class ScribblingAccessibilityTree final : public AccessibilityTree {
+ public:
+  explicit ScribblingAccessibilityTree(AccessibilityTree& real) : real_(real) {}
+
+  bool isProcessTrusted() override { return real_.isProcessTrusted(); }
+  bool isProcessTrustedWithOptions(bool prompt) override {
+    return real_.isProcessTrustedWithOptions(prompt);
+  }
+  AccessibilityElementRef createApplication(std::int32_t processIdentifier) override {
+    return real_.createApplication(processIdentifier);
+  }
+  AccessibilityError setMessagingTimeout(const AccessibilityElementRef& element,
+                                         float seconds) override {
+    return real_.setMessagingTimeout(element, seconds);
+  }
+  AccessibilityError setAttributeValue(const AccessibilityElementRef& element,
+                                       std::string_view attribute, bool value) override {
+    return real_.setAttributeValue(element, attribute, value);
+  }
+  AccessibilityError copyAttributeValue(const AccessibilityElementRef& element,
+                                        std::string_view attribute,
+                                        AttributeValue& value) override {
+    const AccessibilityError status = real_.copyAttributeValue(element, attribute, value);
+    if (status != accessibility::success) value = outputOfFailedReads;
+    return status;
+  }
+  AccessibilityError performAction(const AccessibilityElementRef& element,
+                                   std::string_view action) override {
+    return real_.performAction(element, action);
+  }
+
+  AttributeValue outputOfFailedReads;
+
+ private:
+  AccessibilityTree& real_;
+};
+
+TEST_F(TeamsUITest, OutputOfAFailedReadIsNotUsed) {
+  desk.close();
+  ScribblingAccessibilityTree scribbling(desk.accessibility);
+  const PlatformScope scope({desk.loop, desk.audio, scribbling, desk.workspace, desk.childProcesses,
+                             desk.notifications, desk.loginItem, desk.menuBar, desk.log,
+                             desk.locale});
+  const auto microphone = show("Mute");
+  // The accessibility API's failures are negative numbers.
+  for (const AccessibilityError status : {accessibility::cannotComplete, AccessibilityError{1}}) {
+    SCOPED_TRACE(status);
+    microphone->attributes = button("Mute");
+    microphone->attributes["AXRole"] = status;
+    scribbling.outputOfFailedReads = std::string("AXButton");
+    EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
+
+    microphone->attributes = {{"AXRole", std::string("AXButton")},
+                              {"AXDescription", status},
+                              {"AXTitle", status},
+                              {"AXHelp", status},
+                              {"AXDOMIdentifier", status}};
+    scribbling.outputOfFailedReads = std::string("Mute");
+    EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
+
+    microphone->attributes = button("Mute");
+    app->attributes["AXChildren"] = status;
+    scribbling.outputOfFailedReads = std::vector<AccessibilityElementRef>{microphone};
+    EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
+    app->attributes.erase("AXChildren");
+    EXPECT_EQ(TeamsUI::currentMuteState(), false);
+  }
 }
 
 }  // namespace
