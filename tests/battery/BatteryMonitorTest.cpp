@@ -3,9 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/simulated/SimulatedDesk.h"
@@ -137,6 +139,14 @@ TEST_F(BatteryMonitorTest, FailedReadingClearsBothMembers) {
                           "completion at none"));
 }
 
+TEST_F(BatteryMonitorTest, SecondFailedReadingIsAnnouncedAsWell) {
+  makeAndRead();
+  refresh();
+  desk.loop.runUntilIdle();
+  EXPECT_THAT(desk.journal.take("monitor"),
+              ElementsAre("will change at none", "will change at none", "completion at none"));
+}
+
 TEST_F(BatteryMonitorTest, FailedLaunchIsAFailedReading) {
   desk.setBattery(45, "charging");
   makeAndRead();
@@ -244,6 +254,18 @@ TEST_F(BatteryMonitorTest, WaitingReadingStartsWhenOneEndsAndCallsEachCompletion
   EXPECT_EQ(std::count(heard.begin(), heard.end(), "completion at 10"), 2);
 }
 
+TEST_F(BatteryMonitorTest, CompletionOfAWaitingReadingIsCalledOnce) {
+  makeAndRead();
+  for (int round = 0; round < 2; ++round) {
+    desk.loop.holdUtilityQueue();
+    for (int i = 0; i < 3; ++i) refresh();
+    desk.loop.resumeUtilityQueue();
+    desk.loop.runUntilIdle();
+    Lines heard = desk.journal.take("monitor");
+    EXPECT_EQ(std::count(heard.begin(), heard.end(), "completion at none"), 3);
+  }
+}
+
 TEST_F(BatteryMonitorTest, WaitingReadingDoesNotOutliveTheMonitor) {
   makeAndRead();
   desk.loop.holdUtilityQueue();
@@ -279,10 +301,15 @@ TEST_F(BatteryMonitorTest, WaitingReadingWaitsOnWhenACompletionStartsAnother) {
   EXPECT_EQ(desk.loop.waitingUtilityBlocks(), 2U);
   desk.loop.resumeUtilityQueue();
   desk.loop.runUntilIdle();
-  Lines heard = desk.journal.take("monitor");
-  EXPECT_EQ(std::count_if(heard.begin(), heard.end(),
-                          [](const auto& line) { return line.starts_with("completion"); }),
-            3);
+  Lines lines = desk.journal.take();
+  const auto count = [&lines](const char* part) {
+    return std::count_if(lines.begin(), lines.end(), [part](const std::string& line) {
+      return line.find(part) != std::string::npos;
+    });
+  };
+  EXPECT_EQ(count("completion"), 3);
+  // The reading that the completion started did not join the waiting one.
+  EXPECT_EQ(count("launch -> true"), 4);
 }
 
 // Destruction
@@ -318,6 +345,53 @@ TEST_F(BatteryMonitorTest, MonitorReleasedDuringTheReadingIsDestroyedInTheBackgr
   EXPECT_TRUE(alive.expired());
   desk.loop.runUntilIdle();
   EXPECT_THAT(desk.journal.take("monitor"), IsEmpty());
+}
+
+/// The desk's loop, except that the main thread runs a posted block at once, while the background
+/// block that has posted it is still running.
+class ImmediateMainLoop final : public MainLoop {
+ public:
+  explicit ImmediateMainLoop(MainLoop& real) : real_(real) {}
+
+  void mainAsync(std::function<void()> block) override {
+    block();
+    ++posted;
+  }
+
+  Instant now() const override { return real_.now(); }
+  bool isMainThread() const override { return real_.isMainThread(); }
+  RegistrationToken scheduleRepeating(TimeInterval interval, std::function<void()> block) override {
+    return real_.scheduleRepeating(interval, std::move(block));
+  }
+  void mainAsyncAfter(TimeInterval delay, const WorkItem& item) override {
+    real_.mainAsyncAfter(delay, item);
+  }
+  void utilityAsync(std::function<void()> block) override { real_.utilityAsync(std::move(block)); }
+  std::shared_ptr<void> beginActivity(const std::string& reason) override {
+    return real_.beginActivity(reason);
+  }
+  int run() override { return real_.run(); }
+  void terminate() override { real_.terminate(); }
+
+  int posted = 0;
+
+ private:
+  MainLoop& real_;
+};
+
+TEST_F(BatteryMonitorTest, ReleasedMonitorPublishesNothingEvenIfThePostRunsAtOnce) {
+  desk.close();
+  ImmediateMainLoop immediate(desk.loop);
+  const PlatformScope scope({immediate, desk.audio, desk.accessibility, desk.workspace,
+                             desk.childProcesses, desk.notifications, desk.loginItem, desk.menuBar,
+                             desk.log, desk.locale});
+  auto released = BatteryMonitor::make("Jabra");
+  bool completed = false;
+  released->refresh([&completed] { completed = true; });
+  released.reset();
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(immediate.posted, 2);
+  EXPECT_FALSE(completed);
 }
 
 TEST_F(BatteryMonitorTest, MonitorReleasedAfterTheReadingPublishesNothing) {

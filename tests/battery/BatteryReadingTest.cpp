@@ -61,6 +61,8 @@ TEST(BatteryReadingTest, StateWordDecidesWhetherItIsCharging) {
                   {"Jabra 45%; chargingly", reading(45, false)},
                   {"Jabra 45%; charge", reading(45, false)},
                   {"Jabra 45%; acc", reading(45, false)},
+                  {"Jabra 45%; charged, full", reading(45, false)},
+                  {"Jabra 45%; full", reading(45, false)},
                   {"Jabra 45%; recharged", reading(45, false)}});
 }
 
@@ -131,9 +133,12 @@ TEST(BatteryReadingTest, ReturnsNulloptForDigitsOfAnotherScript) {
   expectReadings({{"Jabra \u0664\u0665%; charging", noReading},
                   {"Jabra \uFF14\uFF15%; charging", noReading},
                   {"Jabra 4\u0665%; charging", noReading},
+                  {"Jabra \U0001D7D2\U0001D7D3%; charging", noReading},
+                  {"Jabra \U0001D7D25%; charging", noReading},
                   {"Jabra \u06645%; charging 60%; charging", noReading},
                   // These are not decimal digits, so the match starts after them.
                   {"Jabra \u00B2\u00BD5%; charging", reading(5, true)},
+                  {"Jabra \u00B25%; charging", reading(5, true)},
                   {"Jabra \u216045%; charging", reading(45, true)}});
 }
 
