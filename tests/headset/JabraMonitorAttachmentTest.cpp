@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <utility>
 #include <vector>
 
 #include "tests/headset/JabraMonitorFixture.h"
@@ -143,6 +144,18 @@ TEST_F(JabraMonitorAttachmentTest, DeviceEarlierInTheListReplacesTheAttachedOne)
           "monitor: name Jabra next, muted 0, in call 0", "audio: add listener 3 running -> added",
           "log: jabra info: Attached to Jabra next (id 3)"));
   EXPECT_TRUE(monitor->isInCall());
+}
+
+TEST_F(JabraMonitorAttachmentTest, DeviceIsAttachedWhenItsNameIsAnnounced) {
+  start();
+  bool isFirst = true;
+  subscription = monitor->objectWillChange.subscribe([&] {
+    if (std::exchange(isFirst, false)) monitor->setMuted(true);
+  });
+  speakerphone = desk.plugSpeakerphone(0.8F);
+  desk.loop.runUntilIdle();
+  EXPECT_EQ(desk.audio.inputVolume(speakerphone), 0);
+  EXPECT_EQ(monitor->isMuted(), true);
 }
 
 TEST_F(JabraMonitorAttachmentTest, DeviceLikeTheFormerOneIsAnnouncedInFull) {

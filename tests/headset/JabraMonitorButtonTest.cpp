@@ -445,6 +445,34 @@ TEST_F(JabraMonitorButtonTest, PendingMuteOfTheFormerDeviceMutesTheNextOne) {
   EXPECT_EQ(monitor->isMuted(), true);
 }
 
+TEST_F(JabraMonitorButtonTest, NextDeviceSetsTheStateWhileAMuteIsPending) {
+  startWithSpeakerphone();
+  setVolume(0);
+  monitor->setMuted(true);
+  ASSERT_EQ(monitor->isMuted(), true);
+  desk.audio.plug({.name = "Jabra next", .inputVolume = 0.5F}, 0);
+  desk.advance(299ms);
+  EXPECT_EQ(monitor->isMuted(), false);
+  EXPECT_THAT(takeEvents(), IsEmpty());
+  desk.advance(1ms);
+  EXPECT_EQ(monitor->isMuted(), true);
+  EXPECT_THAT(takeEvents(), ElementsAre("button muted"));
+}
+
+TEST_F(JabraMonitorButtonTest, PendingMuteOfTheFormerDeviceIsRaisedOnAMutedOne) {
+  startWithSpeakerphone();
+  setVolume(0);
+  desk.advance(100ms);
+  desk.audio.plug({.name = "Jabra next", .inputVolume = 0.0F}, 0);
+  desk.advance(199ms);
+  ASSERT_EQ(monitor->isMuted(), true);
+  EXPECT_THAT(takeEvents(), IsEmpty());
+  desk.advance(1ms);
+  EXPECT_THAT(takeEvents(), ElementsAre("button muted"));
+  desk.advance(10s);
+  EXPECT_THAT(takeEvents(), IsEmpty());
+}
+
 TEST_F(JabraMonitorButtonTest, PendingMuteOfADestroyedMonitorDoesNothing) {
   startWithSpeakerphone();
   setVolume(0);
