@@ -103,6 +103,12 @@ TEST_F(BatteryMonitorTest, LooksForTheGivenName) {
   EXPECT_EQ(mouse->level(), 12);
 }
 
+TEST_F(BatteryMonitorTest, LevelIsPublishedAsRead) {
+  desk.setBatteryReport("Jabra 9223372036854775807%; charging");
+  makeAndRead();
+  EXPECT_EQ(monitor->level(), 9223372036854775807);
+}
+
 TEST_F(BatteryMonitorTest, RefreshReturnsAtOnce) {
   makeAndRead();
   refresh();

@@ -51,6 +51,7 @@ TEST(BatteryReadingTest, ParsesTheHeadsetsLineOfAFullReport) {
 TEST(BatteryReadingTest, StateWordDecidesWhetherItIsCharging) {
   expectReadings({{"Jabra 62%; discharging", reading(62, false)},
                   {"Jabra 100%; charged", reading(100, true)},
+                  {"Jabra 100%; discharging", reading(100, false)},
                   {"Jabra 45%; AC attached", reading(45, true)},
                   {"Jabra 45%; charging", reading(45, true)},
                   {"Jabra 45%; Charging", reading(45, true)},
@@ -63,6 +64,7 @@ TEST(BatteryReadingTest, StateWordDecidesWhetherItIsCharging) {
                   {"Jabra 45%; acc", reading(45, false)},
                   {"Jabra 45%; charged, full", reading(45, false)},
                   {"Jabra 45%; full", reading(45, false)},
+                  {"Jabra 45%; -charging", reading(45, false)},
                   {"Jabra 45%; recharged", reading(45, false)}});
 }
 

@@ -90,6 +90,10 @@ TEST_F(TeamsUIRecognitionTest, PrefixNeedNotBeAWholeWord) {
   expectStates({{"Muted mic", unmuted}, {"Mutex mic", unmuted}, {"Unmuted mic", muted}});
 }
 
+TEST_F(TeamsUIRecognitionTest, LabelIsSearchedToItsEnd) {
+  expectStates({{"Unmute " + std::string(1000, 'x') + " mic", muted}});
+}
+
 TEST_F(TeamsUIRecognitionTest, OnlyTheStartOfTheLabelTellsTheState) {
   expectStates({{"Mute mic, unmute", unmuted}, {"Unmute mic, mute", muted}});
 }
@@ -145,9 +149,9 @@ TEST_F(TeamsUIRecognitionTest, RoleMustBeButtonOrCheckBox) {
   };
   EXPECT_EQ(withRole("AXButton"), unmuted);
   EXPECT_EQ(withRole("AXCheckBox"), unmuted);
-  for (const char* role :
-       {"AXMenuItem", "AXGroup", "axbutton", "AXButton ", "AXCheckbox", "AXCheckBoxes",
-        "MyAXCheckBox", "", "AXButton\u0301", "AXRadioButton", "AXStaticText"}) {
+  for (const char* role : {"AXMenuItem", "AXGroup", "axbutton", "AXButton ", "AXCheckbox",
+                           "AXCheckBoxes", "MyAXCheckBox", "", "AXButton\u0301", "AXRadioButton",
+                           "AXToggleButton", "AXMenuButton", "AXStaticText"}) {
     EXPECT_EQ(withRole(role), notTheButton) << role;
   }
   EXPECT_EQ(withRole(OtherAttributeValue()), notTheButton);
