@@ -61,11 +61,19 @@ void PulseConnection::stateChanged() {
     delay_ = minRetryDelay;
     client_.connected(*context_);
   } else if (!PA_CONTEXT_IS_GOOD(state)) {
-    const bool wasReady = ready_;
-    openAfterDelay();
-    close();
-    if (wasReady) client_.disconnected();
+    lost();
   }
+}
+
+void PulseConnection::reconnect() {
+  if (ready_) lost();
+}
+
+void PulseConnection::lost() {
+  const bool wasReady = ready_;
+  openAfterDelay();
+  close();
+  if (wasReady) client_.disconnected();
 }
 
 void PulseConnection::openAfterDelay() {

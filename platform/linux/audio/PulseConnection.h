@@ -11,8 +11,8 @@ namespace hushbox {
 /// Runs on a main loop of libpulse's, on the thread of that loop. The server is the one that
 /// libpulse finds through the environment (PULSE_SERVER and its defaults): PulseAudio or PipeWire's
 /// PulseAudio server. It never starts one. Nothing here waits for the server. While it connects,
-/// libpulse gives up after 30 s without a reply; later, only the request without a reply fails, and
-/// the connection stays open.
+/// libpulse gives up after 30 s without a reply; later, only the request without a reply fails,
+/// with PA_ERR_TIMEOUT, and the connection stays open unless the client reconnects.
 class PulseConnection {
  public:
   using Delay = std::chrono::milliseconds;
@@ -47,10 +47,15 @@ class PulseConnection {
   /// The context while the connection is ready, otherwise null.
   pa_context* context() const { return ready_ ? context_ : nullptr; }
 
+  /// Treats a connection that is ready as lost: closes it, calls `disconnected()` and reconnects
+  /// after a delay. Does nothing otherwise. Must not be called from one of the context's callbacks.
+  void reconnect();
+
  private:
   void open();
   void close();
   void stateChanged();
+  void lost();
   /// Call it before `close()`: the delay is the context's to count.
   void openAfterDelay();
 

@@ -36,6 +36,7 @@ void PulseObserver::run() {
     pa_mainloop_prepare(loop_, microsecondsToWait());
     pa_mainloop_poll(loop_);
     pa_mainloop_dispatch(loop_);
+    if (std::exchange(needsToReconnect_, false)) connection_->reconnect();
     sendWrites();
     reportSettledSources();
   }
@@ -71,6 +72,12 @@ void PulseObserver::disconnected() {
   reports_->push({PulseReportQueue::now(), PulseServerLoss{}});
 }
 
+bool PulseObserver::hasTimedOut(pa_context* context, int last) {
+  if (last >= 0 || pa_context_errno(context) != PA_ERR_TIMEOUT) return false;
+  needsToReconnect_ = true;
+  return true;
+}
+
 void PulseObserver::onEvent(pa_context* context, pa_subscription_event_type_t type,
                             std::uint32_t index, void* self) {
   auto& observer = *static_cast<PulseObserver*>(self);
@@ -91,13 +98,16 @@ void PulseObserver::onEvent(pa_context* context, pa_subscription_event_type_t ty
   }
 }
 
-void PulseObserver::onListedStream(pa_context*, const pa_source_output_info* info, int last,
+void PulseObserver::onListedStream(pa_context* context, const pa_source_output_info* info, int last,
                                    void* self) {
-  if (last == 0) static_cast<PulseObserver*>(self)->list_.streams.emplace_back(*info);
+  auto& observer = *static_cast<PulseObserver*>(self);
+  if (!observer.hasTimedOut(context, last) && last == 0) observer.list_.streams.emplace_back(*info);
 }
 
-void PulseObserver::onListedSource(pa_context*, const pa_source_info* info, int last, void* self) {
+void PulseObserver::onListedSource(pa_context* context, const pa_source_info* info, int last,
+                                   void* self) {
   auto& observer = *static_cast<PulseObserver*>(self);
+  if (observer.hasTimedOut(context, last)) return;
   if (last == 0) {
     observer.list_.sources.emplace_back(*info);
   } else {
@@ -105,10 +115,11 @@ void PulseObserver::onListedSource(pa_context*, const pa_source_info* info, int 
   }
 }
 
-void PulseObserver::onStream(pa_context*, const pa_source_output_info* info, int last,
+void PulseObserver::onStream(pa_context* context, const pa_source_output_info* info, int last,
                              void* request) {
   const Request& sentRequest = *static_cast<Request*>(request);
   PulseObserver& observer = *sentRequest.observer;
+  if (observer.hasTimedOut(context, last)) return;
   if (last != 0) return observer.remove(&sentRequest);
   const PulseStreamReport report(*info);
   observer.reports_->push({sentRequest.time, report});
@@ -119,9 +130,11 @@ void PulseObserver::onStream(pa_context*, const pa_source_output_info* info, int
   observer.requestSource(report.source, PulseReportQueue::now(), true);
 }
 
-void PulseObserver::onSource(pa_context*, const pa_source_info* info, int last, void* request) {
+void PulseObserver::onSource(pa_context* context, const pa_source_info* info, int last,
+                             void* request) {
   const Request& sentRequest = *static_cast<Request*>(request);
   PulseObserver& observer = *sentRequest.observer;
+  if (observer.hasTimedOut(context, last)) return;
   if (last == 0) return observer.sourceReplied(sentRequest, *info);
   const auto source = observer.sources_.find(sentRequest.source);
   if (last < 0 && sentRequest.isCounted && source != observer.sources_.end()) {

@@ -29,6 +29,9 @@ namespace hushbox {
 /// A source that appears is reported once it has been set up: session managers let it appear at
 /// full volume and restore its stored volume a moment later. The sources of the first connection
 /// are reported at once if the server was there from the start.
+///
+/// A server that does not reply to a request within libpulse's 30 s is treated as lost. Its late
+/// reply is dropped by libpulse, and without it a state would stay wrong until the next event.
 class PulseObserver final : private PulseConnection::Client {
  public:
   using Milliseconds = std::chrono::milliseconds;
@@ -71,12 +74,16 @@ class PulseObserver final : private PulseConnection::Client {
   void connected(pa_context& context) override;
   void disconnected() override;
 
+  /// Whether a request ended without a reply; `run()` then reconnects.
+  bool hasTimedOut(pa_context* context, int last);
   static void onEvent(pa_context* context, pa_subscription_event_type_t type, std::uint32_t index,
                       void* self);
-  static void onListedStream(pa_context*, const pa_source_output_info* info, int last, void* self);
-  static void onListedSource(pa_context*, const pa_source_info* info, int last, void* self);
-  static void onStream(pa_context*, const pa_source_output_info* info, int last, void* request);
-  static void onSource(pa_context*, const pa_source_info* info, int last, void* request);
+  static void onListedStream(pa_context* context, const pa_source_output_info* info, int last,
+                             void* self);
+  static void onListedSource(pa_context* context, const pa_source_info* info, int last, void* self);
+  static void onStream(pa_context* context, const pa_source_output_info* info, int last,
+                       void* request);
+  static void onSource(pa_context* context, const pa_source_info* info, int last, void* request);
 
   void sourceEvent(std::uint32_t index, Instant time);
   void requestSource(std::uint32_t index, Instant time, bool isCounted);
@@ -100,6 +107,7 @@ class PulseObserver final : private PulseConnection::Client {
   // Below: the thread of `run()` only.
   std::uint32_t connectionCount_ = 0;
   bool hasFailed_ = false;
+  bool needsToReconnect_ = false;
   PulseServerReport list_{};
   Instant listTime_;
   std::map<std::uint32_t, KnownSource> sources_;

@@ -1,25 +1,16 @@
 #include "platform/linux/audio/PulseConnection.h"
 
-#include <glib-unix.h>
 #include <gmock/gmock.h>
 #include <malloc.h>
 #include <pulse/glib-mainloop.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <thread>
 #include <variant>
-#include <vector>
 
-#include "platform/linux/audio/PulseObserver.h"
-#include "rehearsal/ScratchFolder.h"
 #include "rehearsal/Waiting.h"
+#include "tests/platform/linux/fixtures/FakeServerSocket.h"
+#include "tests/platform/linux/fixtures/PulseObserverFixture.h"
 
 namespace hushbox {
 namespace {
@@ -29,67 +20,6 @@ using rehearsal::holdsWithin;
 using rehearsal::letPass;
 using rehearsal::serverTimeout;
 using testing::SizeIs;
-
-using Clock = std::chrono::steady_clock;
-
-/// A socket at the server's address with no sound server behind it. It closes each connection at
-/// once or accepts it and never replies.
-class FakeServerSocket {
- public:
-  enum class Behaviour { Closes, NeverReplies };
-
-  explicit FakeServerSocket(Behaviour behaviour) : behaviour_(behaviour) {
-    setenv("PULSE_SERVER", ("unix:" + path_).c_str(), 1);
-  }
-  ~FakeServerSocket() {
-    unsetenv("PULSE_SERVER");
-    if (watch_ != 0) g_source_remove(watch_);
-    for (const int connection : connections_) close(connection);
-    if (socket_ >= 0) close(socket_);
-  }
-  FakeServerSocket(const FakeServerSocket&) = delete;
-  FakeServerSocket& operator=(const FakeServerSocket&) = delete;
-
-  void open() {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path_.copy(address.sun_path, sizeof address.sun_path - 1);
-    socket_ = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        listen(socket_, 8) != 0) {
-      throw std::runtime_error("no socket can be made at " + path_);
-    }
-    watch_ = g_unix_fd_add(socket_, G_IO_IN, &FakeServerSocket::answer, this);
-  }
-
-  /// When each connection was made.
-  const std::vector<Clock::time_point>& attempts() const { return attempts_; }
-  bool waitForAttempts(std::size_t count) const {
-    return holdsWithin([&] { return attempts_.size() == count; }, serverTimeout);
-  }
-
- private:
-  static gboolean answer(gint descriptor, GIOCondition, gpointer self) {
-    auto& server = *static_cast<FakeServerSocket*>(self);
-    const int connection = accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC);
-    if (connection < 0) return G_SOURCE_CONTINUE;
-    server.attempts_.push_back(Clock::now());
-    if (server.behaviour_ == Behaviour::Closes) {
-      close(connection);
-    } else {
-      server.connections_.push_back(connection);
-    }
-    return G_SOURCE_CONTINUE;
-  }
-
-  rehearsal::ScratchFolder scratch_;
-  const std::string path_ = scratch_.path() / "native";
-  Behaviour behaviour_;
-  int socket_ = -1;
-  guint watch_ = 0;
-  std::vector<Clock::time_point> attempts_;
-  std::vector<int> connections_;
-};
 
 /// libpulse's view of the default main context. Never freed, like the context itself.
 pa_mainloop_api& mainLoop() {
@@ -107,7 +37,7 @@ class Client final : public PulseConnection::Client {
 };
 
 TEST(PulseConnectionTest, RetriesWithDoublingDelaysAndOneAttemptAtATime) {
-  FakeServerSocket server(FakeServerSocket::Behaviour::Closes);
+  FakeServerSocket server(FakeServerSocket::Closes);
   server.open();
   Client client;
   const PulseConnection connection(mainLoop(), client);
@@ -124,7 +54,7 @@ TEST(PulseConnectionTest, RetriesWithDoublingDelaysAndOneAttemptAtATime) {
 }
 
 TEST(PulseConnectionTest, FindsASocketThatAppearsLater) {
-  FakeServerSocket server(FakeServerSocket::Behaviour::NeverReplies);
+  FakeServerSocket server(FakeServerSocket::NeverReplies);
   Client client;
   const PulseConnection connection(mainLoop(), client);
   EXPECT_TRUE(holdsWithin([&] { return !connection.isOpen(); }, serverTimeout));
@@ -135,7 +65,7 @@ TEST(PulseConnectionTest, FindsASocketThatAppearsLater) {
 }
 
 TEST(PulseConnectionTest, WaitsForAServerThatAcceptsAndDoesNotReply) {
-  FakeServerSocket server(FakeServerSocket::Behaviour::NeverReplies);
+  FakeServerSocket server(FakeServerSocket::NeverReplies);
   server.open();
   Client client;
   const PulseConnection connection(mainLoop(), client);
@@ -147,7 +77,7 @@ TEST(PulseConnectionTest, WaitsForAServerThatAcceptsAndDoesNotReply) {
 }
 
 TEST(PulseConnectionTest, CanBeDestroyedWhileConnecting) {
-  FakeServerSocket server(FakeServerSocket::Behaviour::NeverReplies);
+  FakeServerSocket server(FakeServerSocket::NeverReplies);
   server.open();
   Client client;
   {
@@ -172,25 +102,10 @@ TEST(PulseConnectionTest, LeavesNoMemoryBehind) {
   unsetenv("PULSE_SERVER");
 }
 
-/// An observer on a thread of its own.
-class PulseObserverTest : public testing::Test {
- protected:
-  void start() {
-    thread_ = std::thread([this] { observer_.run(); });
-  }
-  ~PulseObserverTest() override {
-    observer_.stop();
-    if (thread_.joinable()) thread_.join();
-    reports_->close();
-  }
-
-  std::shared_ptr<PulseReportQueue> reports_ = std::make_shared<PulseReportQueue>([] {});
-  PulseObserver observer_{reports_};
-  std::thread thread_;
-};
+using PulseObserverTest = PulseObserverFixture;
 
 TEST_F(PulseObserverTest, ReportsNothingWhileAServerHasNotReplied) {
-  FakeServerSocket server(FakeServerSocket::Behaviour::NeverReplies);
+  FakeServerSocket server(FakeServerSocket::NeverReplies);
   server.open();
   start();
   EXPECT_TRUE(server.waitForAttempts(1));
@@ -199,7 +114,7 @@ TEST_F(PulseObserverTest, ReportsNothingWhileAServerHasNotReplied) {
 }
 
 TEST_F(PulseObserverTest, ReportsTheFirstFailureToConnectOnce) {
-  FakeServerSocket server(FakeServerSocket::Behaviour::Closes);
+  FakeServerSocket server(FakeServerSocket::Closes);
   server.open();
   start();
   EXPECT_TRUE(server.waitForAttempts(2));
