@@ -72,7 +72,7 @@ class FakeSoundServer final : public FakeServerSocket {
   void replyToEverything() { unanswered_ = Request::none; }
 
  private:
-  // As in the protocol: an old version needs no more than the numbers sent below.
+  // An old version of the protocol, whose replies need only the numbers sent below.
   static constexpr std::uint32_t version = 12;
   enum class Message : std::uint32_t { error = 0, reply = 2, event = 66 };
   /// A message's length, channel, offset (two numbers) and flags come before its body.
@@ -162,7 +162,7 @@ class PulseObserverTimeoutTest : public PulseObserverFixture {
  protected:
   ~PulseObserverTimeoutTest() override { skippedTime = 0; }
 
-  /// Waits until the observer has all the replies of a server that it gets.
+  /// Waits until the observer has received every reply that the server sends.
   void waitForReplies() {
     ASSERT_TRUE(
         holdsWithin([&] { return countOfReports<PulseStreamRemoval>() > 0; }, serverTimeout));
