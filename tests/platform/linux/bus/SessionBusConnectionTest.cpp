@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "rehearsal/Session.h"
@@ -45,6 +46,22 @@ class SessionBusConnectionTest : public testing::Test {
           return shared && !g_dbus_connection_is_closed(shared.get());
         },
         serverTimeout, "a shared connection");
+    waitUntilDestroyed(std::move(shared));
+  }
+
+  /// GLib's thread may hold the connection for a moment longer. Until it is destroyed, GLib returns
+  /// it to the next caller, even under another address.
+  static void waitUntilDestroyed(ConnectionPointer connection) {
+    GWeakRef weak{};
+    g_weak_ref_init(&weak, connection.get());
+    connection.reset();
+    waitUntil(
+        [&] {
+          const ConnectionPointer held(static_cast<GDBusConnection*>(g_weak_ref_get(&weak)));
+          return held == nullptr;
+        },
+        serverTimeout, "the end of the shared connection");
+    g_weak_ref_clear(&weak);
   }
 
   Subscription observe() {
