@@ -72,7 +72,7 @@ void PulseObserver::disconnected() {
   reports_->push({PulseReportQueue::now(), PulseServerLoss{}});
 }
 
-bool PulseObserver::hasTimedOut(pa_context* context, int last) {
+bool PulseObserver::noteTimeout(pa_context* context, int last) {
   if (last >= 0 || pa_context_errno(context) != PA_ERR_TIMEOUT) return false;
   needsToReconnect_ = true;
   return true;
@@ -101,13 +101,14 @@ void PulseObserver::onEvent(pa_context* context, pa_subscription_event_type_t ty
 void PulseObserver::onListedStream(pa_context* context, const pa_source_output_info* info, int last,
                                    void* self) {
   auto& observer = *static_cast<PulseObserver*>(self);
-  if (!observer.hasTimedOut(context, last) && last == 0) observer.list_.streams.emplace_back(*info);
+  if (observer.noteTimeout(context, last) || last != 0) return;
+  observer.list_.streams.emplace_back(*info);
 }
 
 void PulseObserver::onListedSource(pa_context* context, const pa_source_info* info, int last,
                                    void* self) {
   auto& observer = *static_cast<PulseObserver*>(self);
-  if (observer.hasTimedOut(context, last)) return;
+  if (observer.noteTimeout(context, last)) return;
   if (last == 0) {
     observer.list_.sources.emplace_back(*info);
   } else {
@@ -119,7 +120,7 @@ void PulseObserver::onStream(pa_context* context, const pa_source_output_info* i
                              void* request) {
   const Request& sentRequest = *static_cast<Request*>(request);
   PulseObserver& observer = *sentRequest.observer;
-  if (observer.hasTimedOut(context, last)) return;
+  if (observer.noteTimeout(context, last)) return;
   if (last != 0) return observer.remove(&sentRequest);
   const PulseStreamReport report(*info);
   observer.reports_->push({sentRequest.time, report});
@@ -134,7 +135,7 @@ void PulseObserver::onSource(pa_context* context, const pa_source_info* info, in
                              void* request) {
   const Request& sentRequest = *static_cast<Request*>(request);
   PulseObserver& observer = *sentRequest.observer;
-  if (observer.hasTimedOut(context, last)) return;
+  if (observer.noteTimeout(context, last)) return;
   if (last == 0) return observer.sourceReplied(sentRequest, *info);
   const auto source = observer.sources_.find(sentRequest.source);
   if (last < 0 && sentRequest.isCounted && source != observer.sources_.end()) {

@@ -74,8 +74,8 @@ class PulseObserver final : private PulseConnection::Client {
   void connected(pa_context& context) override;
   void disconnected() override;
 
-  /// Whether a request ended without a reply; `run()` then reconnects.
-  bool hasTimedOut(pa_context* context, int last);
+  /// Makes `run()` reconnect if a request ended without a reply, and returns whether it did.
+  bool noteTimeout(pa_context* context, int last);
   static void onEvent(pa_context* context, pa_subscription_event_type_t type, std::uint32_t index,
                       void* self);
   static void onListedStream(pa_context* context, const pa_source_output_info* info, int last,
