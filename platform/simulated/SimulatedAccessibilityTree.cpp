@@ -185,6 +185,7 @@ AccessibilityError SimulatedAccessibilityTree::copyAttributeValue(
     const AccessibilityElementRef& element, std::string_view attribute, AttributeValue& value) {
   const Target target = resolve(element);
   const AccessibilityError error = read(target, attribute, value);
+  if (error != accessibility::success && outputOfFailedReads_) value = *outputOfFailedReads_;
   journal_.add(accessibilityPart, "copy ", target.name, ' ', attribute,
                error == accessibility::success ? ": " + valueText(value) : "", " -> ", error);
   return error;

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/AccessibilityTree.h"
 #include "platform/simulated/Journal.h"
@@ -51,6 +52,8 @@ class SimulatedAccessibilityTree final : public AccessibilityTree {
 
   /// What `setAttributeValue` returns for an application's element; initially success.
   void setAttributeWriteStatus(AccessibilityError status) { writeStatus_ = status; }
+  /// What a read that fails leaves in its output; initially it leaves the output alone.
+  void setOutputOfFailedReads(AttributeValue value) { outputOfFailedReads_ = std::move(value); }
   /// Returns what was last written to that attribute of the application.
   std::optional<bool> written(std::int32_t processIdentifier, const std::string& attribute) const;
 
@@ -94,6 +97,7 @@ class SimulatedAccessibilityTree final : public AccessibilityTree {
   bool trusted_ = true;
   std::size_t prompts_ = 0;
   AccessibilityError writeStatus_ = accessibility::success;
+  std::optional<AttributeValue> outputOfFailedReads_;
   /// Distinguishes this tree's elements from those of another.
   std::shared_ptr<const void> identity_ = std::make_shared<char>();
 };

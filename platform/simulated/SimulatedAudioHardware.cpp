@@ -252,6 +252,8 @@ AudioStatus SimulatedAudioHardware::getPropertyData(AudioObjectID object,
   if (status == audio::noError) {
     size = static_cast<std::uint32_t>(value.size());
     if (size > 0) std::memcpy(data, value.data(), size);
+  } else if (outputOfFailedReads_) {
+    std::memset(data, std::to_integer<int>(outputOfFailedReads_->first), size);
   }
   journal_.add(audioPart, "get ", object, ' ', addressText(address), " (", capacity, " bytes): ",
                status == audio::noError ? valueText(address, value.data(), value.size()) + " " : "",
@@ -274,6 +276,7 @@ AudioStatus SimulatedAudioHardware::getPropertyText(AudioObjectID object,
       status = audio::unsupportedOperation;
     }
   }
+  if (status != audio::noError && outputOfFailedReads_) text = outputOfFailedReads_->second;
   journal_.add(audioPart, "text ", object, ' ', addressText(address), ": ",
                status == audio::noError ? '"' + text + "\" " : "", "-> ", statusText(status));
   return status;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/AudioHardware.h"
@@ -67,6 +68,11 @@ class SimulatedAudioHardware final : public AudioHardware {
   void setPutsVolumeBackAfter(std::optional<TimeInterval> delay) { putsBackAfter_ = delay; }
   void addFault(AudioFault fault) { faults_.push_back(fault); }
   void clearFaults() { faults_.clear(); }
+  /// What a read that fails leaves in its output: that byte everywhere, or that text; initially it
+  /// leaves the output alone.
+  void setOutputOfFailedReads(std::byte data, std::string text) {
+    outputOfFailedReads_ = {data, std::move(text)};
+  }
 
   /// Calls every listener once, now.
   void fireListenersOnce();
@@ -115,6 +121,7 @@ class SimulatedAudioHardware final : public AudioHardware {
   AudioObjectID nextID_ = audio::systemObject + 1;
   std::vector<ListenerRef> listeners_;
   std::vector<AudioFault> faults_;
+  std::optional<std::pair<std::byte, std::string>> outputOfFailedReads_;
   TimeInterval announcementDelay_{};
   bool deliversAfterRemoval_ = true;
   std::optional<TimeInterval> putsBackAfter_;

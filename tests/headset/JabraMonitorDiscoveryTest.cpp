@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -235,53 +234,8 @@ TEST_F(JabraMonitorDiscoveryTest, NameThatBecomesUnreadableIsEmpty) {
   EXPECT_THAT(desk.log.texts("jabra"), ElementsAre("Attached to  (id 2)"));
 }
 
-/// The desk's audio hardware, except that a failed read writes garbage to its output.
-class ScribblingAudioHardware final : public AudioHardware {
- public:
-  explicit ScribblingAudioHardware(AudioHardware& real) : real_(real) {}
-
-  bool hasProperty(AudioObjectID object, const AudioPropertyAddress& address) override {
-    return real_.hasProperty(object, address);
-  }
-  AudioStatus getPropertyDataSize(AudioObjectID object, const AudioPropertyAddress& address,
-                                  std::uint32_t& size) override {
-    return real_.getPropertyDataSize(object, address, size);
-  }
-  AudioStatus getPropertyData(AudioObjectID object, const AudioPropertyAddress& address,
-                              std::uint32_t& size, void* data) override {
-    const AudioStatus status = real_.getPropertyData(object, address, size, data);
-    if (status != audio::noError) std::memset(data, 0x3F, size);
-    return status;
-  }
-  AudioStatus getPropertyText(AudioObjectID object, const AudioPropertyAddress& address,
-                              std::string& text) override {
-    const AudioStatus status = real_.getPropertyText(object, address, text);
-    if (status != audio::noError) text = "Jabra garbage";
-    return status;
-  }
-  AudioStatus setPropertyData(AudioObjectID object, const AudioPropertyAddress& address,
-                              std::uint32_t size, const void* data) override {
-    return real_.setPropertyData(object, address, size, data);
-  }
-  RegistrationToken addPropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
-                                        std::function<void()> listener) override {
-    return real_.addPropertyListener(object, address, std::move(listener));
-  }
-  AudioStatus removePropertyListener(AudioObjectID object, const AudioPropertyAddress& address,
-                                     RegistrationToken listener) override {
-    return real_.removePropertyListener(object, address, std::move(listener));
-  }
-
- private:
-  AudioHardware& real_;
-};
-
 TEST_F(JabraMonitorDiscoveryTest, OutputOfAFailedReadIsNotUsed) {
-  desk.close();
-  ScribblingAudioHardware scribbling(desk.audio);
-  const PlatformScope scope({desk.loop, scribbling, desk.accessibility, desk.workspace,
-                             desk.childProcesses, desk.notifications, desk.loginItem, desk.menuBar,
-                             desk.log, desk.locale});
+  desk.audio.setOutputOfFailedReads(std::byte{0x3F}, "Jabra garbage");
   desk.audio.plug({.name = std::nullopt, .inputVolume = 0.5F});
   const AudioObjectID broken = plug("Jabra broken");
   desk.plugSpeakerphone();

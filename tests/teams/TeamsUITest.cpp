@@ -235,57 +235,14 @@ TEST_F(TeamsUITest, SlowTeamsSucceedsWithinTheTimeout) {
 
 // Failed reads
 
-/// The desk's user interfaces, except that a failed read leaves a value in its output.
-class ScribblingAccessibilityTree final : public AccessibilityTree {
- public:
-  explicit ScribblingAccessibilityTree(AccessibilityTree& real) : real_(real) {}
-
-  bool isProcessTrusted() override { return real_.isProcessTrusted(); }
-  bool isProcessTrustedWithOptions(bool prompt) override {
-    return real_.isProcessTrustedWithOptions(prompt);
-  }
-  AccessibilityElementRef createApplication(std::int32_t processIdentifier) override {
-    return real_.createApplication(processIdentifier);
-  }
-  AccessibilityError setMessagingTimeout(const AccessibilityElementRef& element,
-                                         float seconds) override {
-    return real_.setMessagingTimeout(element, seconds);
-  }
-  AccessibilityError setAttributeValue(const AccessibilityElementRef& element,
-                                       std::string_view attribute, bool value) override {
-    return real_.setAttributeValue(element, attribute, value);
-  }
-  AccessibilityError copyAttributeValue(const AccessibilityElementRef& element,
-                                        std::string_view attribute,
-                                        AttributeValue& value) override {
-    const AccessibilityError status = real_.copyAttributeValue(element, attribute, value);
-    if (status != accessibility::success) value = outputOfFailedReads;
-    return status;
-  }
-  AccessibilityError performAction(const AccessibilityElementRef& element,
-                                   std::string_view action) override {
-    return real_.performAction(element, action);
-  }
-
-  AttributeValue outputOfFailedReads;
-
- private:
-  AccessibilityTree& real_;
-};
-
 TEST_F(TeamsUITest, OutputOfAFailedReadIsNotUsed) {
-  desk.close();
-  ScribblingAccessibilityTree scribbling(desk.accessibility);
-  const PlatformScope scope({desk.loop, desk.audio, scribbling, desk.workspace, desk.childProcesses,
-                             desk.notifications, desk.loginItem, desk.menuBar, desk.log,
-                             desk.locale});
   const auto microphone = show("Mute");
   // The accessibility API's failures are negative numbers.
   for (const AccessibilityError status : {accessibility::cannotComplete, AccessibilityError{1}}) {
     SCOPED_TRACE(status);
     microphone->attributes = button("Mute");
     microphone->attributes["AXRole"] = status;
-    scribbling.outputOfFailedReads = std::string("AXButton");
+    desk.accessibility.setOutputOfFailedReads(std::string("AXButton"));
     EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
 
     microphone->attributes = {{"AXRole", std::string("AXButton")},
@@ -293,12 +250,12 @@ TEST_F(TeamsUITest, OutputOfAFailedReadIsNotUsed) {
                               {"AXTitle", status},
                               {"AXHelp", status},
                               {"AXDOMIdentifier", status}};
-    scribbling.outputOfFailedReads = std::string("Mute");
+    desk.accessibility.setOutputOfFailedReads(std::string("Mute"));
     EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
 
     microphone->attributes = button("Mute");
     app->attributes["AXChildren"] = status;
-    scribbling.outputOfFailedReads = std::vector<AccessibilityElementRef>{microphone};
+    desk.accessibility.setOutputOfFailedReads(std::vector<AccessibilityElementRef>{microphone});
     EXPECT_EQ(TeamsUI::currentMuteState(), std::nullopt);
     app->attributes.erase("AXChildren");
     EXPECT_EQ(TeamsUI::currentMuteState(), false);
