@@ -17,9 +17,7 @@ class MuteCoordinatorPressTest : public MuteCoordinatorFixture {
  protected:
   /// Starts a call with a Teams meeting and polls once.
   void startInMeeting(bool muted) {
-    startWithSpeakerphone(muted ? 0 : 0.8F);
-    desk.teams.joinMeeting(muted);
-    setInCall(true);
+    startCall(muted ? 0 : 0.8F, muted);
     desk.advance(1s);
     ASSERT_EQ(coordinator->teamsMuted(), muted);
     desk.journal.take();

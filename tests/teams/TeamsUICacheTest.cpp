@@ -9,14 +9,20 @@
 namespace hushbox {
 namespace {
 
-class TeamsUICacheTest : public TeamsUIFixture {};
+class TeamsUICacheTest : public TeamsUIFixture {
+ protected:
+  /// Expects the next reading to read the cached button "Mute", and nothing else.
+  void expectTheCachedButton() {
+    desk.journal.take();
+    EXPECT_EQ(TeamsUI::currentMuteState(), false);
+    EXPECT_EQ(desk.journal.take(), joined(approach(), sixReads("Mute")));
+  }
+};
 
 TEST_F(TeamsUICacheTest, SecondCallReadsOnlyTheCachedButton) {
   show("Mute");
   TeamsUI::currentMuteState();
-  desk.journal.take();
-  EXPECT_EQ(TeamsUI::currentMuteState(), false);
-  EXPECT_EQ(desk.journal.take(), joined(approach(), sixReads("Mute")));
+  expectTheCachedButton();
 }
 
 TEST_F(TeamsUICacheTest, CachedButtonIsReadAgainAtEachCall) {
@@ -37,9 +43,7 @@ TEST_F(TeamsUICacheTest, CachedButtonIsKeptEvenIfAnotherPrecedesIt) {
 TEST_F(TeamsUICacheTest, PressCachesTheButton) {
   show("Mute");
   TeamsUI::setMuted(std::nullopt);
-  desk.journal.take();
-  TeamsUI::currentMuteState();
-  EXPECT_EQ(desk.journal.take(), joined(approach(), sixReads("Mute")));
+  expectTheCachedButton();
 }
 
 TEST_F(TeamsUICacheTest, ButtonOfATeamsThatExitedIsDropped) {
@@ -80,18 +84,14 @@ TEST_F(TeamsUICacheTest, CachedButtonIsKeptWhilePermissionOrTeamsIsMissing) {
   TeamsUI::currentMuteState();
   TeamsUI::setMuted(true);
   desk.workspace.launch({"com.microsoft.teams2", 501});
-  desk.journal.take();
-  EXPECT_EQ(TeamsUI::currentMuteState(), false);
-  EXPECT_EQ(desk.journal.take(), joined(approach(), sixReads("Mute")));
+  expectTheCachedButton();
 }
 
 TEST_F(TeamsUICacheTest, CachedButtonIsKeptAfterAFailedPressAndWithoutAPress) {
   show("Mute", accessibility::cannotComplete);
   for (const bool wanted : {true, false}) {
     TeamsUI::setMuted(wanted);
-    desk.journal.take();
-    TeamsUI::currentMuteState();
-    EXPECT_EQ(desk.journal.take(), joined(approach(), sixReads("Mute")));
+    expectTheCachedButton();
   }
 }
 
